@@ -1,0 +1,32 @@
+// Raw allocation and the growable array: both report failure by their result, never by an exception.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <memory>
+
+namespace skyvault {
+
+/// A new block of uninitialised memory, released with std::free, or null: for size 0, and when there is
+/// not enough memory ("MGetMemory: out of memory exception\n" then goes to the debugger channel).
+void* MGetMemory(std::size_t size);
+
+/// The same for MVector (image/mvector.h), which names itself in the debugger line.
+void* AllocateForMVector(std::size_t size);
+
+/// For tests of what happens without memory: while set, MGetMemory and MVector fail as soon as this many
+/// further allocations have succeeded; negative (the start value) means never.
+void FailAllocationsAfter(int count);
+
+struct FreeDeleter {
+    void operator()(void* block) const { std::free(block); }
+};
+
+/// A block from MGetMemory and its owner.
+using ByteBuffer = std::unique_ptr<std::byte[], FreeDeleter>;
+
+/// MGetMemory as an owned block.
+ByteBuffer AllocateBytes(std::size_t size);
+
+}  // namespace skyvault

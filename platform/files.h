@@ -1,0 +1,47 @@
+// Files and folders: tests, moves, creation, and the program's well-known places.
+//
+// Paths are wide text; on Linux they are UTF-8 on disk. Every function reports failure by its result.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace skyvault {
+
+/// True when the path exists and is not a folder.
+bool FileExists(const std::wstring& path);
+bool FolderExists(const std::wstring& path);
+
+/// Size in bytes; 0 when the file cannot be found or the path is empty.
+std::uint64_t FileSizeOf(const std::wstring& path);
+
+/// Moves a file to a name that is not taken (MoveFileW): fails when `to` exists.
+bool MoveToNewName(const std::wstring& from, const std::wstring& to);
+
+/// Renames a file, replacing what has the name `to` already, in one step as far as the system can.
+bool MoveOver(const std::wstring& from, const std::wstring& to);
+
+bool RemoveFile(const std::wstring& path);
+
+/// Creates the folder and every missing parent. Either slash is accepted and a trailing one ignored.
+/// Each created folder is reported: New folder created: "C:\A" on the debugger channel. An empty path
+/// fails; a folder that cannot be created fails the whole call.
+bool CreateFolder(const std::wstring& path);
+
+/// Names (not paths) of the entries directly in the folder, without "." and "..", in the system's order;
+/// empty when the folder cannot be read.
+std::vector<std::wstring> FindFiles(const std::wstring& folder);
+
+/// The folder of the program file, without a trailing separator.
+std::wstring ProgramFolder();
+
+/// The user's application-data folder + "Brambleworks Studio" + "Skyvault", created when missing;
+/// empty when it cannot be found or made. (Linux: under $XDG_CONFIG_HOME or ~/.config.)
+std::wstring ApplicationDataFolder();
+
+/// The user's documents folder + "Skyvault", created when missing; empty when it cannot be found or made.
+/// (Linux: ~/Documents.)
+std::wstring DocumentsFolder();
+
+}  // namespace skyvault

@@ -1,0 +1,30 @@
+// Writing a file so that its name never shows half a file: write beside it, then rename.
+#pragma once
+
+#include <string>
+
+namespace skyvault {
+
+/// A temporary name beside the target, on the same volume and with the same extension (codecs look at
+/// it). Write the file under TemporaryPath() and call Commit(); without a Commit the destructor removes
+/// the temporary file and the target stays as it was.
+class OutputFile {
+  public:
+    explicit OutputFile(std::wstring targetPath);
+    ~OutputFile();
+    OutputFile(const OutputFile&) = delete;
+    OutputFile& operator=(const OutputFile&) = delete;
+
+    const std::wstring& TemporaryPath() const { return temporaryPath_; }
+
+    /// Renames the temporary file to the target, replacing an older one. False when that fails (the
+    /// target is a folder, is open elsewhere, was made read-only …); the temporary file is then removed.
+    bool Commit();
+
+  private:
+    std::wstring targetPath_;
+    std::wstring temporaryPath_;
+    bool committed_ = false;
+};
+
+}  // namespace skyvault

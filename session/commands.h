@@ -1,0 +1,77 @@
+// The commands of the menu and the keys, without a window: what each does to the session.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "session/session.h"
+
+namespace skyvault {
+
+/// Menu ids of the commands that are not a layout's import, export or view.
+enum MenuCommand : std::uint16_t {
+    kCommandAbout = 104,
+    kCommandExit = 105,
+    kCommandUserGuide = 32818,
+    kCommandBatch = 32820,
+    kCommandCommunity = 32846,
+    kCommandOptions = 32847,
+    kCommandMirrorFrontToBack = 32849,
+    kCommandMirrorTopToBottom = 32851,
+    kCommandHeadingLeft = 32860,
+    kCommandHeadingRight = 32861,
+    kCommandPitchUp = 32862,
+    kCommandPitchDown = 32863,
+    kCommandRollClockwise = 32865,
+    kCommandRollCounterclockwise = 32866,
+    kCommandHorizonUp = 32872,
+    kCommandHorizonDown = 32873,
+    kCommandCrosshair = 32889,
+    kCommandBiggerFov = 32890,
+    kCommandSmallerFov = 32891,
+    kCommandResetAll = 32897,
+    kCommandBiggerLogo = 32901,
+    kCommandSmallerLogo = 32902,
+    kCommandMagnifyingGlass = 32903,
+    kCommandFlipHorizontal = 32905,
+};
+
+/// Runs the menu command; false when it is none of the session's (exit, dialogs, help: the window's own).
+bool RunCommand(Session& session, std::uint16_t command);
+
+void ImportCommand(Session& session, PanoramaFormat format);
+void ExportCommand(Session& session, PanoramaFormat format);
+
+/// The view becomes the layout, check marks and picture follow.
+void SetView(Session& session, PanoramaFormat view);
+
+/// One step of the unit vector (heading, pitch, roll): turns the preview camera in the Preview view, the
+/// panorama in every other. Reads the modifier keys.
+void RotateStep(Session& session, float heading, float pitch, float roll);
+void HorizonCommand(Session& session, int sign);
+void LogoCommand(Session& session, int sign);
+/// "Bigger FOV" is × 0.95, "Smaller FOV" × 1.05.
+void ScalePreviewFov(Session& session, float factor);
+void ToggleCrosshair(Session& session);
+void ToggleMagnifyingGlass(Session& session);
+
+/// Builds the current view anew and sets the title.
+void Refresh(Session& session);
+
+/// "Skyvault", and with a panorama its file name, size and pixel format.
+std::wstring WindowTitle(const Session& session);
+
+struct MenuCheck {
+    std::uint16_t command;
+    bool checked;
+};
+/// Every menu item that carries a check mark, and whether it does now.
+std::vector<MenuCheck> MenuChecks(const Session& session);
+
+/// The layout's export: writes the file, or builds the picture for the view target when path is empty.
+/// infoLog receives the description of what was written. False when it failed or is not there.
+bool ExportLayout(Panorama& panorama, PanoramaFormat format, const std::wstring& path, const Camera& camera,
+                  std::wstring& infoLog);
+
+}  // namespace skyvault

@@ -1,0 +1,20 @@
+// The running program's state: settings, the current panorama and the preview camera.
+#pragma once
+
+#include <memory>
+
+#include "projection/panorama.h"
+#include "projection/preview.h"
+#include "session/host.h"
+#include "settings/app_state.h"
+
+namespace skyvault {
+
+struct Session {
+    AppState& settings;
+    Host& host;
+    std::unique_ptr<Panorama> panorama;  ///< none until the first import
+    Camera previewCamera;
+};
+
+}  // namespace skyvault

@@ -1,0 +1,72 @@
+#!/bin/bash
+# tools/wine-environment.sh COMMAND...: runs a command with a virtual display and a Wine prefix of its own.
+#
+# The prefix is a copy of a template prepared once (build/wine/template): Windows 10, dialogs that close at
+# once without a window manager, no crash dialog, fonts that stand in for Windows' own, and user folders
+# inside the prefix instead of links into the real home. The copy is removed afterwards, so nothing a test
+# does reaches the user's own settings. SKYVAULT_DISPLAY=keep uses the caller's DISPLAY.
+set -euo pipefail
+root=$(cd "$(dirname "$0")/.." && pwd)
+base="$root/build/wine"
+mkdir -p "$base"
+export WINEARCH=win64 WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml,winedbg.exe=d"
+
+run=$(mktemp -d "$base/run.XXXXXX")
+server=""
+finish() {
+    code=$?
+    WINEPREFIX="$run/prefix" wineserver -k 2>/dev/null || true
+    [ -z "$server" ] || kill "$server" 2>/dev/null || true
+    rm -rf "$run"
+    exit "$code"
+}
+trap finish EXIT
+trap 'exit 130' INT TERM
+
+if [ "${SKYVAULT_DISPLAY:-}" != keep ] || [ -z "${DISPLAY:-}" ]; then
+    Xvfb -displayfd 3 -screen 0 1600x1200x24 -nolisten tcp 3>"$run/display" 2>/dev/null &
+    server=$!
+    for _ in $(seq 100); do [ -s "$run/display" ] && break; sleep 0.1; done
+    DISPLAY=":$(cat "$run/display")"
+    export DISPLAY
+fi
+
+prepare_template() {
+    export WINEPREFIX="$base/template.new"
+    rm -rf "$WINEPREFIX"
+    wineboot -i >/dev/null 2>&1
+    wine winecfg -v win10 >/dev/null 2>&1
+    cat >"$run/setup.reg" <<'REG'
+REGEDIT4
+
+[HKEY_CURRENT_USER\Software\Wine\X11 Driver]
+"Managed"="N"
+
+[HKEY_CURRENT_USER\Software\Wine\WineDbg]
+"ShowCrashDialog"=dword:00000000
+
+[HKEY_CURRENT_USER\Software\Wine\Fonts\Replacements]
+"Segoe UI"="Liberation Sans"
+"Segoe UI Light"="Liberation Sans"
+"Arial"="Liberation Sans"
+"Consolas"="Liberation Mono"
+REG
+    wine regedit /S "$run/setup.reg" >/dev/null 2>&1
+    for folder in "$WINEPREFIX"/drive_c/users/*/*; do
+        if [ -L "$folder" ]; then rm "$folder"; mkdir "$folder"; fi
+    done
+    cp /usr/share/wine/fonts/*.ttf "$WINEPREFIX/drive_c/windows/Fonts/" 2>/dev/null || true
+    wineserver -k || true
+    wineserver -w || true
+    mv "$WINEPREFIX" "$base/template"
+}
+(
+    flock 9
+    [ -d "$base/template" ] || prepare_template
+) 9>"$base/lock"
+
+# Hard links make the copy quick; the registry files are written in place, so they must be real copies.
+cp -al "$base/template" "$run/prefix"
+for f in "$run"/prefix/*.reg; do cp "$f" "$f.copy" && mv "$f.copy" "$f"; done
+export WINEPREFIX="$run/prefix"
+"$@"
