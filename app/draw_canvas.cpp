@@ -39,10 +39,10 @@ DrawCanvas::DrawCanvas(HWND window) {
     D2D1_HWND_RENDER_TARGET_PROPERTIES place{};
     place.hwnd = window;
     place.pixelSize = {static_cast<UINT32>(target_.right), static_cast<UINT32>(target_.bottom)};
-    Microsoft::WRL::ComPtr<ID2D1HwndRenderTarget> target;
+    ID2D1HwndRenderTarget* target = nullptr;
     if (FAILED(drawing_->CreateHwndRenderTarget(TargetProperties(D2D1_ALPHA_MODE_IGNORE), place, &target)))
         return;
-    renderTarget_ = target;
+    renderTarget_ = ComPtr<ID2D1RenderTarget>::Attach(target);
     valid_ = true;
 }
 
@@ -50,20 +50,17 @@ DrawCanvas::DrawCanvas(HDC context, const RECT& rect) : target_(rect) {
     ++canvasesCreated;
     if (!CreateFactories()) return;
     const D2D1_RENDER_TARGET_PROPERTIES properties = TargetProperties(D2D1_ALPHA_MODE_IGNORE);
-    Microsoft::WRL::ComPtr<ID2D1DCRenderTarget> target;
-    if (FAILED(drawing_->CreateDCRenderTarget(&properties, &target)) ||
-        FAILED(target->BindDC(context, &rect))) {
-        return;
-    }
-    renderTarget_ = target;
-    valid_ = true;
+    ID2D1DCRenderTarget* target = nullptr;
+    if (FAILED(drawing_->CreateDCRenderTarget(&properties, &target))) return;
+    renderTarget_ = ComPtr<ID2D1RenderTarget>::Attach(target);
+    valid_ = SUCCEEDED(target->BindDC(context, &rect));
 }
 
 bool DrawCanvas::CreateFactories() {
     return SUCCEEDED(D2D1CreateFactory(D2D1_FACTORY_TYPE_SINGLE_THREADED, __uuidof(ID2D1Factory), nullptr,
-                                       reinterpret_cast<void**>(drawing_.ReleaseAndGetAddressOf()))) &&
+                                       drawing_.PutVoid())) &&
            SUCCEEDED(DWriteCreateFactory(DWRITE_FACTORY_TYPE_SHARED, __uuidof(IDWriteFactory),
-                                         reinterpret_cast<IUnknown**>(writing_.ReleaseAndGetAddressOf())));
+                                         reinterpret_cast<IUnknown**>(writing_.Put())));
 }
 
 void DrawCanvas::Release() {
@@ -116,9 +113,9 @@ D2D1_RECT_F DrawCanvas::Place(const CanvasRect& rect, bool pixels) const {
 }
 
 ID2D1SolidColorBrush* DrawCanvas::BrushOf(const Color8& colour) {
-    if (brush_ == nullptr || !(brushColour_ == colour)) {
+    if (!brush_ || !(brushColour_ == colour)) {
         brush_.Reset();
-        if (FAILED(renderTarget_->CreateSolidColorBrush(ToFloatColour(colour), &brush_))) return nullptr;
+        if (FAILED(renderTarget_->CreateSolidColorBrush(ToFloatColour(colour), brush_.Put()))) return nullptr;
         brushColour_ = colour;
     }
     return brush_.Get();
@@ -129,13 +126,13 @@ IDWriteTextFormat* DrawCanvas::FormatOf(const TextFormat& format) {
     if (wanted.family.empty()) wanted.family = L"MS Shell Dlg";
     if (!(wanted.size > 0.0f)) wanted.size = 12.0f;
     if (wanted.weight <= 0) wanted.weight = 400;
-    if (textFormat_ != nullptr && textFormatMadeFrom_ == wanted) return textFormat_.Get();
+    if (textFormat_ && textFormatMadeFrom_ == wanted) return textFormat_.Get();
 
     textFormat_.Reset();
     const std::wstring family = AvailableFamily(*writing_.Get(), wanted.family);
     if (FAILED(writing_->CreateTextFormat(family.c_str(), nullptr,
                                           static_cast<DWRITE_FONT_WEIGHT>(wanted.weight), wanted.style,
-                                          DWRITE_FONT_STRETCH_NORMAL, wanted.size, L"", &textFormat_))) {
+                                          DWRITE_FONT_STRETCH_NORMAL, wanted.size, L"", textFormat_.Put()))) {
         return nullptr;
     }
     textFormat_->SetTextAlignment(wanted.textAlignment);
@@ -153,12 +150,12 @@ void DrawCanvas::Clear(const Color8& colour) {
 
 void DrawCanvas::DrawLine(CanvasPoint from, CanvasPoint to, float width, const Color8& colour, bool pixels) {
     if (!valid_) return;
-    if (stroke_ == nullptr) {
+    if (!stroke_) {
         D2D1_STROKE_STYLE_PROPERTIES properties{};
         properties.lineJoin = D2D1_LINE_JOIN_MITER;
         properties.miterLimit = 10.0f;
         properties.dashStyle = D2D1_DASH_STYLE_SOLID;
-        if (FAILED(drawing_->CreateStrokeStyle(&properties, nullptr, 0, &stroke_))) return;
+        if (FAILED(drawing_->CreateStrokeStyle(&properties, nullptr, 0, stroke_.Put()))) return;
     }
     ID2D1SolidColorBrush* const brush = BrushOf(colour);
     if (brush == nullptr) return;
@@ -177,9 +174,9 @@ void DrawCanvas::DrawPicture(const Image& picture, const CanvasRect& rect, bool 
     D2D1_BITMAP_PROPERTIES properties{};
     properties.pixelFormat = {DXGI_FORMAT_B8G8R8A8_UNORM, D2D1_ALPHA_MODE_PREMULTIPLIED};
     properties.dpiX = properties.dpiY = 96.0f;
-    Microsoft::WRL::ComPtr<ID2D1Bitmap> bitmap;
+    ComPtr<ID2D1Bitmap> bitmap;
     if (FAILED(renderTarget_->CreateBitmap({shown.width, shown.height}, shown.pixels.get(), shown.stride,
-                                           properties, &bitmap))) {
+                                           properties, bitmap.Put()))) {
         return;
     }
     const D2D1_RECT_F target = Place(rect, pixels);
@@ -194,16 +191,20 @@ void DrawCanvas::DrawString(const CanvasRect& rect, std::wstring_view text, cons
     ID2D1SolidColorBrush* const brush = BrushOf(colour);
     if (textFormat == nullptr || brush == nullptr) return;
     const D2D1_RECT_F place = Place(rect, pixels);
-    Microsoft::WRL::ComPtr<IDWriteTextLayout> layout;
+    ComPtr<IDWriteTextLayout> layout;
     if (FAILED(writing_->CreateTextLayout(text.data(), static_cast<UINT32>(text.size()), textFormat,
                                           std::max(0.0f, place.right - place.left),
-                                          std::max(0.0f, place.bottom - place.top), &layout))) {
+                                          std::max(0.0f, place.bottom - place.top), layout.Put()))) {
         return;
     }
-    const int options = (colourFont ? D2D1_DRAW_TEXT_OPTIONS_ENABLE_COLOR_FONT : 0) |
-                        (clip ? D2D1_DRAW_TEXT_OPTIONS_CLIP : 0);
+    int options = D2D1_DRAW_TEXT_OPTIONS_NONE;
+    if (colourFont) options |= D2D1_DRAW_TEXT_OPTIONS_ENABLE_COLOR_FONT;
+    if (clip) options |= D2D1_DRAW_TEXT_OPTIONS_CLIP;
+    // Not every system heeds the text option.
+    if (clip) renderTarget_->PushAxisAlignedClip(place, D2D1_ANTIALIAS_MODE_ALIASED);
     renderTarget_->DrawTextLayout({place.left, place.top}, layout.Get(), brush,
                                   static_cast<D2D1_DRAW_TEXT_OPTIONS>(options));
+    if (clip) renderTarget_->PopAxisAlignedClip();
 }
 
 }  // namespace skyvault

@@ -9,13 +9,12 @@
 // After windows.h:
 #include <d2d1.h>
 #include <dwrite.h>
-#include <wrl/client.h>
 
-#include <cstdint>
 #include <string>
 #include <string_view>
 
 #include "image/image.h"
+#include "platform/com_ptr_win.h"
 
 namespace skyvault {
 
@@ -91,14 +90,14 @@ class DrawCanvas {
     bool valid_ = false;
     RECT target_{};
     float scale_ = 1.0f;
-    Microsoft::WRL::ComPtr<ID2D1Factory> drawing_;
-    Microsoft::WRL::ComPtr<IDWriteFactory> writing_;
-    Microsoft::WRL::ComPtr<ID2D1RenderTarget> renderTarget_;
-    Microsoft::WRL::ComPtr<ID2D1SolidColorBrush> brush_;
+    ComPtr<ID2D1Factory> drawing_;
+    ComPtr<IDWriteFactory> writing_;
+    ComPtr<ID2D1RenderTarget> renderTarget_;
+    ComPtr<ID2D1SolidColorBrush> brush_;
     Color8 brushColour_;
-    Microsoft::WRL::ComPtr<IDWriteTextFormat> textFormat_;
+    ComPtr<IDWriteTextFormat> textFormat_;
     TextFormat textFormatMadeFrom_;
-    Microsoft::WRL::ComPtr<ID2D1StrokeStyle> stroke_;
+    ComPtr<ID2D1StrokeStyle> stroke_;
 };
 
 /// For tests of a lost device, which cannot be had on request: the next `count` EndDraw calls report one.

@@ -2,13 +2,13 @@
 
 #include <commdlg.h>
 #include <shobjidl.h>
-#include <wrl/client.h>
 
 #include <vector>
 
 #include "app/file_filters.h"
 #include "app/message_box.h"
 #include "image/picture_codec.h"
+#include "platform/com_ptr_win.h"
 #include "platform/files.h"
 #include "platform/path_text.h"
 
@@ -92,10 +92,9 @@ std::wstring FileDialogs::Ask(HWND owner, const std::wstring& startPath, FileDia
 }
 
 std::wstring AskForFolder(HWND owner, const std::wstring& title, const std::wstring& startFolder) {
-    using Microsoft::WRL::ComPtr;
     ComPtr<IFileOpenDialog> dialog;
-    if (FAILED(
-            CoCreateInstance(CLSID_FileOpenDialog, nullptr, CLSCTX_INPROC_SERVER, IID_PPV_ARGS(&dialog)))) {
+    if (FAILED(CoCreateInstance(CLSID_FileOpenDialog, nullptr, CLSCTX_INPROC_SERVER,
+                                __uuidof(IFileOpenDialog), dialog.PutVoid()))) {
         return {};
     }
     FILEOPENDIALOGOPTIONS options = 0;
@@ -103,12 +102,12 @@ std::wstring AskForFolder(HWND owner, const std::wstring& title, const std::wstr
         return {};
     dialog->SetTitle(title.c_str());
     ComPtr<IShellItem> folder;
-    if (!startFolder.empty() &&
-        SUCCEEDED(SHCreateItemFromParsingName(startFolder.c_str(), nullptr, IID_PPV_ARGS(&folder)))) {
+    if (!startFolder.empty() && SUCCEEDED(SHCreateItemFromParsingName(
+                                    startFolder.c_str(), nullptr, __uuidof(IShellItem), folder.PutVoid()))) {
         dialog->SetFolder(folder.Get());
     }
     ComPtr<IShellItem> result;
-    if (FAILED(dialog->Show(owner)) || FAILED(dialog->GetResult(&result))) return {};
+    if (FAILED(dialog->Show(owner)) || FAILED(dialog->GetResult(result.Put()))) return {};
     PWSTR name = nullptr;
     if (FAILED(result->GetDisplayName(SIGDN_DESKTOPABSOLUTEPARSING, &name))) return {};
     std::wstring path = name;

@@ -48,13 +48,14 @@ bool IsWellFormedPatternList(std::wstring_view patterns) {
 }
 
 std::wstring BuildPictureOpenFilter(const std::vector<std::wstring>& codecExtensions) {
-    if (codecExtensions.empty()) return {};
+    if (codecExtensions.empty() || !IsWellFormedPatternList(kFixedPatterns)) return {};
     std::wstring patterns(kFixedPatterns);
     for (const std::wstring& extension : codecExtensions) {
         const std::wstring pattern = L"*." + extension + L";";
-        if (patterns.find(pattern) == std::wstring::npos) patterns += pattern;
+        if (IsWellFormedPatternList(pattern) && patterns.find(pattern) == std::wstring::npos) {
+            patterns += pattern;
+        }
     }
-    if (!IsWellFormedPatternList(patterns)) return {};
     return SingleFilter(L"Pictures", patterns) + SingleFilter(L"All files (*.*)", L"*.*");
 }
 
@@ -86,7 +87,8 @@ std::wstring GiveExtension(const std::wstring& path, std::wstring_view extension
     const std::wstring present = UpperExtension(FileNamePart(path));
     const bool known = std::any_of(std::begin(kKnownExtensions), std::end(kKnownExtensions),
                                    [&](const wchar_t* other) { return present == other; });
-    return (known ? WithoutExtension(path) : path).append(extension);
+    std::wstring given = known ? WithoutExtension(path) : path;
+    return given.append(extension);
 }
 
 }  // namespace skyvault

@@ -13,8 +13,9 @@ namespace skyvault {
 bool IsWellFormedPatternList(std::wstring_view patterns);
 
 /// The picture open list: the fixed patterns and those of the codecs' upper-case extensions, each once, as
-/// one filter and "All files" behind it; parts end in a null, as the dialogs take them. Empty when there
-/// are no codecs or the list is not well formed.
+/// one filter and "All files" behind it; parts end in a null, as the dialogs take them. Extensions of a
+/// codec that would spoil the list are left out. Empty when there are no codecs at all or the fixed list
+/// is not well formed.
 std::wstring BuildPictureOpenFilter(const std::vector<std::wstring>& codecExtensions);
 
 /// The picture save list, 1-based: BMP, DDS, GIF, JPG, PNG, TIF.

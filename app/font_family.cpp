@@ -1,14 +1,11 @@
 #include "app/font_family.h"
 
-#include <wrl/client.h>
-
 #include <initializer_list>
-#include <memory>
+
+#include "platform/com_ptr_win.h"
 
 namespace skyvault {
 namespace {
-
-using Microsoft::WRL::ComPtr;
 
 bool HasFamily(IDWriteFontCollection& collection, const std::wstring& family) {
     UINT32 index = 0;
@@ -20,7 +17,7 @@ std::wstring FirstFamily(IDWriteFontCollection& collection) {
     ComPtr<IDWriteFontFamily> family;
     ComPtr<IDWriteLocalizedStrings> names;
     UINT32 length = 0;
-    if (FAILED(collection.GetFontFamily(0, &family)) || FAILED(family->GetFamilyNames(&names)) ||
+    if (FAILED(collection.GetFontFamily(0, family.Put())) || FAILED(family->GetFamilyNames(names.Put())) ||
         FAILED(names->GetStringLength(0, &length))) {
         return {};
     }
@@ -51,7 +48,8 @@ std::wstring SubstitutedFamily(const std::wstring& family) {
 
 std::wstring AvailableFamily(IDWriteFactory& factory, const std::wstring& family) {
     ComPtr<IDWriteFontCollection> collection;
-    if (FAILED(factory.GetSystemFontCollection(&collection, FALSE)) || HasFamily(*collection.Get(), family)) {
+    if (FAILED(factory.GetSystemFontCollection(collection.Put(), FALSE)) ||
+        HasFamily(*collection.Get(), family)) {
         return family;
     }
     for (const std::wstring& other : {SubstitutedFamily(family), std::wstring(L"Segoe UI"),

@@ -57,8 +57,7 @@ std::wstring WindowHost::AskForFile(FileDialogKind kind, const std::wstring& sta
 
 StepSize WindowHost::ModifierKeys() const {
     const auto isDown = [](int key) { return (GetAsyncKeyState(key) & 0x8000) != 0; };
-    if (isDown(VK_CONTROL)) return StepSize::Fine;
-    return isDown(VK_SHIFT) ? StepSize::Coarse : StepSize::Plain;
+    return StepSizeOfKeys(isDown(VK_CONTROL), isDown(VK_SHIFT));
 }
 
 void WindowHost::SetTitle(const std::wstring& title) {
