@@ -43,14 +43,15 @@ LayoutGrid EquirectangularGrid(std::uint32_t width, std::uint32_t height) {
     }
     return {width, height,
             [angles](std::uint32_t row, std::uint32_t first, int count, DirectionBlock& b, std::uint8_t*) {
-                Kernels().equirectDirections(angles->sinLongitude.data() + first, angles->cosLongitude.data() + first,
-                                             angles->sinLatitude[row], angles->cosLatitude[row], b.x, b.y, b.z,
-                                             count);
+                Kernels().equirectDirections(angles->sinLongitude.data() + first,
+                                             angles->cosLongitude.data() + first, angles->sinLatitude[row],
+                                             angles->cosLatitude[row], b.x, b.y, b.z, count);
                 return Coverage::All;
             }};
 }
 
-void Render(benchmark::State& state, BenchPanorama& p, const LayoutGrid& grid, PixelFormat format, bool halve) {
+void Render(benchmark::State& state, BenchPanorama& p, const LayoutGrid& grid, PixelFormat format,
+            bool halve) {
     SetThreadCount(static_cast<int>(state.range(0)));
     RenderOptions options;
     options.format = format;
@@ -77,10 +78,11 @@ void IndexTableFetch(benchmark::State& state, bool turned) {
             grid.directions(row, first, kBlockSize, block, nullptr);
             Kernels().normalize(block.x, block.y, block.z, kBlockSize);
             if (turned) {
-                Kernels().transform(block.x, block.y, block.z, kBlockSize, p.panorama.modifications.orientation);
+                Kernels().transform(block.x, block.y, block.z, kBlockSize,
+                                    p.panorama.modifications.orientation);
             }
-            Kernels().equirectOffsets(block.x, block.y, block.z, kBlockSize, {kWidth, kHeight, source.stride, 3},
-                                      offsets);
+            Kernels().equirectOffsets(block.x, block.y, block.z, kBlockSize,
+                                      {kWidth, kHeight, source.stride, 3}, offsets);
             for (int i = 0; i < kBlockSize; ++i) {
                 table[std::size_t{row} * kWidth + first + static_cast<std::uint32_t>(i)] =
                     static_cast<std::uint32_t>(offsets[i] / 3);
@@ -100,8 +102,12 @@ void IndexTableFetch(benchmark::State& state, bool turned) {
     CountPixels(state, static_cast<double>(table.size()));
 }
 
-void FetchStraight(benchmark::State& state) { IndexTableFetch(state, false); }
-void FetchTurned(benchmark::State& state) { IndexTableFetch(state, true); }
+void FetchStraight(benchmark::State& state) {
+    IndexTableFetch(state, false);
+}
+void FetchTurned(benchmark::State& state) {
+    IndexTableFetch(state, true);
+}
 
 void EquirectangularStraight(benchmark::State& state) {
     BenchPanorama p;

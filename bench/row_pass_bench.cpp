@@ -48,7 +48,8 @@ void Normalize(benchmark::State& state) {
 }
 void Transform(benchmark::State& state) {
     const Matrix4 turn = YawPitchRollMatrix(0.7f, 0.5f, 0.3f);
-    RunPass(state, [&](const RowKernels& k, DirectionBlock& b) { k.transform(b.x, b.y, b.z, kBlockSize, turn); });
+    RunPass(state,
+            [&](const RowKernels& k, DirectionBlock& b) { k.transform(b.x, b.y, b.z, kBlockSize, turn); });
 }
 void HorizonCurve(benchmark::State& state) {
     RunPass(state, [](const RowKernels& k, DirectionBlock& b) { k.horizonCurve(b.y, kBlockSize, 1.0001f); });
