@@ -7,51 +7,12 @@
 #include <utility>
 
 #include "image/pixel_convert.h"
+#include "image/written_rows.h"
 
 namespace skyvault {
 namespace {
 
 constexpr std::size_t kStripBytes = 1 << 20;
-
-/// The rows of a picture in the format that a file shows them in. The picture is first converted to the
-/// format the caller wants written and from there to the file's, so that a picture asked for in grey stays
-/// grey in a file that only knows colour.
-class RowsAs {
-  public:
-    RowsAs(const Image& image, PixelFormat wanted, PixelFormat file)
-        : image_(image), wanted_(wanted), file_(file) {
-        if (wanted != image.format && wanted != file) {
-            between_ = AllocateBytes(std::size_t{BytesPerPixel(wanted)} * image.width);
-            ready_ = between_ != nullptr;
-        }
-    }
-
-    /// False without memory for a row.
-    bool Ready() const { return ready_; }
-
-    void Get(std::uint32_t y, std::byte* row) const {
-        if (!between_) {
-            Convert(image_.format, image_.Row(y), file_, row);
-        } else {
-            Convert(image_.format, image_.Row(y), wanted_, between_.get());
-            Convert(wanted_, between_.get(), file_, row);
-        }
-    }
-
-  private:
-    void Convert(PixelFormat from, const std::byte* source, PixelFormat to, std::byte* row) const {
-        if (from == to) {
-            std::memcpy(row, source, std::size_t{BytesPerPixel(to)} * image_.width);
-        } else {
-            ConvertRow(from, source, to, row, image_.width);
-        }
-    }
-
-    const Image& image_;
-    PixelFormat wanted_, file_;
-    ByteBuffer between_;
-    bool ready_ = true;
-};
 
 /// A file with one frame, being encoded.
 struct OpenFile {
@@ -85,7 +46,7 @@ ComPtr<IStream> CreateFileStream(IWICImagingFactory& factory, const std::wstring
 }
 
 /// An in-memory WIC bitmap of the rows; null when WIC has no such bitmaps or no memory.
-ComPtr<IWICBitmap> MakeBitmap(IWICImagingFactory& factory, const Image& image, const RowsAs& rows,
+ComPtr<IWICBitmap> MakeBitmap(IWICImagingFactory& factory, const Image& image, const WrittenRows& rows,
                               PixelFormat format) {
     ComPtr<IWICBitmap> bitmap;
     if (FAILED(factory.CreateBitmap(image.width, image.height, WicFormatOf(format), WICBitmapCacheOnLoad,
@@ -108,7 +69,7 @@ ComPtr<IWICBitmap> MakeBitmap(IWICImagingFactory& factory, const Image& image, c
 
 WicOutcome WriteWholeBitmap(IWICImagingFactory& factory, const Image& image, const std::wstring& path,
                             PictureContainer container, PixelFormat format) {
-    const RowsAs rows(image, format, format);
+    const WrittenRows rows(image, format, format);
     if (!rows.Ready()) return WicOutcome::Failed;
     const ComPtr<IWICBitmap> bitmap = MakeBitmap(factory, image, rows, format);
     if (!bitmap) return WicOutcome::CannotDo;
@@ -184,7 +145,7 @@ WicOutcome WriteOwnRows(IWICImagingFactory& factory, const Image& image, const s
     const bool swapBytes = container == PictureContainer::Png &&
                            ChannelType(target->format) != ChannelKind::Int8 && PngEncoderSwapsBytes();
 
-    const RowsAs rows(image, format, target->format);
+    const WrittenRows rows(image, format, target->format);
     const std::size_t stride = std::size_t{BytesPerPixel(target->format)} * image.width;
     const std::uint32_t stripRows =
         static_cast<std::uint32_t>(std::clamp<std::size_t>(kStripBytes / stride, 1, image.height));
@@ -227,7 +188,7 @@ bool ChooseColours(IWICPalette& palette, IWICBitmapSource& bitmap, PixelFormat f
 
 WicOutcome WritePalette(IWICImagingFactory& factory, const Image& image, const std::wstring& path,
                         PictureContainer container, PixelFormat format) {
-    const RowsAs rows(image, format, PixelFormat::Rgba8);
+    const WrittenRows rows(image, format, PixelFormat::Rgba8);
     if (!rows.Ready()) return WicOutcome::Failed;
     const bool transparent = AnyTransparent(image, format);
 
