@@ -281,7 +281,9 @@ TEST(BuildFace, RepeatsAndSkipsPixelsOfThePanoramasOwnGrid) {
         for (int y = 0; y < 32; ++y) {
             for (int x = 0; x < 32; ++x) {
                 ASSERT_EQ(twice.GetPixel16(x, y), same.GetPixel16(x / 2, y / 2)) << f;
-                if (x < 8 && y < 8) ASSERT_EQ(half.GetPixel16(x, y), same.GetPixel16(2 * x, 2 * y)) << f;
+                if (x < 8 && y < 8) {
+                    ASSERT_EQ(half.GetPixel16(x, y), same.GetPixel16(2 * x, 2 * y)) << f;
+                }
             }
         }
         for (int y = 0; y < 16; ++y) {
