@@ -48,7 +48,10 @@ struct FacePixel {
 /// faceSize: edge of the faces, ≥ 1. Ties go to Front/Back, then Right/Left.
 FacePixel DirectionToFacePixel(const Direction& d, std::uint32_t faceSize);
 
-/// The one pixel seen along d, in its face's own format; N is the Front face's width. Opaque white (Rgba8)
+/// Edge of the grid that lookups use: the width of the Front face, or of the first face that is valid.
+std::uint32_t FaceGridSize(const CubeFaces& faces);
+
+/// The one pixel seen along d, in its face's own format. Opaque white (Rgba8)
 /// for the zero vector, NaN and faces that are not valid.
 PixelValue SampleCubeFaces(const CubeFaces& faces, const Direction& d);
 

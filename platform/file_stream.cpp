@@ -1,0 +1,144 @@
+#include "platform/file_stream.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cstring>
+#include <limits>
+#include <new>
+
+#include "platform/clock.h"
+#include "platform/file_handle.h"
+
+namespace skyvault {
+
+namespace {
+
+constexpr int kAttempts = 10;
+constexpr std::uint32_t kMillisecondsBetween = 100;
+
+std::atomic<bool> shareAndFailAtOnce{false};
+
+bool OpenPatiently(FileHandle& handle, const std::wstring& path, bool write) {
+    if (path.empty()) return false;
+    for (int attempt = 0; attempt < kAttempts; ++attempt) {
+        const bool atOnce = shareAndFailAtOnce;
+        if (handle.Open(path, write, atOnce && !write)) return true;
+        if (atOnce) return false;
+        SleepMilliseconds(kMillisecondsBetween);
+    }
+    return false;
+}
+
+}  // namespace
+
+struct FileStream::State {
+    FileHandle handle;
+    bool writing = false;
+    std::uint64_t position = 0;
+    std::uint64_t writtenEnd = 0;  // one past the last byte ever written
+    // Preloaded: the whole file, and the handle is closed.
+    std::unique_ptr<std::byte[]> contents;
+    std::uint64_t contentSize = 0;
+
+    void Preload() {
+        const std::uint64_t size = handle.Size();
+        if (size > std::numeric_limits<std::int32_t>::max()) return;
+        contents.reset(new (std::nothrow) std::byte[static_cast<std::size_t>(size) + 1]);
+        if (contents && handle.Read(contents.get(), static_cast<std::size_t>(size))) {
+            contentSize = size;
+            handle.Close();
+        } else {
+            // Then the reads go to the file, one by one.
+            contents.reset();
+            handle.Seek(0);
+        }
+    }
+};
+
+void SetShareAndFailAtOnce(bool on) {
+    shareAndFailAtOnce = on;
+}
+bool ShareAndFailAtOnce() {
+    return shareAndFailAtOnce;
+}
+
+FileStream::FileStream(const std::wstring& path, FileUse use) {
+    auto state = std::make_unique<State>();
+    state->writing = use == FileUse::Write;
+    if (!OpenPatiently(state->handle, path, state->writing)) return;
+    if (use == FileUse::Preload) state->Preload();
+    state_ = std::move(state);
+}
+
+FileStream::~FileStream() {
+    Close();
+}
+
+FileStream::FileStream(FileStream&&) noexcept = default;
+
+FileStream& FileStream::operator=(FileStream&& other) noexcept {
+    if (this != &other) {
+        Close();
+        state_ = std::move(other.state_);
+    }
+    return *this;
+}
+
+bool FileStream::IsOpen() const {
+    return state_ != nullptr;
+}
+
+bool FileStream::Read(void* destination, std::size_t n) {
+    if (!state_ || state_->writing) return false;
+    if (!state_->contents) return state_->handle.Read(destination, n);
+    if (state_->position > state_->contentSize || n > state_->contentSize - state_->position) return false;
+    if (n > 0) std::memcpy(destination, state_->contents.get() + state_->position, n);
+    state_->position += n;
+    return true;
+}
+
+bool FileStream::Write(const void* source, std::size_t n) {
+    if (!state_ || !state_->writing || !state_->handle.Write(source, n)) return false;
+    state_->position += n;
+    if (n > 0) state_->writtenEnd = std::max(state_->writtenEnd, state_->position);
+    return true;
+}
+
+bool FileStream::Seek(std::uint64_t position) {
+    if (!state_) return false;
+    if (!state_->contents && !state_->handle.Seek(position)) return false;
+    state_->position = position;
+    return true;
+}
+
+std::uint64_t FileStream::Size() const {
+    if (!state_) return 0;
+    return state_->contents ? state_->contentSize : state_->handle.Size();
+}
+
+bool FileStream::Close() {
+    if (!state_) return true;
+    bool ok = true;
+    if (state_->writing) ok = state_->handle.Truncate(state_->writtenEnd);
+    if (!state_->handle.Close()) ok = false;
+    state_.reset();
+    return ok;
+}
+
+bool ReadWholeFile(const std::wstring& path, std::vector<std::byte>& bytes, std::uint64_t limit) {
+    bytes.clear();
+    FileStream file(path, FileUse::Read);
+    if (!file.IsOpen()) return false;
+    const std::uint64_t size = file.Size();
+    if (size > limit) return false;
+    try {
+        bytes.resize(static_cast<std::size_t>(size));
+    } catch (const std::exception&) {
+        return false;
+    }
+    if (file.Read(bytes.data(), bytes.size())) return true;
+    bytes.clear();
+    return false;
+}
+
+}  // namespace skyvault

@@ -1,0 +1,54 @@
+// The parts of files.h that are the same on every system.
+#include "platform/files.h"
+
+#include <algorithm>
+
+#include "platform/debug_line.h"
+#include "platform/path_text.h"
+#include "platform/system_folders.h"
+
+namespace skyvault {
+
+namespace {
+
+std::wstring OwnFolder(const std::wstring& parent, std::wstring_view below) {
+    if (parent.empty()) return {};
+    std::wstring folder = JoinPath(parent, below);
+    return CreateFolder(folder) ? folder : std::wstring();
+}
+
+}  // namespace
+
+bool CreateFolder(const std::wstring& path) {
+    std::wstring folder = path;
+    // The walk leaves out the root: "C:\" or "/".
+#ifdef _WIN32
+    std::replace(folder.begin(), folder.end(), L'/', L'\\');
+    constexpr std::size_t kFirst = 3, kShortest = 1;
+#else
+    constexpr std::size_t kFirst = 1, kShortest = 2;
+#endif
+    if (folder.size() >= kShortest && folder.back() == kPathSeparator) folder.pop_back();
+    if (folder.empty()) return false;
+    if (FolderExists(folder)) return true;
+
+    for (std::size_t i = kFirst; i <= folder.size(); ++i) {
+        if (i < folder.size() && folder[i] != kPathSeparator) continue;
+        const std::wstring part = folder.substr(0, i);
+        if (FolderExists(part)) continue;
+        if (!MakeOneFolder(part)) return false;
+        DebugLine(L"New folder created: \"" + part + L"\"\n");
+    }
+    return FolderExists(folder);
+}
+
+std::wstring ApplicationDataFolder() {
+    const std::wstring maker = JoinPath(L"Brambleworks Studio", L"Skyvault");
+    return OwnFolder(UserDataFolder(), maker);
+}
+
+std::wstring DocumentsFolder() {
+    return OwnFolder(UserDocumentsFolder(), L"Skyvault");
+}
+
+}  // namespace skyvault

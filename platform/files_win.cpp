@@ -1,0 +1,88 @@
+#include <windows.h>
+
+#include <shlobj.h>
+
+#include "platform/files.h"
+#include "platform/path_text.h"
+#include "platform/system_folders.h"
+
+namespace skyvault {
+
+namespace {
+
+std::wstring ShellFolder(int csidl) {
+    wchar_t path[MAX_PATH] = {};
+    return SUCCEEDED(SHGetFolderPathW(nullptr, csidl, nullptr, SHGFP_TYPE_CURRENT, path)) ? path
+                                                                                          : std::wstring();
+}
+
+}  // namespace
+
+bool FileExists(const std::wstring& path) {
+    const DWORD attributes = GetFileAttributesW(path.c_str());
+    return attributes != INVALID_FILE_ATTRIBUTES && !(attributes & FILE_ATTRIBUTE_DIRECTORY);
+}
+
+bool FolderExists(const std::wstring& path) {
+    const DWORD attributes = GetFileAttributesW(path.c_str());
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY);
+}
+
+std::uint64_t FileSizeOf(const std::wstring& path) {
+    WIN32_FILE_ATTRIBUTE_DATA data{};
+    if (path.empty() || !GetFileAttributesExW(path.c_str(), GetFileExInfoStandard, &data)) return 0;
+    if (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) return 0;
+    return (std::uint64_t{data.nFileSizeHigh} << 32) | data.nFileSizeLow;
+}
+
+bool MoveToNewName(const std::wstring& from, const std::wstring& to) {
+    return MoveFileW(from.c_str(), to.c_str());
+}
+
+bool MoveOver(const std::wstring& from, const std::wstring& to) {
+    return MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING);
+}
+
+bool RemoveFile(const std::wstring& path) {
+    return DeleteFileW(path.c_str());
+}
+
+bool MakeOneFolder(const std::wstring& path) {
+    return CreateDirectoryW(path.c_str(), nullptr);
+}
+
+std::vector<std::wstring> FindFiles(const std::wstring& folder) {
+    std::vector<std::wstring> names;
+    WIN32_FIND_DATAW found{};
+    const HANDLE search = FindFirstFileW((folder + L"\\*.*").c_str(), &found);
+    if (search == INVALID_HANDLE_VALUE) return names;
+    do {
+        const std::wstring name = found.cFileName;
+        if (name != L"." && name != L"..") names.push_back(name);
+    } while (FindNextFileW(search, &found));
+    FindClose(search);
+    return names;
+}
+
+std::wstring ProgramFolder() {
+    std::wstring path(MAX_PATH, L'\0');
+    for (;;) {
+        const DWORD length = GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
+        if (length < path.size()) {
+            path.resize(length);
+            break;
+        }
+        path.resize(path.size() * 2);
+    }
+    return std::wstring(FolderPart(path));
+}
+
+std::wstring UserDataFolder() {
+    return ShellFolder(CSIDL_APPDATA);
+}
+
+std::wstring UserDocumentsFolder() {
+    return ShellFolder(CSIDL_PERSONAL);
+}
+
+}  // namespace skyvault

@@ -1,0 +1,15 @@
+// What files.cpp needs from each system.
+#pragma once
+
+#include <string>
+
+namespace skyvault {
+
+/// Creates one folder whose parent exists.
+bool MakeOneFolder(const std::wstring& path);
+
+/// The user's folder for application data and the one for documents; empty when there is none.
+std::wstring UserDataFolder();
+std::wstring UserDocumentsFolder();
+
+}  // namespace skyvault

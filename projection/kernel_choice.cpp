@@ -1,0 +1,58 @@
+#include <atomic>
+
+#include "projection/row_kernels.h"
+
+#ifdef _MSC_VER
+#include <immintrin.h>
+#include <intrin.h>
+#endif
+
+namespace skyvault {
+
+namespace baseline_kernels {
+extern const RowKernels kKernels;
+}
+namespace avx2_kernels {
+extern const RowKernels kKernels;
+}
+
+namespace {
+
+bool ProcessorHasAvx2() {
+#ifdef _MSC_VER
+    int leaf[4];
+    __cpuid(leaf, 1);
+    const bool savesYmm = (leaf[2] & (1 << 27)) != 0 && (_xgetbv(0) & 6) == 6;
+    __cpuidex(leaf, 7, 0);
+    return savesYmm && (leaf[1] & (1 << 5)) != 0;
+#else
+    return __builtin_cpu_supports("avx2") != 0;
+#endif
+}
+
+const RowKernels* FastestKernels() {
+    return ProcessorHasAvx2() ? &avx2_kernels::kKernels : &baseline_kernels::kKernels;
+}
+
+std::atomic<const RowKernels*> chosen{nullptr};
+
+}  // namespace
+
+const RowKernels& Kernels() {
+    const RowKernels* kernels = chosen.load(std::memory_order_relaxed);
+    if (!kernels) {
+        kernels = FastestKernels();
+        chosen.store(kernels, std::memory_order_relaxed);
+    }
+    return *kernels;
+}
+
+bool UseKernels(KernelSet set) {
+    if (set == KernelSet::Avx2 && !ProcessorHasAvx2()) return false;
+    chosen = set == KernelSet::Fastest ? FastestKernels()
+             : set == KernelSet::Avx2  ? &avx2_kernels::kKernels
+                                       : &baseline_kernels::kKernels;
+    return true;
+}
+
+}  // namespace skyvault

@@ -1,0 +1,199 @@
+// Compiled twice: as part of the library, and with SKYVAULT_KERNELS_AVX2 for AVX2. Only functions of this
+// file and always-inlined ones may be called here, so that no AVX2 code hides in a shared inline function.
+#include "projection/row_kernels.h"
+
+#include <cmath>
+#include <cstdint>
+
+#include "projection/direction.h"
+#include "projection/fast_math.h"
+#include "projection/matrix4.h"
+
+#ifdef SKYVAULT_KERNELS_AVX2
+#define KERNEL_SET avx2_kernels
+#else
+#define KERNEL_SET baseline_kernels
+#endif
+
+#if defined(_MSC_VER)
+#define SKYVAULT_RESTRICT __restrict
+#else
+#define SKYVAULT_RESTRICT __restrict__
+#endif
+
+namespace skyvault::KERNEL_SET {
+
+static void Normalize(float* SKYVAULT_RESTRICT x, float* SKYVAULT_RESTRICT y, float* SKYVAULT_RESTRICT z, int n) {
+    for (int i = 0; i < n; ++i) {
+        const float s = x[i] * x[i] + y[i] * y[i] + z[i] * z[i];
+        // Multiplying by 1 leaves every bit alone, which is what lengths of 0 and 1 ask for.
+        const float reciprocal = 1.0f / SquareRoot(s);
+        const float scale = s == 0.0f ? 1.0f : reciprocal;
+        x[i] *= scale;
+        y[i] *= scale;
+        z[i] *= scale;
+    }
+}
+
+static void Absolute(float* v, int n) {
+    for (int i = 0; i < n; ++i) v[i] = std::fabs(v[i]);
+}
+
+static void Transform(float* SKYVAULT_RESTRICT x, float* SKYVAULT_RESTRICT y, float* SKYVAULT_RESTRICT z, int n,
+                      const Matrix4& matrix) {
+    const float m00 = matrix.m[0][0], m01 = matrix.m[0][1], m02 = matrix.m[0][2];
+    const float m10 = matrix.m[1][0], m11 = matrix.m[1][1], m12 = matrix.m[1][2];
+    const float m20 = matrix.m[2][0], m21 = matrix.m[2][1], m22 = matrix.m[2][2];
+    const float m30 = matrix.m[3][0], m31 = matrix.m[3][1], m32 = matrix.m[3][2];
+    for (int i = 0; i < n; ++i) {
+        const float a = x[i], b = y[i], c = z[i];
+        x[i] = a * m00 + b * m10 + c * m20 + m30;
+        y[i] = a * m01 + b * m11 + c * m21 + m31;
+        z[i] = a * m02 + b * m12 + c * m22 + m32;
+    }
+}
+
+static void HorizonCurve(float* y, int n, float power) {
+    const double wide = static_cast<double>(power);
+    for (int i = 0; i < n; ++i) y[i] = 2.0f * PowPositive((y[i] + 1.0f) * 0.5f, wide) - 1.0f;
+}
+
+static void PixelOffsets(const std::int32_t* SKYVAULT_RESTRICT columns, const std::int32_t* SKYVAULT_RESTRICT rows,
+                         int n, std::uint32_t stride, std::uint32_t bytesPerPixel,
+                         std::uint64_t* SKYVAULT_RESTRICT offsets) {
+    for (int i = 0; i < n; ++i) {
+        const std::uint32_t column = static_cast<std::uint32_t>(columns[i]);
+        const std::uint32_t row = static_cast<std::uint32_t>(rows[i]);
+        offsets[i] = static_cast<std::uint64_t>(row) * stride + static_cast<std::uint64_t>(column) * bytesPerPixel;
+    }
+}
+
+static bool EquirectOffsets(const float* SKYVAULT_RESTRICT x, const float* SKYVAULT_RESTRICT y,
+                            const float* SKYVAULT_RESTRICT z, int n, const EquirectGrid& grid,
+                            std::uint64_t* SKYVAULT_RESTRICT offsets) {
+    const float width = static_cast<float>(grid.width);
+    const double height = static_cast<double>(grid.height);
+    const std::int32_t width32 = static_cast<std::int32_t>(grid.width);
+    const std::int32_t height32 = static_cast<std::int32_t>(grid.height);
+
+    alignas(64) float columnPosition[kBlockSize], rowPosition[kBlockSize];
+    alignas(64) std::int32_t columns[kBlockSize], rows[kBlockSize];
+    for (int i = 0; i < n; ++i) {
+        const float longitude = Atan2(x[i], z[i]);
+        const float aside = SquareRoot(x[i] * x[i] + z[i] * z[i]);
+        const float latitude = Atan2(y[i], aside);
+        const float pole = y[i] > 0.0f ? kPi * 0.5f : -kPi * 0.5f;
+        const float phi = std::fabs(x[i]) + std::fabs(z[i]) == 0.0f ? pole : latitude;
+        columnPosition[i] = (longitude + kPi) * width / kTwoPi;
+        rowPosition[i] = static_cast<float>((kHalfPiWide - static_cast<double>(phi)) * height / kPiWide);
+    }
+    std::int32_t missing = 0;
+    for (int i = 0; i < n; ++i) {
+        // Positions are 0 or more, or NaN, which the comparison turns into 0.
+        const std::int32_t column = RoundPositive(columnPosition[i] > 0.0f ? columnPosition[i] : 0.0f);
+        const std::int32_t row = RoundPositive(rowPosition[i] > 0.0f ? rowPosition[i] : 0.0f);
+        columns[i] = column - (column >= width32 ? width32 : 0);
+        rows[i] = row - (row >= height32 ? height32 : 0);
+    }
+    for (int i = 0; i < n; ++i) {
+        const float sum = columnPosition[i] + rowPosition[i];  // NaN when either is
+        missing |= sum == sum ? 0 : 1;
+    }
+    PixelOffsets(columns, rows, n, grid.stride, grid.bytesPerPixel, offsets);
+    if (missing != 0) {
+        for (int i = 0; i < n; ++i) {
+            const float sum = columnPosition[i] + rowPosition[i];
+            if (sum != sum) offsets[i] = kNoPixel;
+        }
+    }
+    return missing != 0;
+}
+
+static bool CubeOffsets(const float* SKYVAULT_RESTRICT x, const float* SKYVAULT_RESTRICT y,
+                        const float* SKYVAULT_RESTRICT z, int n, const CubeGrid& grid,
+                        std::int32_t* SKYVAULT_RESTRICT faces, std::uint64_t* SKYVAULT_RESTRICT offsets) {
+    const std::int32_t last = static_cast<std::int32_t>(grid.size) - 1;
+    const float h = static_cast<float>(last * 0.5);
+
+    // The face by the dominant component; ties go to z, then x.
+    for (int i = 0; i < n; ++i) {
+        const float ax = std::fabs(x[i]), ay = std::fabs(y[i]), az = std::fabs(z[i]);
+        const float acrossMax = ax > ay ? ax : ay;
+        const std::int32_t frontOrBack = z[i] > 0.0f ? 0 : 2;
+        const std::int32_t rightOrLeft = x[i] > 0.0f ? 1 : 3;
+        const std::int32_t topOrBottom = y[i] > 0.0f ? 4 : 5;
+        const std::int32_t across = ax >= ay ? rightOrLeft : topOrBottom;
+        faces[i] = az >= acrossMax ? frontOrBack : across;
+    }
+    // Faces as masks from here on: reading them back keeps the selects apart, or the compiler merges them
+    // into boolean arithmetic it cannot turn into vectors.
+    alignas(64) std::int32_t columns[kBlockSize], rows[kBlockSize];
+    alignas(64) float sums[kBlockSize];
+    for (int i = 0; i < n; ++i) {
+        const float dx = x[i], dy = y[i], dz = z[i];
+        const std::int32_t face = faces[i];
+        const float axisOdd = (face & 1) == 0 ? dz : dx;
+        const float axis = face >= 4 ? dy : axisOdd;
+        const float alongColumns = (face & 5) == 1 ? dz : dx;
+        const float alongRows = face >= 4 ? dz : dy;
+        // The quotients carry the sign of the dominant component. Columns run against theirs on Right,
+        // Left and Bottom (odd faces), rows on Front and Right.
+        const float columnQuotient = h * alongColumns / axis;
+        const float rowQuotient = h * alongRows / axis;
+        const float columnPosition = h + ((face & 1) == 1 ? -columnQuotient : columnQuotient);
+        const float rowPosition = h + (face < 2 ? -rowQuotient : rowQuotient);
+        // NaN for the zero vector, for NaN and for infinities: 0/0, NaN/…, ∞/∞.
+        sums[i] = columnPosition + rowPosition + (std::fabs(dx) + std::fabs(dy) + std::fabs(dz));
+        const std::int32_t column = static_cast<std::int32_t>(columnPosition > 0.0f ? columnPosition : 0.0f);
+        const std::int32_t row = static_cast<std::int32_t>(rowPosition > 0.0f ? rowPosition : 0.0f);
+        columns[i] = column > last ? last : column;
+        rows[i] = row > last ? last : row;
+    }
+    std::int32_t missing = 0;
+    for (int i = 0; i < n; ++i) missing |= sums[i] == sums[i] ? 0 : 1;
+    PixelOffsets(columns, rows, n, grid.stride, grid.bytesPerPixel, offsets);
+    if (missing != 0) {
+        for (int i = 0; i < n; ++i) {
+            if (sums[i] != sums[i]) {
+                faces[i] = 0;
+                offsets[i] = kNoPixel;
+            }
+        }
+    }
+    return missing != 0;
+}
+
+static void EquirectDirections(const float* SKYVAULT_RESTRICT sinLongitude,
+                               const float* SKYVAULT_RESTRICT cosLongitude, float sinLatitude, float cosLatitude,
+                               float* SKYVAULT_RESTRICT x, float* SKYVAULT_RESTRICT y, float* SKYVAULT_RESTRICT z,
+                               int n) {
+    for (int i = 0; i < n; ++i) {
+        x[i] = cosLatitude * sinLongitude[i];
+        y[i] = sinLatitude;
+        z[i] = cosLatitude * cosLongitude[i];
+    }
+}
+
+static void SphericalDirections(const float* SKYVAULT_RESTRICT longitude, const float* SKYVAULT_RESTRICT latitude,
+                                float* SKYVAULT_RESTRICT x, float* SKYVAULT_RESTRICT y,
+                                float* SKYVAULT_RESTRICT z, int n) {
+    for (int i = 0; i < n; ++i) {
+        const float cosLatitude = Cos(latitude[i]);
+        x[i] = cosLatitude * Sin(longitude[i]);
+        y[i] = Sin(latitude[i]);
+        z[i] = cosLatitude * Cos(longitude[i]);
+    }
+}
+
+extern const RowKernels kKernels;
+const RowKernels kKernels = {
+#ifdef SKYVAULT_KERNELS_AVX2
+    "avx2",
+#else
+    "baseline",
+#endif
+    Normalize,   Absolute,    Transform,          HorizonCurve,
+    EquirectOffsets, CubeOffsets, EquirectDirections, SphericalDirections,
+};
+
+}  // namespace skyvault::KERNEL_SET

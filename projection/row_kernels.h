@@ -1,0 +1,73 @@
+// The passes of the row engine: plain loops over blocks of directions, built for the baseline instruction
+// set and again for AVX2, and chosen once at run time. Both give the same bits.
+//
+// A block holds up to kBlockSize directions as three arrays. Every pass works in place or from one array
+// to another, n elements, no early exits.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace skyvault {
+
+struct Matrix4;
+
+inline constexpr int kBlockSize = 256;
+
+struct DirectionBlock {
+    alignas(64) float x[kBlockSize];
+    alignas(64) float y[kBlockSize];
+    alignas(64) float z[kBlockSize];
+};
+
+/// An equirectangular source, as the lookup needs it.
+struct EquirectGrid {
+    std::uint32_t width = 0, height = 0, stride = 0, bytesPerPixel = 0;
+};
+
+/// Six faces of one size and format.
+struct CubeGrid {
+    std::uint32_t size = 0, stride = 0, bytesPerPixel = 0;
+};
+
+/// Marks a direction without a pixel (zero vector, NaN) in a lookup's offsets.
+inline constexpr std::uint64_t kNoPixel = ~std::uint64_t{0};
+
+struct RowKernels {
+    const char* name;  ///< "baseline" or "avx2"
+
+    /// Normalize (projection/direction.h) of every direction.
+    void (*normalize)(float* x, float* y, float* z, int n);
+    /// v := |v|
+    void (*absolute)(float* v, int n);
+    /// d := d × matrix, without looking at its identity flag.
+    void (*transform)(float* x, float* y, float* z, int n, const Matrix4& matrix);
+    /// y := 2 · ((y + 1) / 2)^power − 1
+    void (*horizonCurve)(float* y, int n, float power);
+
+    /// Byte offset of the equirectangular pixel each direction reads. True when some are kNoPixel.
+    bool (*equirectOffsets)(const float* x, const float* y, const float* z, int n, const EquirectGrid& grid,
+                            std::uint64_t* offsets);
+    /// Face (0..5) and byte offset in it of the pixel each direction reads. True when some are kNoPixel;
+    /// their face is 0.
+    bool (*cubeOffsets)(const float* x, const float* y, const float* z, int n, const CubeGrid& grid,
+                        std::int32_t* faces, std::uint64_t* offsets);
+
+    /// One row of an equirectangular grid: (cos φ · sin λ, sin φ, cos φ · cos λ).
+    void (*equirectDirections)(const float* sinLongitude, const float* cosLongitude, float sinLatitude,
+                               float cosLatitude, float* x, float* y, float* z, int n);
+    /// The same with a latitude and longitude of its own for every pixel.
+    void (*sphericalDirections)(const float* longitude, const float* latitude, float* x, float* y, float* z,
+                                int n);
+};
+
+/// The fastest set this processor runs.
+const RowKernels& Kernels();
+
+enum class KernelSet { Fastest, Baseline, Avx2 };
+
+/// For tests and benchmarks: which set Kernels() gives from now on. False (and nothing changed) when the
+/// processor cannot run it.
+bool UseKernels(KernelSet set);
+
+}  // namespace skyvault
