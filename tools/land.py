@@ -49,7 +49,7 @@ def forest_density(x, z, height, slope):
     from_eye = numpy.hypot(x, z + 10.0)
     wooded = smooth(0.30, 0.48, patches + 0.20 * smooth(60, 200, height))
     wooded = wooded * (1 - smooth(line - 140, line + 60, height)) * smooth(1.2, 3.0, height)
-    return wooded * (1 - smooth(0.95, 1.35, slope)) * smooth(55.0, 85.0, from_eye)
+    return wooded * (1 - smooth(0.95, 1.35, slope)) * smooth(80.0, 120.0, from_eye)
 
 
 class Tree:

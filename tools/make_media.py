@@ -18,7 +18,7 @@ MEDIA = pathlib.Path(__file__).resolve().parent.parent / "Media"
 
 def make_lake():
     import lake
-    lake.panorama(4096).save(MEDIA / "Examples" / "Mountain lake.jpg", quality=90, optimize=True, progressive=False)
+    lake.panorama(4096).save(MEDIA / "Examples" / "Mountain lake.jpg", quality=92, optimize=True)
 
 
 def make_card():
