@@ -40,7 +40,11 @@ enum MenuCommand : std::uint16_t {
 /// Runs the menu command; false when it is none of the session's (exit, dialogs, help: the window's own).
 bool RunCommand(Session& session, std::uint16_t command);
 
+/// Asks for the source files and makes them the current panorama, in place of the old one even when they
+/// could not be read. Generators ask for their palette or texture picture.
 void ImportCommand(Session& session, PanoramaFormat format);
+
+/// Asks for the destination and writes the current panorama there; the view becomes the written layout.
 void ExportCommand(Session& session, PanoramaFormat format);
 
 /// The view becomes the layout, check marks and picture follow.
@@ -56,7 +60,11 @@ void ScalePreviewFov(Session& session, float factor);
 void ToggleCrosshair(Session& session);
 void ToggleMagnifyingGlass(Session& session);
 
-/// Builds the current view anew and sets the title.
+/// After the options dialog was closed with OK: the logo is read anew when next needed.
+void ApplyOptions(Session& session);
+
+/// Builds the current view anew and sets the title. Does nothing without a panorama or while nothing can be
+/// shown.
 void Refresh(Session& session);
 
 /// "Skyvault", and with a panorama its file name, size and pixel format.
@@ -69,8 +77,8 @@ struct MenuCheck {
 /// Every menu item that carries a check mark, and whether it does now.
 std::vector<MenuCheck> MenuChecks(const Session& session);
 
-/// The layout's export: writes the file, or builds the picture for the view target when path is empty.
-/// infoLog receives the description of what was written. False when it failed or is not there.
+/// The layout's export (LayoutRow::exportTo): writes the file, or builds the picture for the view target
+/// when path is empty. False when it failed or this build has none.
 bool ExportLayout(Panorama& panorama, PanoramaFormat format, const std::wstring& path, const Camera& camera,
                   std::wstring& infoLog);
 

@@ -19,6 +19,11 @@ enum class FileDialogKind {
     SavePicture = 5,
 };
 
+/// The step size that held keys ask for: Ctrl goes before Shift.
+constexpr StepSize StepSizeOfKeys(bool controlHeld, bool shiftHeld) {
+    return controlHeld ? StepSize::Fine : shiftHeld ? StepSize::Coarse : StepSize::Plain;
+}
+
 class Host : public Feedback, public ViewTarget {
   public:
     /// The chosen path, or empty when cancelled. startPath may name a file or a folder. A save kind gives
@@ -26,9 +31,10 @@ class Host : public Feedback, public ViewTarget {
     virtual std::wstring AskForFile(FileDialogKind kind, const std::wstring& startPath,
                                     const std::wstring& title) = 0;
 
-    /// The modifier keys at this moment.
+    /// The modifier keys at this moment (StepSizeOfKeys).
     virtual StepSize ModifierKeys() const = 0;
 
+    /// Called only when the title changes.
     virtual void SetTitle(const std::wstring& title) = 0;
 
     /// Shows the check marks anew (MenuChecks of session/commands.h).

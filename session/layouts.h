@@ -3,26 +3,37 @@
 
 #include <cstdint>
 #include <span>
+#include <string>
 #include <string_view>
 
+#include "projection/panorama.h"
+#include "projection/preview.h"
 #include "session/host.h"
 #include "settings/panorama_format.h"
 
 namespace skyvault {
+
+/// Writes the panorama in a layout, or builds it for the view target when path is empty. infoLog receives
+/// the description of what was written. False when it failed.
+using LayoutExport = bool (*)(Panorama& panorama, const std::wstring& path, const Camera& camera,
+                              std::wstring& infoLog);
 
 /// A row says everything that differs between layouts outside of their pixels. 0 or null: has none.
 struct LayoutRow {
     PanoramaFormat format;
     const wchar_t* name;              ///< "Horizontal cross"
     const char* consoleName;          ///< "horizontal-cross"
-    std::uint16_t importCommand;      ///< menu ids
-    std::uint16_t exportCommand;
-    std::uint16_t viewCommand;
-    const wchar_t* importTitle;       ///< open dialog
-    FileDialogKind openDialog;
-    FileDialogKind saveDialog;
-    const wchar_t* exportPrefix;      ///< put before the file name unless the path holds it already
-    bool importReady, exportReady;    ///< whether this build can convert it
+    std::uint16_t importCommand = 0;  ///< menu ids
+    std::uint16_t exportCommand = 0;
+    std::uint16_t viewCommand = 0;
+    const wchar_t* importTitle = nullptr;  ///< open dialog; single files ask once per face instead
+    FileDialogKind openDialog = FileDialogKind::OpenPicture;
+    FileDialogKind saveDialog = FileDialogKind::SavePicture;
+    const wchar_t* exportPrefix = nullptr;  ///< WithExportPrefix
+    bool importReady = false;               ///< this build can import it
+    LayoutExport exportTo = nullptr;        ///< null while this build cannot export and show it
+
+    bool ExportReady() const { return exportTo != nullptr; }
 };
 
 std::span<const LayoutRow> Layouts();
@@ -33,5 +44,9 @@ const LayoutRow* LayoutOfImportCommand(std::uint16_t id);
 const LayoutRow* LayoutOfExportCommand(std::uint16_t id);
 const LayoutRow* LayoutOfViewCommand(std::uint16_t id);
 const LayoutRow* LayoutOfConsoleName(std::string_view name);
+
+/// The path with the layout's prefix before its file name, unless the path holds the prefix already:
+/// anywhere, folders included, in upper or lower case.
+std::wstring WithExportPrefix(const LayoutRow& layout, const std::wstring& path);
 
 }  // namespace skyvault

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <string>
 
 #include "projection/panorama.h"
 #include "projection/preview.h"
@@ -15,6 +16,7 @@ struct Session {
     Host& host;
     std::unique_ptr<Panorama> panorama;  ///< none until the first import
     Camera previewCamera;
+    std::wstring title = L"Skyvault";  ///< what the title bar says now
 };
 
 }  // namespace skyvault

@@ -17,20 +17,20 @@ struct ScreenRect {
 };
 
 struct AppState {
-    float previewFov = 0.2f;        ///< focal length of the preview in picture widths
+    float previewFov = 0.2f;  ///< focal length of the preview in picture widths
     bool crosshair = false;
     bool magnifyingGlass = false;
-    std::wstring importPath;        ///< start folder of the import dialogs
-    std::wstring exportPath;        ///< start folder of the export dialogs
-    std::int32_t resolution0 = 2;   ///< cube map edge, index 0..6
-    std::int32_t resolution1 = 4;   ///< equirectangular width, index 0..6
-    std::int32_t resolution2 = 3;   ///< sphere map, mirror ball, heart, interior square edge, index 0..6
-    std::int32_t resolution3 = 0;   ///< preview size, index 0..3
+    std::wstring importPath;            ///< start folder of the import dialogs
+    std::wstring exportPath;            ///< start folder of the export dialogs
+    std::int32_t resolution0 = 2;       ///< cube map edge, index 0..6
+    std::int32_t resolution1 = 4;       ///< equirectangular width, index 0..6
+    std::int32_t resolution2 = 3;       ///< sphere map, mirror ball, heart, interior square edge, index 0..6
+    std::int32_t resolution3 = 0;       ///< preview size, index 0..3
     std::int32_t fileNamingSystem = 0;  ///< six-file naming, index 0..5
-    bool transparency = false;      ///< export the alpha channel
+    bool transparency = false;          ///< export the alpha channel
     bool antialiasing = true;
-    std::int32_t view = 0;          ///< PanoramaFormat shown in the window
-    std::int32_t filterIndex = 4;   ///< picture save dialog: 1 BMP, 2 DDS, 3 GIF, 4 JPG, 5 PNG, 6 TIF
+    std::int32_t view = 0;         ///< PanoramaFormat shown in the window
+    std::int32_t filterIndex = 4;  ///< picture save dialog: 1 BMP, 2 DDS, 3 GIF, 4 JPG, 5 PNG, 6 TIF
     bool compressDds = true;
     std::int32_t voronoiPoints = 20;
     bool voronoiSmooth = false;
@@ -52,9 +52,9 @@ struct AppState {
     std::wstring batchDestinationFolder;
     std::int32_t batchDestinationExtensionIndex = 1;
     ScreenRect windowRect;
-    std::wstring logo;              ///< path of the logo picture
+    std::wstring logo;  ///< path of the logo picture
     Color8 backgroundColour = kOpaqueWhite;
-    bool settingsLoaded = false;    ///< the settings file was opened for reading in this run; not saved
+    bool settingsLoaded = false;  ///< the settings file was opened for reading in this run; not saved
 };
 
 /// The defaults with their paths: import from Media/Examples and the logo from Media/Skins beside the
@@ -63,9 +63,11 @@ AppState DefaultAppState();
 
 /// The default window: 16:9, as tall as the primary screen less 96 pixels, narrowed when the screen is not
 /// wide enough; then fitted to the virtual screen.
-ScreenRect DefaultWindowRect(std::int32_t screenWidth, std::int32_t screenHeight, const ScreenRect& virtualScreen);
+ScreenRect DefaultWindowRect(std::int32_t screenWidth, std::int32_t screenHeight,
+                             const ScreenRect& virtualScreen);
 
-/// Moves and sizes a rectangle into the virtual screen, at least 320 × 240.
+/// Moves and sizes a rectangle into the virtual screen, at least 320 × 240 (or the whole screen, when that
+/// is smaller). With an empty virtual screen only the least size is seen to.
 ScreenRect FitToScreen(const ScreenRect& rect, const ScreenRect& virtualScreen);
 
 }  // namespace skyvault

@@ -7,20 +7,20 @@ namespace skyvault {
 
 enum class PanoramaFormat : std::int32_t {
     Equirectangular = 0,
-    DirectXDds = 1,       ///< cube map file; never a view
-    QuickTimeVr = 2,      ///< cubic movie; never a view
+    DirectXDds = 1,   ///< cube map file; never a view
+    QuickTimeVr = 2,  ///< cubic movie; never a view
     HorizontalCross = 3,
     VerticalCross = 4,
     Strip = 5,
     StripXyz = 6,
-    SingleFiles = 7,      ///< six pictures
+    SingleFiles = 7,  ///< six pictures
     SphereMap = 8,
     MirrorBall = 9,
     Heart = 10,
     InteriorStrip = 11,
     InteriorSquare = 12,
-    Preview = 13,         ///< perspective view; export and view only
-    Html = 14,            ///< web page; export only
+    Preview = 13,  ///< perspective view; export and view only
+    Html = 14,     ///< web page; export only
 
     Voronoi = 100,
     FractalPlanet = 101,

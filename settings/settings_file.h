@@ -8,16 +8,21 @@
 
 namespace skyvault {
 
-/// ApplicationDataFolder() and in it Skyvault.txt. A Skyvault.ini, or else a Skyvault.txt, found in
-/// `programFolder` is moved there first; a file already there is never replaced by the move.
+/// ApplicationDataFolder() and in it Skyvault.txt. Settings left in `programFolder` by an older version are
+/// moved there first (MoveOlderSettings).
 std::wstring SettingsPath(const std::wstring& programFolder);
 
-/// Fills the record from the file; a missing file, key or value leaves what is there. Sets settingsLoaded
-/// once the file is open. The window rectangle is fitted to the virtual screen.
+/// Moves a Skyvault.ini, or else a Skyvault.txt, found in `programFolder` to `path`; a file already there
+/// is never replaced.
+void MoveOlderSettings(const std::wstring& programFolder, const std::wstring& path);
+
+/// Fills the record from the file; a missing file or key leaves what is there, a missing or malformed value
+/// is 0, false or empty. The later of two lines with the same key wins. Sets settingsLoaded when the file
+/// could be read. A window rectangle in the file is fitted to the virtual screen.
 void LoadSettings(AppState& state, const std::wstring& path, const ScreenRect& virtualScreen);
 
-/// Writes the file (UTF-16), unless one is there that could not be opened in this run. On failure an error
-/// message names the path, and an older file stays whole.
+/// Writes the file (UTF-16) and returns true; not, and without a message, when one is there that was not
+/// read in this run. When writing fails an error message names the path, and an older file stays whole.
 bool SaveSettings(const AppState& state, const std::wstring& path, Feedback& feedback);
 
 }  // namespace skyvault

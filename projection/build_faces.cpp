@@ -1,0 +1,95 @@
+#include "projection/build_faces.h"
+
+#include <vector>
+
+#include "image/bleed_alpha.h"
+#include "projection/resize_image.h"
+
+namespace skyvault {
+
+namespace {
+
+/// Positions along a face's edge: pixel p of the panorama's own grid sits at p · s − c.
+std::vector<float> EdgePositions(std::uint32_t faceSize, std::uint32_t size) {
+    const std::int32_t n = static_cast<std::int32_t>(faceSize);
+    const float c = static_cast<float>(n - 2) / static_cast<float>(n - 1);
+    const float s = 2.0f * c / static_cast<float>(n - 1);
+    std::vector<float> positions(size);
+    for (std::uint32_t i = 0; i < size; ++i) {
+        const std::int64_t p = std::int64_t{faceSize} * i / size;
+        positions[i] = static_cast<float>(p) * s - c;
+    }
+    return positions;
+}
+
+/// Writes the vectors to the pixels of one row of a face: a runs along the columns, b is the row's.
+void FaceRow(CubeFace which, const float* a, float b, int count, DirectionBlock& block) {
+    float* x = block.x;
+    float* y = block.y;
+    float* z = block.z;
+    const auto fill = [count](float* v, float value) {
+        for (int i = 0; i < count; ++i) v[i] = value;
+    };
+    const auto along = [a, count](float* v) {
+        for (int i = 0; i < count; ++i) v[i] = a[i];
+    };
+    const auto against = [a, count](float* v) {
+        for (int i = 0; i < count; ++i) v[i] = -a[i];
+    };
+    switch (which) {
+        case CubeFace::Front:
+            along(x), fill(y, -b), fill(z, 1.0f);
+            return;
+        case CubeFace::Right:
+            fill(x, 1.0f), fill(y, -b), against(z);
+            return;
+        case CubeFace::Back:
+            against(x), fill(y, -b), fill(z, -1.0f);
+            return;
+        case CubeFace::Left:
+            fill(x, -1.0f), fill(y, -b), along(z);
+            return;
+        case CubeFace::Top:
+            along(x), fill(y, 1.0f), fill(z, b);
+            return;
+        case CubeFace::Bottom:
+            along(x), fill(y, -1.0f), fill(z, -b);
+            return;
+    }
+}
+
+}  // namespace
+
+bool BuildFace(Panorama& panorama, Image& face, CubeFace which, std::uint32_t size, PixelFormat format) {
+    const std::vector<float> positions = EdgePositions(panorama.faceSize, size);
+    const RowKernels& kernels = Kernels();
+    LayoutGrid grid{
+        size, size,
+        [&](std::uint32_t row, std::uint32_t first, int count, DirectionBlock& block, std::uint8_t*) {
+            FaceRow(which, positions.data() + first, positions[row], count, block);
+            // Face directions are unit vectors by definition; the sampler normalises once more.
+            kernels.normalize(block.x, block.y, block.z, count);
+            return Coverage::All;
+        }};
+    RenderOptions options;
+    options.format = format;
+    if (!RenderLayout(panorama, grid, options, face)) return false;
+    BleedAlpha(face);
+    return true;
+}
+
+void AntialiasFaces(Panorama& panorama, float factor) {
+    if (!(factor > 0.0f)) return;
+    const float scaled = static_cast<float>(panorama.faceSize) * factor;
+    panorama.faceSize = scaled < 4294967040.0f ? static_cast<std::uint32_t>(scaled) : 0;
+    for (int f = 0; f < kFaceCount; ++f) {
+        if (panorama.feedback.ProgressActive()) {
+            panorama.feedback.SetProgress(static_cast<float>(f + 1) / 6.0f, L"Antialiasing cube faces...");
+        }
+        Image& face = panorama.faces[static_cast<std::size_t>(f)];
+        Image resized = ResizeImage(face, panorama.faceSize, panorama.faceSize, face.format, true, false);
+        if (resized.IsValid()) face = std::move(resized);
+    }
+}
+
+}  // namespace skyvault

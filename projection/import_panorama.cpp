@@ -1,0 +1,19 @@
+#include "projection/import_panorama.h"
+
+#include "projection/equirectangular.h"
+
+namespace skyvault {
+
+void ImportPanorama(Panorama& panorama, const std::vector<std::wstring>& paths, PanoramaFormat format) {
+    ResetModifications(panorama.modifications);
+    const std::wstring first = paths.empty() ? std::wstring() : paths.front();
+    switch (format) {
+        case PanoramaFormat::Equirectangular:
+            ImportEquirectangular(panorama, first);
+            return;
+        default:
+            return;
+    }
+}
+
+}  // namespace skyvault

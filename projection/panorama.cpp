@@ -1,0 +1,43 @@
+#include "projection/panorama.h"
+
+#include "image/picture_files.h"
+#include "projection/import_panorama.h"
+
+namespace skyvault {
+
+Panorama::Panorama(Feedback& theFeedback, const AppState& theSettings, ViewTarget* theViewTarget,
+                   std::vector<std::wstring> paths, PanoramaFormat format)
+    : Panorama(theFeedback, theSettings, theViewTarget) {
+    if (!paths.empty()) path = paths.front();
+    ImportPanorama(*this, paths, format);
+}
+
+Panorama::Panorama(Feedback& theFeedback, const AppState& theSettings, ViewTarget* theViewTarget)
+    : feedback(theFeedback), settings(theSettings), viewTarget(theViewTarget) {}
+
+bool Panorama::IsEmpty() const {
+    if (equirectSource.IsValid()) return false;
+    for (const Image& face : faces) {
+        if (face.IsValid()) return false;
+    }
+    return true;
+}
+
+PixelFormat ExportPixelFormat(const Panorama& panorama, bool forScreen) {
+    if (forScreen) return panorama.settings.transparency ? PixelFormat::Rgba8 : PixelFormat::Rgb8;
+    if (panorama.equirectSource.IsValid()) return panorama.equirectSource.format;
+    const Image& front = panorama.faces[0];
+    return front.IsValid() ? front.format : PixelFormat::None;
+}
+
+bool LoadLogo(Panorama& panorama) {
+    if (panorama.settings.logo.empty()) return false;
+    if (!panorama.logoPicture.IsValid()) panorama.logoPicture = LoadPicture(panorama.settings.logo);
+    return panorama.logoPicture.IsValid();
+}
+
+bool ShowResult(Panorama& panorama) {
+    return panorama.viewTarget && panorama.viewTarget->Show(panorama.resultPicture);
+}
+
+}  // namespace skyvault

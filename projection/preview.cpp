@@ -1,0 +1,75 @@
+#include "projection/preview.h"
+
+#include <algorithm>
+
+#include "image/picture_files.h"
+#include "projection/render_layout.h"
+
+namespace skyvault {
+
+namespace {
+
+struct PictureSize {
+    std::uint32_t width, height;
+};
+
+PictureSize PreviewSize(std::int32_t index) {
+    switch (index) {
+        case 1:
+            return {1920, 1080};
+        case 2:
+            return {3840, 2160};
+        case 3:
+            return {7680, 4320};
+        default:
+            return {1280, 720};
+    }
+}
+
+/// The size shrunk or grown to fit the client area.
+PictureSize FittedTo(const ClientSize& client, PictureSize size) {
+    const float k = std::min(static_cast<float>(client.width) / static_cast<float>(size.width),
+                             static_cast<float>(client.height) / static_cast<float>(size.height));
+    return {static_cast<std::uint32_t>(static_cast<float>(size.width) * k),
+            static_cast<std::uint32_t>(static_cast<float>(size.height) * k)};
+}
+
+}  // namespace
+
+bool ExportPreview(Panorama& panorama, const std::wstring& path, const Camera& camera,
+                   std::wstring& infoLog) {
+    const bool forScreen = path.empty();
+    const PixelFormat format = ExportPixelFormat(panorama, forScreen);
+    if (format == PixelFormat::None || panorama.IsEmpty()) return false;
+    PictureSize size = PreviewSize(panorama.settings.resolution3);
+    if (forScreen) {
+        if (!panorama.viewTarget) return false;
+        size = FittedTo(panorama.viewTarget->Size(), size);
+        if (size.width < 1 || size.height < 1) return false;
+    }
+    const Matrix4 turn = YawPitchRollMatrix(camera.heading, camera.pitch, camera.roll);
+    const float focalDepth = static_cast<float>(size.width) * panorama.settings.previewFov;
+    const std::int32_t halfWidth = static_cast<std::int32_t>(size.width / 2);
+    const std::int32_t halfHeight = static_cast<std::int32_t>(size.height / 2);
+    const RowKernels& kernels = Kernels();
+    const LayoutGrid grid{
+        size.width, size.height,
+        [&](std::uint32_t row, std::uint32_t first, int count, DirectionBlock& block, std::uint8_t*) {
+            const float y = static_cast<float>(halfHeight - static_cast<std::int32_t>(row));
+            const std::int32_t left = static_cast<std::int32_t>(first) - halfWidth;
+            for (int i = 0; i < count; ++i) {
+                block.x[i] = static_cast<float>(left + i);
+                block.y[i] = y;
+                block.z[i] = focalDepth;
+            }
+            if (!turn.isIdentity) kernels.transform(block.x, block.y, block.z, count, turn);
+            return Coverage::All;
+        }};
+    RenderOptions options;
+    options.format = format;
+    if (!RenderLayout(panorama, grid, options, panorama.resultPicture)) return false;
+    if (forScreen) return ShowResult(panorama);
+    return SavePicture(panorama.resultPicture, path, PixelFormat::None, &infoLog, true);
+}
+
+}  // namespace skyvault

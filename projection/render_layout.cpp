@@ -1,0 +1,122 @@
+#include "projection/render_layout.h"
+
+#include <algorithm>
+#include <atomic>
+
+#include "image/pixel_convert.h"
+#include "platform/parallel_rows.h"
+#include "projection/resize_image.h"
+#include "projection/view_sampler.h"
+
+namespace skyvault {
+
+namespace {
+
+/// Rows of the result made together: enough that a tile of 256 columns is square-ish in the source, few
+/// enough that a doubled band stays in the cache.
+constexpr std::uint32_t kBandRows = 64;
+
+/// Below this many pixels, waking other threads costs more than it saves (0.8 ms under Wine).
+constexpr std::uint64_t kParallelPixels = 1'000'000;
+
+/// Writes rows firstRow .. firstRow + rowCount − 1 of the grid at destination.
+void RenderRows(const LayoutGrid& grid, const ViewSampler& sampler, std::uint32_t bytesPerPixel,
+                std::uint32_t firstRow, std::uint32_t rowCount, std::byte* destination, std::size_t stride) {
+    DirectionBlock block;
+    std::uint8_t inside[kBlockSize];
+    std::byte pixels[kBlockSize * 8];
+    for (std::uint32_t first = 0; first < grid.width; first += kBlockSize) {
+        const int count = static_cast<int>(std::min<std::uint32_t>(kBlockSize, grid.width - first));
+        for (std::uint32_t row = 0; row < rowCount; ++row) {
+            const Coverage coverage = grid.directions(firstRow + row, first, count, block, inside);
+            if (coverage == Coverage::None) continue;
+            std::byte* target = destination + row * stride + std::size_t{first} * bytesPerPixel;
+            if (coverage == Coverage::All) {
+                sampler.Sample(block, count, target);
+                continue;
+            }
+            sampler.Sample(block, count, pixels);
+            for (int i = 0; i < count; ++i) {
+                if (!inside[i]) continue;
+                const std::size_t at = static_cast<std::size_t>(i) * bytesPerPixel;
+                std::copy_n(pixels + at, bytesPerPixel, target + at);
+            }
+        }
+    }
+}
+
+/// One pixel's bytes, repeated over rows.
+class Background {
+  public:
+    Background(PixelFormat format, const Color8& colour) : bytesPerPixel_(BytesPerPixel(format)) {
+        WriteColor8(format, pixel_, colour);
+    }
+    void Fill(std::byte* rows, std::size_t byteCount) const {
+        for (std::size_t at = 0; at < byteCount; at += bytesPerPixel_)
+            std::copy_n(pixel_, bytesPerPixel_, rows + at);
+    }
+
+  private:
+    std::uint32_t bytesPerPixel_;
+    std::byte pixel_[8] = {};
+};
+
+bool OutOfMemory(Panorama& panorama, Image& result) {
+    result.Clear();
+    panorama.feedback.Error(L"Out of memory");
+    return false;
+}
+
+}  // namespace
+
+bool RenderLayout(Panorama& panorama, const LayoutGrid& grid, const RenderOptions& options, Image& result) {
+    const std::uint32_t scale = options.halve ? 2 : 1;
+    const std::uint32_t width = grid.width / scale;
+    const std::uint32_t height = grid.height / scale;
+    if (!result.IsValid() || result.width != width || result.height != height ||
+        result.format != options.format) {
+        result.Clear();
+        result = Image(width, height, options.format);
+        if (!result.IsValid()) return OutOfMemory(panorama, result);
+    }
+    const ViewSampler sampler(panorama, options.format);
+    const std::uint32_t bytesPerPixel = BytesPerPixel(options.format);
+    const int bandCount = static_cast<int>((height + kBandRows - 1) / kBandRows);
+    const BoxGrid halving = MakeBoxGrid(grid.width, grid.height, width, height);
+    std::optional<Background> background;
+    if (options.background) background.emplace(options.format, *options.background);
+    std::atomic<bool> failed{false};
+
+    const auto renderBand = [&](int band) {
+        const std::uint32_t first = static_cast<std::uint32_t>(band) * kBandRows;
+        const std::uint32_t rows = std::min(kBandRows, height - first);
+        if (!options.halve) {
+            if (background) background->Fill(result.Row(first), std::size_t{result.stride} * rows);
+            RenderRows(grid, sampler, bytesPerPixel, first, rows, result.Row(first), result.stride);
+            return;
+        }
+        Image doubled(grid.width, 2 * rows, options.format);
+        if (!doubled.IsValid()) {
+            failed = true;
+            return;
+        }
+        if (background) background->Fill(doubled.Row(0), doubled.ByteCount());
+        RenderRows(grid, sampler, bytesPerPixel, 2 * first, 2 * rows, doubled.Row(0), doubled.stride);
+        const BoxGrid bandGrid{width, rows, halving.box};
+        for (std::uint32_t row = 0; row < rows; ++row) {
+            AverageRow(doubled, bandGrid, row, options.format, result.Row(first + row));
+        }
+    };
+    const auto report = [&](int finished) {
+        const std::uint32_t rows = std::min(static_cast<std::uint32_t>(finished) * kBandRows, height);
+        const float last = static_cast<float>(std::max(height, 2u) - 1);
+        panorama.feedback.SetProgress(static_cast<float>(rows - 1) / last, options.progressText);
+    };
+    const bool reporting = options.progressText && panorama.feedback.ProgressActive();
+    if (reporting) panorama.feedback.SetProgress(0.0f, options.progressText);
+    const bool parallel = std::uint64_t{grid.width} * grid.height >= kParallelPixels;
+    ParallelBands(bandCount, parallel, renderBand, reporting ? std::function<void(int)>(report) : nullptr);
+    return failed ? OutOfMemory(panorama, result) : true;
+}
+
+}  // namespace skyvault

@@ -1,0 +1,185 @@
+#include "projection/view_sampler.h"
+
+#include <cstring>
+#include <utility>
+
+#include "image/pixel_convert.h"
+#include "projection/fast_math.h"
+#include "projection/sample_panorama.h"
+
+namespace skyvault {
+
+namespace {
+
+/// Copies one pixel of kBytes bytes from each address.
+template <int kBytes>
+void CopyPixels(const std::byte* const* addresses, int count, std::byte* destination) {
+    for (int i = 0; i < count; ++i) {
+        std::memcpy(destination, addresses[i], kBytes);
+        destination += kBytes;
+    }
+}
+
+void CopyPixels(const std::byte* const* addresses, int count, std::uint32_t bytesPerPixel,
+                std::byte* destination) {
+    switch (bytesPerPixel) {
+        case 1:
+            return CopyPixels<1>(addresses, count, destination);
+        case 2:
+            return CopyPixels<2>(addresses, count, destination);
+        case 3:
+            return CopyPixels<3>(addresses, count, destination);
+        case 4:
+            return CopyPixels<4>(addresses, count, destination);
+        case 6:
+            return CopyPixels<6>(addresses, count, destination);
+        case 8:
+            return CopyPixels<8>(addresses, count, destination);
+        default:
+            return;
+    }
+}
+
+void Prefetch([[maybe_unused]] const std::byte* address) {
+#if defined(__GNUC__)
+    __builtin_prefetch(address);
+#endif
+}
+
+}  // namespace
+
+/// What a block's directions look at.
+struct ViewSampler::Lookup {
+    const std::byte* addresses[kBlockSize];  ///< never null: a missing pixel looks at some other
+    bool someMissing = false;
+    int logoHits = 0;
+    bool missing[kBlockSize];  ///< meaningful only with someMissing
+    std::int16_t logoLanes[kBlockSize];
+    LogoHit logoPoints[kBlockSize];
+};
+
+ViewSampler::ViewSampler(Panorama& panorama, PixelFormat format, bool applyOrientation)
+    : panorama_(panorama),
+      kernels_(Kernels()),
+      format_(format),
+      bytesPerPixel_(BytesPerPixel(format)),
+      applyOrientation_(applyOrientation) {
+    if (panorama.modifications.logoSize != 0.0f) LoadLogo(panorama);
+    const Image& source = panorama.equirectSource;
+    if (source.IsValid()) {
+        sourceFormat_ = source.format;
+        equirect_ = {source.width, source.height, source.stride, BytesPerPixel(source.format)};
+        bases_[0] = source.pixels.get();
+        return;
+    }
+    const std::uint32_t size = FaceGridSize(panorama.faces);
+    uniform_ = size > 0;
+    for (std::size_t f = 0; f < panorama.faces.size(); ++f) {
+        const Image& face = panorama.faces[f];
+        if (!face.IsValid()) continue;
+        if (sourceFormat_ == PixelFormat::None) sourceFormat_ = face.format;
+        if (face.width != size || face.height != size || face.format != sourceFormat_) uniform_ = false;
+        bases_[f] = face.pixels.get();
+        cube_ = {size, face.stride, BytesPerPixel(face.format)};
+    }
+}
+
+void ViewSampler::Sample(DirectionBlock& directions, int count, std::byte* destination) const {
+    if (!uniform_) {
+        for (int i = 0; i < count; ++i) {
+            const Direction d{directions.x[i], directions.y[i], directions.z[i]};
+            WritePixel(format_, destination + i * std::size_t{bytesPerPixel_},
+                       SamplePanorama(panorama_, d, applyOrientation_));
+        }
+        return;
+    }
+    Lookup lookup;
+    FindPixels(directions, count, lookup);
+    Fetch(lookup, count, destination);
+    if (lookup.someMissing || lookup.logoHits > 0) FixRarePixels(lookup, count, destination);
+}
+
+void ViewSampler::FindPixels(DirectionBlock& directions, int count, Lookup& lookup) const {
+    const Modifications& m = panorama_.modifications;
+    float* x = directions.x;
+    float* y = directions.y;
+    float* z = directions.z;
+    kernels_.normalize(x, y, z, count);
+    if (m.flipHorizontal) std::swap(x, z);
+    if (m.mirrorTopToBottom) kernels_.absolute(y, count);
+    if (m.mirrorFrontToBack) kernels_.absolute(z, count);
+    if (m.logoSize != 0.0f) {
+        for (int i = 0; i < count; ++i) {
+            const LogoHit hit = HitLogoDisc({x[i], y[i], z[i]}, m.logoSize);
+            if (!hit.onDisc) continue;
+            lookup.logoLanes[lookup.logoHits] = static_cast<std::int16_t>(i);
+            lookup.logoPoints[lookup.logoHits++] = hit;
+        }
+    }
+    if (applyOrientation_) {
+        if (m.horizonPower > 0.0f && m.horizonPower != 1.0f) kernels_.horizonCurve(y, count, m.horizonPower);
+        if (!m.orientation.isIdentity) kernels_.transform(x, y, z, count, m.orientation);
+    }
+
+    alignas(64) std::uint64_t offsets[kBlockSize];
+    if (equirect_.width > 0) {
+        lookup.someMissing = kernels_.equirectOffsets(x, y, z, count, equirect_, offsets);
+        for (int i = 0; i < count; ++i) {
+            lookup.addresses[i] = bases_[0] + (offsets[i] == kNoPixel ? 0 : offsets[i]);
+            Prefetch(lookup.addresses[i]);
+        }
+        if (lookup.someMissing) {
+            for (int i = 0; i < count; ++i) lookup.missing[i] = offsets[i] == kNoPixel;
+        }
+        return;
+    }
+    alignas(64) std::int32_t faces[kBlockSize];
+    lookup.someMissing = kernels_.cubeOffsets(x, y, z, count, cube_, faces, offsets);
+    const std::byte* present = nullptr;
+    bool allPresent = true;
+    for (const std::byte* base : bases_) {
+        if (base) present = base;
+        allPresent = allPresent && base;
+    }
+    if (allPresent && !lookup.someMissing) {
+        for (int i = 0; i < count; ++i) {
+            lookup.addresses[i] = bases_[static_cast<std::size_t>(faces[i])] + offsets[i];
+            Prefetch(lookup.addresses[i]);
+        }
+        return;
+    }
+    lookup.someMissing = true;
+    for (int i = 0; i < count; ++i) {
+        const std::byte* base = bases_[static_cast<std::size_t>(faces[i])];
+        lookup.missing[i] = offsets[i] == kNoPixel || !base;
+        lookup.addresses[i] = lookup.missing[i] ? present : base + offsets[i];
+    }
+}
+
+void ViewSampler::Fetch(const Lookup& lookup, int count, std::byte* destination) const {
+    if (sourceFormat_ == format_) {
+        CopyPixels(lookup.addresses, count, bytesPerPixel_, destination);
+        return;
+    }
+    std::byte gathered[kBlockSize * 8];
+    CopyPixels(lookup.addresses, count, BytesPerPixel(sourceFormat_), gathered);
+    ConvertRow(sourceFormat_, gathered, format_, destination, static_cast<std::size_t>(count));
+}
+
+void ViewSampler::FixRarePixels(const Lookup& lookup, int count, std::byte* destination) const {
+    const PixelValue white(kOpaqueWhite);
+    if (lookup.someMissing) {
+        for (int i = 0; i < count; ++i) {
+            if (lookup.missing[i]) WritePixel(format_, destination + i * std::size_t{bytesPerPixel_}, white);
+        }
+    }
+    for (int hit = 0; hit < lookup.logoHits; ++hit) {
+        const int i = lookup.logoLanes[hit];
+        const bool missing = lookup.someMissing && lookup.missing[i];
+        const PixelValue under = missing ? white : ReadPixel(sourceFormat_, lookup.addresses[i]);
+        const PixelValue logo = LogoColour(panorama_, lookup.logoPoints[hit]);
+        WritePixel(format_, destination + i * std::size_t{bytesPerPixel_}, BlendLogo(logo, under));
+    }
+}
+
+}  // namespace skyvault

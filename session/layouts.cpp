@@ -1,0 +1,228 @@
+#include "session/layouts.h"
+
+#include <algorithm>
+#include <array>
+
+#include "platform/path_text.h"
+#include "platform/text_case.h"
+#include "projection/equirectangular.h"
+
+namespace skyvault {
+namespace {
+
+template <bool (*exportPicture)(Panorama&, const std::wstring&, std::wstring&)>
+bool WithoutCamera(Panorama& panorama, const std::wstring& path, const Camera&, std::wstring& infoLog) {
+    return exportPicture(panorama, path, infoLog);
+}
+
+constexpr const wchar_t* kSelectPalette = L"Select palette picture";
+constexpr const wchar_t* kSelectTexture = L"Select texture";
+
+constexpr std::array kLayouts = {
+    LayoutRow{.format = PanoramaFormat::Equirectangular,
+              .name = L"Equirectangular",
+              .consoleName = "equirectangular",
+              .importCommand = 32868,
+              .exportCommand = 32869,
+              .viewCommand = 32867,
+              .importTitle = L"Select equirectangular",
+              .importReady = true,
+              .exportTo = WithoutCamera<ExportEquirectangular>},
+    LayoutRow{.format = PanoramaFormat::DirectXDds,
+              .name = L"DirectX DDS",
+              .consoleName = "dds",
+              .importCommand = 32779,
+              .exportCommand = 32786,
+              .importTitle = L"Select DirectX DDS",
+              .openDialog = FileDialogKind::OpenDds,
+              .saveDialog = FileDialogKind::SaveDds,
+              .exportPrefix = L"Cubemap_"},
+    LayoutRow{.format = PanoramaFormat::QuickTimeVr,
+              .name = L"QuickTime VR",
+              .consoleName = "qtvr",
+              .importCommand = 32780,
+              .exportCommand = 32785,
+              .importTitle = L"Select Quicktime VR",
+              .openDialog = FileDialogKind::OpenMovie,
+              .saveDialog = FileDialogKind::SaveMovie},
+    LayoutRow{.format = PanoramaFormat::HorizontalCross,
+              .name = L"Horizontal cross",
+              .consoleName = "horizontal-cross",
+              .importCommand = 32782,
+              .exportCommand = 32789,
+              .viewCommand = 32775,
+              .importTitle = L"Select horizontal cross"},
+    LayoutRow{.format = PanoramaFormat::VerticalCross,
+              .name = L"Vertical cross",
+              .consoleName = "vertical-cross",
+              .importCommand = 32783,
+              .exportCommand = 32790,
+              .viewCommand = 32774,
+              .importTitle = L"Select vertical cross"},
+    LayoutRow{.format = PanoramaFormat::Strip,
+              .name = L"Strip",
+              .consoleName = "strip",
+              .importCommand = 32784,
+              .exportCommand = 32791,
+              .viewCommand = 32776,
+              .importTitle = L"Select strip"},
+    LayoutRow{.format = PanoramaFormat::StripXyz,
+              .name = L"Strip XYZ",
+              .consoleName = "strip-xyz",
+              .importCommand = 32813,
+              .exportCommand = 32814,
+              .viewCommand = 32812,
+              .importTitle = L"Select strip XYZ"},
+    LayoutRow{.format = PanoramaFormat::SingleFiles,
+              .name = L"Single files",
+              .consoleName = "single-files",
+              .importCommand = 32803,
+              .exportCommand = 32805,
+              .viewCommand = 32802},
+    LayoutRow{.format = PanoramaFormat::SphereMap,
+              .name = L"Sphere map",
+              .consoleName = "sphere-map",
+              .importCommand = 32773,
+              .exportCommand = 32788,
+              .viewCommand = 32778,
+              .importTitle = L"Select spheremap",
+              .exportPrefix = L"Spheremap_"},
+    LayoutRow{.format = PanoramaFormat::MirrorBall,
+              .name = L"Mirror ball",
+              .consoleName = "mirror-ball",
+              .importCommand = 32807,
+              .exportCommand = 32808,
+              .viewCommand = 32806,
+              .importTitle = L"Select mirror ball"},
+    LayoutRow{.format = PanoramaFormat::Heart,
+              .name = L"Heart",
+              .consoleName = "heart",
+              .importCommand = 32811,
+              .exportCommand = 32810,
+              .viewCommand = 32809,
+              .importTitle = L"Select heart"},
+    LayoutRow{.format = PanoramaFormat::InteriorStrip,
+              .name = L"Interior strip",
+              .consoleName = "interior-strip",
+              .importCommand = 32920,
+              .exportCommand = 32921,
+              .viewCommand = 32913,
+              .importTitle = L"Select interior strip"},
+    LayoutRow{.format = PanoramaFormat::InteriorSquare,
+              .name = L"Interior square",
+              .consoleName = "interior-square",
+              .importCommand = 32914,
+              .exportCommand = 32918,
+              .viewCommand = 32911,
+              .importTitle = L"Select interior square"},
+    LayoutRow{.format = PanoramaFormat::Preview,
+              .name = L"Preview",
+              .consoleName = "preview",
+              .exportCommand = 32899,
+              .viewCommand = 32859,
+              .exportTo = ExportPreview},
+    LayoutRow{.format = PanoramaFormat::Html, .name = L"HTML", .consoleName = "html", .exportCommand = 32900},
+
+    LayoutRow{.format = PanoramaFormat::Voronoi,
+              .name = L"Voronoi",
+              .consoleName = "voronoi",
+              .importCommand = 32826,
+              .importTitle = kSelectPalette},
+    LayoutRow{.format = PanoramaFormat::FractalPlanet,
+              .name = L"Fractal planet",
+              .consoleName = "fractal-planet",
+              .importCommand = 32828,
+              .importTitle = kSelectPalette},
+    LayoutRow{.format = PanoramaFormat::DotsOfLight,
+              .name = L"Dots of light",
+              .consoleName = "dots-of-light",
+              .importCommand = 32829,
+              .importTitle = kSelectPalette},
+    LayoutRow{.format = PanoramaFormat::Blobs,
+              .name = L"Blobs",
+              .consoleName = "blobs",
+              .importCommand = 32831,
+              .importTitle = kSelectPalette},
+    LayoutRow{.format = PanoramaFormat::Rectangles,
+              .name = L"Rectangles",
+              .consoleName = "rectangles",
+              .importCommand = 32844,
+              .importTitle = kSelectPalette},
+
+    LayoutRow{.format = PanoramaFormat::Tetrahedron,
+              .name = L"Tetrahedron",
+              .consoleName = "tetrahedron",
+              .importCommand = 32838,
+              .importTitle = kSelectTexture},
+    LayoutRow{.format = PanoramaFormat::Hexahedron,
+              .name = L"Hexahedron (cube)",
+              .consoleName = "hexahedron",
+              .importCommand = 32839,
+              .importTitle = kSelectTexture},
+    LayoutRow{.format = PanoramaFormat::Octahedron,
+              .name = L"Octahedron",
+              .consoleName = "octahedron",
+              .importCommand = 32840,
+              .importTitle = kSelectTexture},
+    LayoutRow{.format = PanoramaFormat::Dodecahedron,
+              .name = L"Dodecahedron",
+              .consoleName = "dodecahedron",
+              .importCommand = 32841,
+              .importTitle = kSelectTexture},
+    LayoutRow{.format = PanoramaFormat::Icosahedron,
+              .name = L"Icosahedron",
+              .consoleName = "icosahedron",
+              .importCommand = 32842,
+              .importTitle = kSelectTexture},
+    LayoutRow{.format = PanoramaFormat::Football,
+              .name = L"Football",
+              .consoleName = "football",
+              .importCommand = 32843,
+              .importTitle = kSelectTexture},
+};
+
+template <typename Condition>
+const LayoutRow* FindRow(Condition condition) {
+    const auto row = std::find_if(kLayouts.begin(), kLayouts.end(), condition);
+    return row != kLayouts.end() ? &*row : nullptr;
+}
+
+/// 0 is no command: rows without one hold it.
+const LayoutRow* FindCommand(std::uint16_t LayoutRow::*command, std::uint16_t id) {
+    return id == 0 ? nullptr : FindRow([&](const LayoutRow& row) { return row.*command == id; });
+}
+
+}  // namespace
+
+std::span<const LayoutRow> Layouts() {
+    return kLayouts;
+}
+
+const LayoutRow* FindLayout(PanoramaFormat format) {
+    return FindRow([&](const LayoutRow& row) { return row.format == format; });
+}
+
+const LayoutRow* LayoutOfImportCommand(std::uint16_t id) {
+    return FindCommand(&LayoutRow::importCommand, id);
+}
+
+const LayoutRow* LayoutOfExportCommand(std::uint16_t id) {
+    return FindCommand(&LayoutRow::exportCommand, id);
+}
+
+const LayoutRow* LayoutOfViewCommand(std::uint16_t id) {
+    return FindCommand(&LayoutRow::viewCommand, id);
+}
+
+const LayoutRow* LayoutOfConsoleName(std::string_view name) {
+    return FindRow([&](const LayoutRow& row) { return row.consoleName == name; });
+}
+
+std::wstring WithExportPrefix(const LayoutRow& layout, const std::wstring& path) {
+    if (layout.exportPrefix == nullptr) return path;
+    if (LowerCase(path).find(LowerCase(layout.exportPrefix)) != std::wstring::npos) return path;
+    std::wstring prefixed = path;
+    return prefixed.insert(path.size() - FileNamePart(path).size(), layout.exportPrefix);
+}
+
+}  // namespace skyvault

@@ -1,0 +1,104 @@
+#include <algorithm>
+
+#include "platform/path_text.h"
+#include "session/commands.h"
+#include "session/layouts.h"
+#include "session/not_available.h"
+
+namespace skyvault {
+namespace {
+
+/// The layout the window shows; null when the stored number is none that can be a view.
+const LayoutRow* CurrentView(const Session& session) {
+    const LayoutRow* layout = FindLayout(static_cast<PanoramaFormat>(session.settings.view));
+    return layout != nullptr && layout->viewCommand != 0 ? layout : nullptr;
+}
+
+/// " Equirectangular (4096 x 2048) LDR 24 bpp RGB int"; empty for a panorama without pixels.
+std::wstring SizeText(const Panorama& panorama) {
+    if (panorama.equirectSource.IsValid()) {
+        const Image& source = panorama.equirectSource;
+        return L" Equirectangular (" + std::to_wstring(source.width) + L" x " +
+               std::to_wstring(source.height) + L") " + FormatName(source.format);
+    }
+    const auto face = std::find_if(panorama.faces.begin(), panorama.faces.end(),
+                                   [](const Image& candidate) { return candidate.IsValid(); });
+    if (face == panorama.faces.end()) return {};
+    const std::wstring edge = std::to_wstring(panorama.faceSize);
+    return L" Cubemap (" + edge + L" x " + edge + L" x 6) " + FormatName(face->format);
+}
+
+void Toggle(Session& session, bool& flag) {
+    flag = !flag;
+    session.host.UpdateMenuChecks();
+    Refresh(session);
+}
+
+}  // namespace
+
+void SetView(Session& session, PanoramaFormat view) {
+    session.settings.view = static_cast<std::int32_t>(view);
+    session.host.UpdateMenuChecks();
+    Refresh(session);
+    const LayoutRow* layout = CurrentView(session);
+    const bool missing = layout != nullptr && !layout->ExportReady();
+    if (missing && session.panorama != nullptr) TellNotAvailable(session.host, *layout);
+}
+
+void ScalePreviewFov(Session& session, float factor) {
+    session.settings.previewFov *= factor;
+    Refresh(session);
+}
+
+void ToggleCrosshair(Session& session) {
+    Toggle(session, session.settings.crosshair);
+}
+
+void ToggleMagnifyingGlass(Session& session) {
+    Toggle(session, session.settings.magnifyingGlass);
+}
+
+void ApplyOptions(Session& session) {
+    if (session.panorama == nullptr) return;
+    session.panorama->logoPicture.Clear();
+    Refresh(session);
+}
+
+void Refresh(Session& session) {
+    if (session.panorama == nullptr || !session.host.CanShow()) return;
+    const LayoutRow* layout = CurrentView(session);
+    if (layout != nullptr && layout->ExportReady()) {
+        std::wstring infoLog;
+        layout->exportTo(*session.panorama, {}, session.previewCamera, infoLog);
+    }
+    std::wstring title = WindowTitle(session);
+    if (title == session.title) return;
+    session.host.SetTitle(title);
+    session.title = std::move(title);
+}
+
+std::wstring WindowTitle(const Session& session) {
+    if (session.panorama == nullptr) return L"Skyvault";
+    const Panorama& panorama = *session.panorama;
+    return L"Skyvault - " + std::wstring(FileNamePart(panorama.path)) + SizeText(panorama);
+}
+
+std::vector<MenuCheck> MenuChecks(const Session& session) {
+    std::vector<MenuCheck> checks;
+    const LayoutRow* current = CurrentView(session);
+    for (const LayoutRow& layout : Layouts()) {
+        if (layout.viewCommand != 0) checks.push_back({layout.viewCommand, &layout == current});
+    }
+    checks.push_back({kCommandCrosshair, session.settings.crosshair});
+    checks.push_back({kCommandMagnifyingGlass, session.settings.magnifyingGlass});
+    const Modifications* modifications = session.panorama ? &session.panorama->modifications : nullptr;
+    const auto isSet = [&](bool Modifications::*flag) {
+        return modifications != nullptr && modifications->*flag;
+    };
+    checks.push_back({kCommandFlipHorizontal, isSet(&Modifications::flipHorizontal)});
+    checks.push_back({kCommandMirrorTopToBottom, isSet(&Modifications::mirrorTopToBottom)});
+    checks.push_back({kCommandMirrorFrontToBack, isSet(&Modifications::mirrorFrontToBack)});
+    return checks;
+}
+
+}  // namespace skyvault

@@ -1,0 +1,103 @@
+// Panoramas made in memory for the projection tests.
+#pragma once
+
+#include <cmath>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "image/pixel_convert.h"
+#include "image/random.h"
+#include "projection/panorama.h"
+
+namespace skyvault::test {
+
+/// Remembers what an operation said.
+struct RecordingFeedback : Feedback {
+    std::vector<std::wstring> information, errors, progressTexts;
+    std::vector<float> fractions;
+    bool active = false;
+
+    void Information(const std::wstring& text) override { information.push_back(text); }
+    void Error(const std::wstring& text) override { errors.push_back(text); }
+    void BeginProgress() override { active = true; }
+    void SetProgress(float fraction, std::wstring_view text) override {
+        fractions.push_back(fraction);
+        progressTexts.emplace_back(text);
+    }
+    void ResetProgress() override {}
+    void EndProgress() override { active = false; }
+    bool ProgressActive() const override { return active; }
+};
+
+/// A window of any size that keeps a copy of what it was shown.
+struct RecordingTarget : ViewTarget {
+    ClientSize size{1000, 700};
+    Image shown;
+    int showCount = 0;
+
+    ClientSize Size() const override { return size; }
+    bool Show(const Image& picture) override {
+        shown = picture.CopyRect();
+        ++showCount;
+        return true;
+    }
+};
+
+inline const std::vector<PixelFormat>& AllFormats() {
+    static const std::vector<PixelFormat> formats = {
+        PixelFormat::Grey8, PixelFormat::Grey16, PixelFormat::GreyHalf,
+        PixelFormat::Rgb8,  PixelFormat::Rgb16,  PixelFormat::RgbHalf,
+        PixelFormat::Rgba8, PixelFormat::Rgba16, PixelFormat::RgbaHalf};
+    return formats;
+}
+
+/// Every byte drawn at random, halves kept finite: no two pixels are likely to be alike.
+inline void FillAtRandom(Image& image, std::uint32_t seed) {
+    std::uint32_t state = seed * 2654435761u + 1;
+    const auto next = [&state] {
+        state = state * 1664525u + 1013904223u;
+        return state >> 16;
+    };
+    const bool half = ChannelType(image.format) == ChannelKind::Half;
+    std::byte* p = image.pixels.get();
+    for (std::size_t i = 0; i < image.ByteCount(); ++i) p[i] = static_cast<std::byte>(next());
+    if (!half) return;
+    for (std::size_t i = 0; i + 1 < image.ByteCount(); i += 2) {
+        const Half value = FloatToHalf(static_cast<float>(next() % 5000) / 4000.0f);
+        std::memcpy(p + i, &value.bits, 2);
+    }
+}
+
+inline Image RandomImage(std::uint32_t width, std::uint32_t height, PixelFormat format,
+                         std::uint32_t seed = 1) {
+    Image image(width, height, format);
+    FillAtRandom(image, seed);
+    return image;
+}
+
+/// A panorama with settings and feedback of its own.
+struct TestPanorama {
+    RecordingFeedback feedback;
+    RecordingTarget target;
+    AppState settings;
+    Panorama panorama{feedback, settings, &target};
+
+    void SetEquirectangular(Image source) {
+        panorama.equirectSource = std::move(source);
+        panorama.faceSize = panorama.equirectSource.width / 4;
+    }
+    void SetFaces(std::uint32_t size, PixelFormat format) {
+        for (std::size_t f = 0; f < panorama.faces.size(); ++f) {
+            panorama.faces[f] = RandomImage(size, size, format, static_cast<std::uint32_t>(f + 7));
+        }
+        panorama.faceSize = size;
+    }
+};
+
+inline bool SameBytes(const Image& a, const Image& b) {
+    return a.IsValid() && b.IsValid() && a.width == b.width && a.height == b.height && a.format == b.format &&
+           std::memcmp(a.pixels.get(), b.pixels.get(), a.ByteCount()) == 0;
+}
+
+}  // namespace skyvault::test
