@@ -1,8 +1,10 @@
 #include "tests/window/window_driver.h"
 
+#include <objbase.h>
+
 #include <algorithm>
+#include <cstdio>
 #include <cstdlib>
-#include <filesystem>
 #include <vector>
 
 #include "app/message_box.h"
@@ -15,6 +17,9 @@
 
 namespace skyvault::test {
 namespace {
+
+/// The tests read and write pictures themselves; their thread pumps no messages.
+const HRESULT comForTests = CoInitializeEx(nullptr, COINIT_MULTITHREADED);
 
 /// Messages of the settings file's writer have nobody to go to here.
 class Silent final : public Feedback {
@@ -68,10 +73,14 @@ void SaveShot(Image image, const char* name) {
     SavePicture(image, path, PixelFormat::Rgb8);
 }
 
+constexpr const wchar_t* kDialogClass = L"#32770";
+constexpr int kTextOfMessageBox = 0xffff;
+
 struct WindowSearch {
     const wchar_t* windowClass;
     const std::wstring& title;
     DWORD process;
+    int control;  ///< that it has; 0: any
     HWND found = nullptr;
 };
 
@@ -82,6 +91,7 @@ BOOL CALLBACK Matches(HWND window, LPARAM parameter) {
     wchar_t name[64] = L"";
     GetClassNameW(window, name, 64);
     if (process != search.process || !IsWindowVisible(window) || std::wstring(name) != search.windowClass ||
+        (search.control != 0 && GetDlgItem(window, search.control) == nullptr) ||
         (!search.title.empty() && TextOf(window) != search.title)) {
         return TRUE;
     }
@@ -89,13 +99,12 @@ BOOL CALLBACK Matches(HWND window, LPARAM parameter) {
     return FALSE;
 }
 
-HWND FindProcessWindow(const wchar_t* windowClass, const std::wstring& title, DWORD process) {
-    WindowSearch search{windowClass, title, process};
+HWND FindProcessWindow(const wchar_t* windowClass, const std::wstring& title, DWORD process,
+                       int control = 0) {
+    WindowSearch search{windowClass, title, process, control};
     EnumWindows(Matches, reinterpret_cast<LPARAM>(&search));
     return search.found;
 }
-
-constexpr const wchar_t* kDialogClass = L"#32770";
 
 void SendKey(WORD key, DWORD flags) {
     INPUT input{};
@@ -119,20 +128,12 @@ bool Eventually(const std::function<bool()>& condition, DWORD milliseconds) {
     return true;
 }
 
-std::wstring FreshFolder(const wchar_t* name) {
-    const auto folder = std::filesystem::temp_directory_path() / L"skyvault window tests" / name;
-    std::error_code ignored;
-    std::filesystem::remove_all(folder, ignored);
-    std::filesystem::create_directories(folder);
-    return folder.wstring();
-}
-
 AppState TestSettings(const std::wstring& folder) {
     AppState settings = DefaultAppState();
     settings.importPath = settings.exportPath = folder;
     settings.logo.clear();
     settings.antialiasing = false;
-    settings.resolution1 = 1;
+    settings.resolution1 = 2;  // 1024 × 512
     settings.backgroundColour = kBackground;
     RECT frame{0, 0, kClientWidth, kClientHeight};
     AdjustWindowRect(&frame, WS_OVERLAPPEDWINDOW, TRUE);
@@ -222,8 +223,15 @@ std::wstring TextOf(HWND window) {
     return text;
 }
 
+HWND WaitForMessage(DWORD process) {
+    HWND box = nullptr;
+    Eventually([&] {
+        return (box = FindProcessWindow(kDialogClass, kProgramName, process, kTextOfMessageBox)) != nullptr;
+    });
+    return box;
+}
+
 std::wstring MessageText(HWND box) {
-    constexpr int kTextOfMessageBox = 0xffff;
     return TextOf(GetDlgItem(box, kTextOfMessageBox));
 }
 
@@ -260,9 +268,11 @@ bool IsChecked(HWND window, UINT command) {
     return (GetMenuState(GetMenu(window), command, MF_BYCOMMAND) & MF_CHECKED) != 0;
 }
 
-RunningProgram::RunningProgram(const AppState* settings, int show) {
-    PutSettings(settings);
-    thread_ = std::thread([this, show] { result_ = RunSkyvault(GetModuleHandleW(nullptr), show); });
+RunningProgram::RunningProgram(int show) {
+    thread_ = std::thread([this, show] {
+        result_ = RunSkyvault(GetModuleHandleW(nullptr), show);
+        ended_ = true;
+    });
     window_ = WaitForWindow(L"Skyvault", L"", GetCurrentProcessId());
     // The first message answered by the loop says that start-up is over.
     DWORD_PTR answer = 0;
@@ -311,6 +321,10 @@ Color8 RunningProgram::PixelAt(int x, int y) const {
 int RunningProgram::Close() {
     if (thread_.joinable()) {
         if (window_ != nullptr) StartCommand(kCommandExit);
+        if (!Eventually([&] { return ended_.load(); })) {
+            std::printf("the program does not end\n");
+            TerminateProcess(GetCurrentProcess(), 71);
+        }
         thread_.join();
     }
     return result_;

@@ -6,6 +6,7 @@
 
 #include <windows.h>
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <initializer_list>
@@ -21,9 +22,6 @@ inline constexpr DWORD kPatience = 20000;
 
 /// Waits until the condition holds; false when it never did.
 bool Eventually(const std::function<bool()>& condition, DWORD milliseconds = kPatience);
-
-/// An empty folder for files of one test.
-std::wstring FreshFolder(const wchar_t* name);
 
 /// Settings of a test: plain folders, no antialiasing, a small export, a background colour that no test
 /// picture holds, and a window whose client area is 1000 × 700.
@@ -58,6 +56,8 @@ bool DialogIsOpen(const std::wstring& title);
 bool WaitUntilClosed(HWND dialog);
 
 std::wstring TextOf(HWND window);
+/// A message box of the process with the program's caption (the progress box has the same); waits for it.
+HWND WaitForMessage(DWORD process = GetCurrentProcessId());
 /// The message box's text.
 std::wstring MessageText(HWND box);
 /// Presses the dialog's button and waits until the dialog is gone.
@@ -73,8 +73,8 @@ bool IsChecked(HWND window, UINT command);
 /// The program in this process, closed again when this goes.
 class RunningProgram {
   public:
-    /// settings as for PutSettings.
-    explicit RunningProgram(const AppState* settings, int show = SW_SHOWNORMAL);
+    /// Starts it with the settings file that is there.
+    explicit RunningProgram(int show = SW_SHOWNORMAL);
     ~RunningProgram();
     RunningProgram(const RunningProgram&) = delete;
     RunningProgram& operator=(const RunningProgram&) = delete;
@@ -97,11 +97,13 @@ class RunningProgram {
 
     Color8 PixelAt(int x, int y) const;
 
-    /// Closes the window through its menu and returns the program's result.
+    /// Closes the window through its menu and returns the program's result. A program that does not end
+    /// ends the tests.
     int Close();
 
   private:
     std::thread thread_;
+    std::atomic<bool> ended_ = false;
     HWND window_ = nullptr;
     int result_ = -1;
 };
