@@ -19,6 +19,8 @@ static void PrintTo(const ScreenRect& r, std::ostream* out) {
 
 namespace {
 
+using test::TemporaryFolder;
+
 constexpr ScreenRect kScreen{0, 0, 1920, 1080};
 
 /// The settings after reading a file with this content over the defaults.

@@ -14,6 +14,8 @@
 namespace skyvault {
 namespace {
 
+using test::TemporaryFolder;
+
 using Lines = std::vector<std::vector<std::wstring>>;
 
 Lines ReadLines(std::string_view bytes, bool unescape = true) {
