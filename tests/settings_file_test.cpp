@@ -13,10 +13,11 @@
 
 namespace skyvault {
 
-static void PrintTo(const ScreenRect& r, std::ostream* out) {
+inline void PrintTo(const ScreenRect& r, std::ostream* out) {
     *out << r.left << ',' << r.top << ',' << r.right << ',' << r.bottom;
 }
 
+namespace test {
 namespace {
 
 constexpr ScreenRect kScreen{0, 0, 1920, 1080};
@@ -300,4 +301,5 @@ TEST(AppState, PathsStartBesideTheProgram) {
 }
 
 }  // namespace
+}  // namespace test
 }  // namespace skyvault

@@ -10,7 +10,7 @@
 #include "platform/path_text.h"
 #include "platform/utf8.h"
 
-namespace skyvault {
+namespace skyvault::test {
 
 class TemporaryFolder {
   public:
@@ -64,4 +64,4 @@ class TemporaryFolder {
     std::filesystem::path folder_;
 };
 
-}  // namespace skyvault
+}  // namespace skyvault::test
