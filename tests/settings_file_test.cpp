@@ -13,10 +13,11 @@
 
 namespace skyvault {
 
-static void PrintTo(const ScreenRect& r, std::ostream* out) {
+inline void PrintTo(const ScreenRect& r, std::ostream* out) {
     *out << r.left << ',' << r.top << ',' << r.right << ',' << r.bottom;
 }
 
+namespace test {
 namespace {
 
 using test::TemporaryFolder;
@@ -302,4 +303,5 @@ TEST(AppState, PathsStartBesideTheProgram) {
 }
 
 }  // namespace
+}  // namespace test
 }  // namespace skyvault

@@ -11,7 +11,7 @@
 #include "settings/number_text.h"
 #include "tests/temporary_folder.h"
 
-namespace skyvault {
+namespace skyvault::test {
 namespace {
 
 using test::TemporaryFolder;
@@ -319,4 +319,4 @@ TEST(NumberText, PrintsFloatsWithUpToSixDecimals) {
 }
 
 }  // namespace
-}  // namespace skyvault
+}  // namespace skyvault::test
