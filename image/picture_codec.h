@@ -15,6 +15,15 @@ enum class PictureContainer { None, Bmp, Jpeg, Png, Tiff, Gif, Heif };
 /// "JPG", "JPEG", "JPE", "JFIF" → Jpeg and so on; None for anything that cannot be written.
 PictureContainer ContainerOfExtension(const std::wstring& upperExtension);
 
+struct PictureSize {
+    std::uint32_t width = 0, height = 0;
+    friend bool operator==(const PictureSize&, const PictureSize&) = default;
+};
+
+/// The size, at least 1 × 1, made smaller or larger to fit inside the target, aspect ratio kept and
+/// fractions dropped: a very thin picture may come to nothing (0 on one side).
+PictureSize FitInto(const PictureSize& size, const PictureSize& target);
+
 /// Decodes one frame; arguments as LoadPicture. False on any failure.
 bool DecodePicture(const std::wstring& path, std::uint32_t frame, std::uint32_t targetWidth,
                    std::uint32_t targetHeight, Image& image);
@@ -22,7 +31,8 @@ bool DecodePicture(const std::wstring& path, std::uint32_t frame, std::uint32_t 
 /// Encodes the picture in (or as near as the container allows to) the format, straight to `path`, whose
 /// extension need not match. False on any failure; a broken file may then be left, which the caller
 /// removes.
-bool EncodePicture(const Image& image, const std::wstring& path, PictureContainer container, PixelFormat format);
+bool EncodePicture(const Image& image, const std::wstring& path, PictureContainer container,
+                   PixelFormat format);
 
 /// Upper-case extensions the codecs of this machine can read ("PNG", "JPG" …); empty when there is no
 /// codec system at all.

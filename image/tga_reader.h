@@ -1,7 +1,11 @@
 // Truevision TGA, uncompressed: true colour with 24 or 32 bits, and colour-mapped with 8-bit indices.
+//
+// The reader takes files as they have always been taken: pixel data is expected straight after the header
+// (a file with an ID field is misread), and colour-mapped pictures come out with red and blue exchanged.
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <span>
 #include <string_view>
 
@@ -9,9 +13,16 @@
 
 namespace skyvault {
 
+/// A colour-mapped file may be shorter than its picture, whose missing pixels are then zero. So that a few
+/// bytes cannot claim gigabytes, its picture in memory may have at most this size.
+constexpr std::uint64_t LargestColourMappedPicture(std::size_t fileSize) {
+    return (std::uint64_t{16} << 20) + std::uint64_t{1024} * fileSize;
+}
+
 /// Reads a TGA file held in memory. name: for the debugger line that tells the stored row order.
-/// False for anything else than the kinds above and for files with less pixel data than they claim;
-/// nothing is allocated that the file's own size does not justify.
+/// False for any other kind than those above, for true-colour files with less pixel data than they claim,
+/// and for colour-mapped ones beyond LargestColourMappedPicture. The rows come out top first; topDown tells
+/// how the file stored them.
 bool ReadTga(std::span<const std::byte> file, std::wstring_view name, Image& image);
 
 }  // namespace skyvault

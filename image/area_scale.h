@@ -1,0 +1,15 @@
+// Resizing by area: a new pixel is the mean of what lies under it, parts of pixels counted as such.
+//
+// This is for decoding a picture smaller than it is stored; views and exports sample and average in their
+// own ways.
+#pragma once
+
+#include "image/image.h"
+
+namespace skyvault {
+
+/// The picture in another size, in the same format; alpha is averaged like any other channel. Integer
+/// channels are rounded to nearest. Empty when the size is, or without memory.
+Image ScaleByArea(const Image& source, std::uint32_t width, std::uint32_t height);
+
+}  // namespace skyvault

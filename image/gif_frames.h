@@ -1,0 +1,21 @@
+// The blocks of a GIF file: how many frames there are and what the file says about one of them. Pixels are
+// not looked at.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+namespace skyvault {
+
+struct GifFrame {
+    std::uint32_t delay = 0;  ///< hundredths of a second
+    std::uint32_t disposal = 0;
+    std::uint32_t left = 0, top = 0, width = 0, height = 0;
+};
+
+/// Number of frames up to the end mark or the first damage, and the asked one of them (0 is the first;
+/// untouched when there are fewer). 0 when the bytes are not a GIF file.
+std::uint32_t ReadGifFrames(std::span<const std::byte> file, std::uint32_t index, GifFrame& frame);
+
+}  // namespace skyvault

@@ -1,0 +1,316 @@
+// Decoding through OpenImageIO, with the results the platform codecs of the desktop give: what the file
+// stores and no more. Nothing is turned by orientation tags, converted by colour profiles or multiplied by
+// alpha; palettes, CMYK and everything else that none of our formats can hold becomes 32-bit colour.
+
+#include <OpenImageIO/imageio.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <utility>
+#include <vector>
+
+#include "image/area_scale.h"
+#include "image/gif_frames.h"
+#include "image/oiio_system_posix.h"
+#include "image/picture_codec.h"
+#include "image/picture_header.h"
+#include "platform/file_stream.h"
+#include "platform/files.h"
+#include "platform/utf8.h"
+
+namespace skyvault {
+namespace {
+
+constexpr int kMostFrames = 65536;
+
+const char* OiioName(PictureKind kind) {
+    switch (kind) {
+        case PictureKind::Bmp:
+            return "bmp";
+        case PictureKind::Jpeg:
+            return "jpeg";
+        case PictureKind::Png:
+            return "png";
+        case PictureKind::Tiff:
+            return "tiff";
+        case PictureKind::Gif:
+            return "gif";
+        case PictureKind::Heif:
+            return "heif";
+        case PictureKind::Webp:
+            return "webp";
+        case PictureKind::Unknown:
+            break;
+    }
+    return nullptr;
+}
+
+bool ReadHeader(const std::wstring& path, PictureHeader& header) {
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(ToUtf8(path).c_str(), "rb"),
+                                                               &std::fclose);
+    if (!file) return false;
+    std::byte start[kPictureHeaderSize];
+    const std::size_t count = std::fread(start, 1, sizeof start, file.get());
+    header = ReadPictureHeader({start, count});
+    return header.sound;
+}
+
+/// A header that claims far more than a file of this size can hold is not believed: no codec packs ordinary
+/// pictures better than about 1000 to 1.
+bool Plausible(std::uint64_t width, std::uint64_t height, std::uint64_t fileSize) {
+    constexpr std::uint64_t kAlwaysAllowed = std::uint64_t{256} << 20;
+    constexpr std::uint64_t kBestRatio = 4096;
+    constexpr std::uint64_t kBytesPerPixel = 4;
+    // Some readers count in 31 bits.
+    constexpr std::uint64_t kLongestEdge = std::uint64_t{1} << 24;
+    constexpr std::uint64_t kMostPixels = std::uint64_t{1} << 31;
+    return width <= kLongestEdge && height <= kLongestEdge && width * height < kMostPixels &&
+           width * height * kBytesPerPixel <= kAlwaysAllowed + kBestRatio * fileSize;
+}
+
+/// An open file, set to one of its frames.
+struct OpenPicture {
+    PictureHeader header;
+    std::unique_ptr<OIIO::ImageInput> input;
+    OIIO::ImageSpec spec;
+    std::uint32_t frameCount = 1;
+    GifFrame gifFrame;
+
+    OpenPicture() = default;
+    OpenPicture(const OpenPicture&) = delete;
+    OpenPicture& operator=(const OpenPicture&) = delete;
+    // Messages that nobody fetched would be printed.
+    ~OpenPicture() {
+        if (input) static_cast<void>(input->geterror());
+        static_cast<void>(OIIO::geterror());
+    }
+
+    bool Open(const std::wstring& path, std::uint32_t frame);
+    bool CountFrames(const std::wstring& path, std::uint32_t frame);
+};
+
+bool OpenPicture::CountFrames(const std::wstring& path, std::uint32_t frame) {
+    if (header.kind == PictureKind::Gif) {
+        std::vector<std::byte> file;
+        if (!ReadWholeFile(path, file)) return false;
+        frameCount = ReadGifFrames(file, frame, gifFrame);
+    } else {
+        int count = 1;
+        while (count < kMostFrames && input->seek_subimage(count, 0)) ++count;
+        static_cast<void>(input->geterror());
+        frameCount = static_cast<std::uint32_t>(count);
+    }
+    return frame < frameCount;
+}
+
+bool OpenPicture::Open(const std::wstring& path, std::uint32_t frame) {
+    const std::uint64_t fileSize = FileSizeOf(path);
+    if (!ReadHeader(path, header) || !Plausible(header.width, header.height, fileSize)) return false;
+    if (header.kind == PictureKind::Gif && std::uint64_t{header.width} * header.height >= (1u << 29)) {
+        return false;  // its canvas in bytes is counted in 31 bits
+    }
+    PrepareOiio();
+    input = OIIO::ImageInput::create(OiioName(header.kind));
+    if (!input) return false;
+    OIIO::ImageSpec hints;
+    hints.attribute("oiio:UnassociatedAlpha", 1);
+    hints.attribute("bmp:monochrome_detect", 0);
+    if (!input->open(ToUtf8(path), spec, hints) || !CountFrames(path, frame) ||
+        !input->seek_subimage(static_cast<int>(frame), 0)) {
+        return false;
+    }
+    spec = input->spec();
+    return spec.width >= 1 && spec.height >= 1 && spec.depth <= 1 && spec.nchannels >= 1 &&
+           Plausible(static_cast<std::uint64_t>(spec.width), static_cast<std::uint64_t>(spec.height),
+                     fileSize);
+}
+
+/// How the channels of a file become those of a picture.
+struct Plan {
+    PixelFormat format;
+    OIIO::TypeDesc readAs;    ///< channel type to ask for
+    int channels;             ///< how many of the file's channels are read: 1 to 4
+    bool alpha;               ///< the last of them is alpha
+    bool multiplied = false;  ///< colours have been multiplied by alpha
+    bool linear = false;      ///< 32-bit floats, linear light
+};
+
+bool IsLinear(const OIIO::TypeDesc& type) {
+    return type.basetype == OIIO::TypeDesc::FLOAT || type.basetype == OIIO::TypeDesc::DOUBLE;
+}
+
+/// True for files whose pixels none of the nine formats stores.
+bool IsIndirect(const OpenPicture& picture) {
+    enum Photometric { MinIsWhite = 0, MinIsBlack = 1, Rgb = 2 };
+    const OIIO::ImageSpec& spec = picture.spec;
+    if (picture.header.indirect) return true;
+    if (!spec.get_string_attribute("jpeg:ColorSpace").empty()) return true;  // told for CMYK only
+    if (picture.header.kind != PictureKind::Tiff) return false;
+    const int photometric = spec.get_int_attribute("tiff:PhotometricInterpretation", Rgb);
+    const int bits = spec.get_int_attribute("oiio:BitsPerSample", 8);
+    return photometric > Rgb || (bits != 8 && bits != 16);
+}
+
+Plan MakePlan(const OpenPicture& picture) {
+    using enum PixelFormat;
+    const OIIO::ImageSpec& spec = picture.spec;
+    Plan plan{};
+    plan.channels = std::min(spec.nchannels, 4);
+    // The GIF reader puts the alpha channel one too far.
+    plan.alpha = (spec.alpha_channel == plan.channels - 1 && plan.channels % 2 == 0) ||
+                 (picture.header.kind == PictureKind::Gif && plan.channels == 4);
+    if (picture.header.alphaUnused) plan.alpha = false;
+    if (!plan.alpha) plan.channels = plan.channels >= 3 ? 3 : 1;
+    const bool mayBeMultiplied = picture.header.kind == PictureKind::Tiff ||
+                                 picture.header.kind == PictureKind::Webp ||
+                                 picture.header.kind == PictureKind::Heif;
+    plan.multiplied =
+        plan.alpha && mayBeMultiplied && spec.get_int_attribute("oiio:UnassociatedAlpha", 0) == 0;
+    plan.linear = IsLinear(spec.format);
+
+    const bool grey = plan.channels == 1;
+    if (!IsIndirect(picture) && !plan.multiplied && !picture.header.alphaUnused) {
+        switch (spec.format.basetype) {
+            case OIIO::TypeDesc::UINT8:
+                plan.format = plan.alpha ? Rgba8 : grey ? Grey8 : Rgb8;
+                break;
+            case OIIO::TypeDesc::UINT16:
+                plan.format = plan.alpha ? Rgba16 : grey ? Grey16 : Rgb16;
+                break;
+            case OIIO::TypeDesc::HALF:
+                plan.format = plan.alpha ? RgbaHalf : grey ? GreyHalf : RgbHalf;
+                break;
+            default:
+                plan.format = Rgba8;
+        }
+    } else {
+        plan.format = Rgba8;
+    }
+    plan.readAs = plan.linear ? OIIO::TypeDesc(OIIO::TypeDesc::FLOAT) : OiioChannelType(plan.format);
+    return plan;
+}
+
+/// Channels as read, red first, to those of the picture: grey is repeated, alpha that is not there is full.
+template <typename Channel>
+void SpreadChannels(const Channel* from, const Plan& plan, Channel opaque, Channel* to, int toChannels,
+                    std::size_t count) {
+    const bool grey = plan.channels <= 2;
+    for (std::size_t i = 0; i < count; ++i, from += plan.channels, to += toChannels) {
+        for (int channel = 0; channel < 3; ++channel) to[channel] = from[grey ? 0 : channel];
+        if (toChannels == 4) to[3] = plan.alpha ? from[plan.channels - 1] : opaque;
+    }
+}
+
+std::uint8_t DisplayByte(float linear) {
+    if (!(linear > 0.0f)) return 0;
+    const float encoded =
+        linear <= 0.0031308f ? linear * 12.92f : 1.055f * std::pow(linear, 1.0f / 2.4f) - 0.055f;
+    return static_cast<std::uint8_t>(std::min(encoded, 1.0f) * 255.0f + 0.5f);
+}
+
+std::uint8_t PlainByte(float value) {
+    return static_cast<std::uint8_t>(std::clamp(value, 0.0f, 1.0f) * 255.0f + 0.5f);
+}
+
+/// Floats of linear light to 8-bit sRGB, red first.
+void EncodeLinear(const float* from, const Plan& plan, std::uint8_t* to, std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i, from += plan.channels, to += 4) {
+        float pixel[4];
+        SpreadChannels(from, plan, 1.0f, pixel, 4, 1);
+        const float divisor = plan.multiplied && pixel[3] > 0.0f ? pixel[3] : 1.0f;
+        for (int channel = 0; channel < 3; ++channel) to[channel] = DisplayByte(pixel[channel] / divisor);
+        to[3] = pixel[3] == pixel[3] ? PlainByte(pixel[3]) : 0;
+    }
+}
+
+void DivideByAlpha(Image& image) {
+    for (std::uint32_t y = 0; y < image.height; ++y) {
+        std::uint8_t* pixel = reinterpret_cast<std::uint8_t*>(image.Row(y));
+        for (std::uint32_t x = 0; x < image.width; ++x, pixel += 4) {
+            const int alpha = pixel[3];
+            if (alpha == 0 || alpha == 255) continue;
+            for (int channel = 0; channel < 3; ++channel) {
+                pixel[channel] =
+                    static_cast<std::uint8_t>(std::min(255, (pixel[channel] * 255 + alpha / 2) / alpha));
+            }
+        }
+    }
+}
+
+bool ReadPixels(OpenPicture& picture, const Plan& plan, Image& image) {
+    const auto read = [&](void* memory) {
+        return picture.input->read_image(picture.input->current_subimage(), 0, 0, plan.channels, plan.readAs,
+                                         memory);
+    };
+    const int toChannels = ChannelCount(image.format);
+    if (!plan.linear && plan.channels == toChannels) {
+        if (!read(image.pixels.get())) return false;
+    } else {
+        const std::size_t rowBytes = std::size_t{image.width} * plan.channels * plan.readAs.size();
+        const ByteBuffer memory = AllocateBytes(rowBytes * image.height);
+        if (!memory || !read(memory.get())) return false;
+        for (std::uint32_t y = 0; y < image.height; ++y) {
+            const std::byte* const from = memory.get() + rowBytes * y;
+            std::byte* const to = image.Row(y);
+            if (plan.linear) {
+                EncodeLinear(reinterpret_cast<const float*>(from), plan, reinterpret_cast<std::uint8_t*>(to),
+                             image.width);
+            } else if (plan.readAs.size() == 1) {
+                SpreadChannels(reinterpret_cast<const std::uint8_t*>(from), plan, std::uint8_t{255},
+                               reinterpret_cast<std::uint8_t*>(to), toChannels, image.width);
+            } else {
+                const std::uint16_t opaque = ChannelType(image.format) == ChannelKind::Half ? 0x3c00 : 0xffff;
+                SpreadChannels(reinterpret_cast<const std::uint16_t*>(from), plan, opaque,
+                               reinterpret_cast<std::uint16_t*>(to), toChannels, image.width);
+            }
+        }
+    }
+    if (plan.multiplied && !plan.linear) DivideByAlpha(image);
+    if (ChannelType(image.format) == ChannelKind::Int8) image.SwapRedAndBlue();
+    return true;
+}
+
+bool Decode(const std::wstring& path, std::uint32_t frame, const PictureSize& target, Image& image) {
+    OpenPicture picture;
+    if (!FileExists(path) || !picture.Open(path, frame)) return false;
+    const PictureSize size{static_cast<std::uint32_t>(picture.spec.width),
+                           static_cast<std::uint32_t>(picture.spec.height)};
+    const Plan plan = MakePlan(picture);
+    Image decoded(size.width, size.height, plan.format);
+    if (!decoded.IsValid() || !ReadPixels(picture, plan, decoded)) return false;
+
+    if (target.width >= 1 && target.height >= 1) {
+        const PictureSize fitted = FitInto(size, target);
+        if (fitted != size) decoded = ScaleByArea(decoded, fitted.width, fitted.height);
+        if (!decoded.IsValid()) return false;
+    }
+    decoded.frameCount = picture.frameCount;
+    if (picture.frameCount > 1) {
+        constexpr std::uint32_t kMissingDelay = 10;
+        const GifFrame& gif = picture.gifFrame;
+        decoded.frameDelay = 10 * (gif.delay != 0 ? gif.delay : kMissingDelay);
+        decoded.frameDisposal = gif.disposal;
+        decoded.frameLeft = gif.left;
+        decoded.frameTop = gif.top;
+        decoded.frameWidth = gif.width;
+        decoded.frameHeight = gif.height;
+    }
+    image = std::move(decoded);
+    return true;
+}
+
+}  // namespace
+
+bool DecodePicture(const std::wstring& path, std::uint32_t frame, std::uint32_t targetWidth,
+                   std::uint32_t targetHeight, Image& image) {
+    try {
+        return Decode(path, frame, {targetWidth, targetHeight}, image);
+    } catch (...) {
+        return false;
+    }
+}
+
+}  // namespace skyvault

@@ -1,0 +1,79 @@
+#include "image/picture_files.h"
+
+#include <vector>
+
+#include "image/bleed_alpha.h"
+#include "image/picture_codec.h"
+#include "image/tga_reader.h"
+#include "platform/file_stream.h"
+#include "platform/files.h"
+#include "platform/output_file.h"
+#include "platform/path_text.h"
+
+namespace skyvault {
+namespace {
+
+bool ReadTgaFile(const std::wstring& path, Image& image) {
+    if (path.empty()) return false;
+    std::vector<std::byte> bytes;
+    return ReadWholeFile(path, bytes) && ReadTga(bytes, FileNamePart(path), image);
+}
+
+// The extension chooses the reader and the writer here, and nowhere else.
+
+bool ReadByExtension(const std::wstring& path, std::uint32_t frame, const PictureSize& target, Image& image) {
+    const std::wstring extension = UpperExtension(path);
+    if (extension == L"TGA") return ReadTgaFile(path, image);
+    if (extension == L"DDS") return false;
+    return DecodePicture(path, frame, target.width, target.height, image);
+}
+
+bool WriteByExtension(const Image& image, const std::wstring& path, PixelFormat format) {
+    const std::wstring extension = UpperExtension(path);
+    const PictureContainer container = ContainerOfExtension(extension);
+    if (container == PictureContainer::None) return false;
+    OutputFile file(path);
+    return EncodePicture(image, file.TemporaryPath(), container, format) && file.Commit();
+}
+
+}  // namespace
+
+Image LoadPicture(const std::wstring& path, std::uint32_t frame, std::uint32_t targetWidth,
+                  std::uint32_t targetHeight) {
+    Image image;
+    if (!ReadByExtension(path, frame, {targetWidth, targetHeight}, image)) image.Clear();
+    return image;
+}
+
+bool SavePicture(Image& image, const std::wstring& path, PixelFormat format, std::wstring* infoLog,
+                 bool bleed) {
+    if (path.empty()) return false;
+    const PixelFormat written = format == PixelFormat::None ? image.format : format;
+    if (bleed && HasAlpha(written)) BleedAlpha(image);
+    const bool ok = image.IsValid() && WriteByExtension(image, path, written);
+    if (infoLog) {
+        if (ok) {
+            *infoLog += PictureInfo(path, image.width, image.height, written);
+        } else {
+            infoLog->clear();
+        }
+    }
+    return ok;
+}
+
+std::wstring FileSizeText(std::uint64_t bytes) {
+    if (bytes >= 1073741824) return std::to_wstring(bytes / 1073741824) + L" GB";
+    if (bytes >= 1048576) return std::to_wstring(bytes / 1048576) + L" MB";
+    if (bytes < 1024) return std::to_wstring(bytes) + L" bytes";
+    return std::to_wstring(bytes / 1024) + L" KB";
+}
+
+std::wstring PictureInfo(const std::wstring& path, std::uint32_t width, std::uint32_t height,
+                         PixelFormat format) {
+    return L"Path\t\t" + path + L"\n" +                                                           //
+           L"Size\t\t" + FileSizeText(FileSizeOf(path)) + L"\n" +                                 //
+           L"Resolution\t" + std::to_wstring(width) + L" x " + std::to_wstring(height) + L"\n" +  //
+           L"Format\t\t" + FormatName(format) + L"\n";
+}
+
+}  // namespace skyvault

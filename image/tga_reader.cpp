@@ -1,0 +1,122 @@
+#include "image/tga_reader.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <string>
+
+#include "platform/debug_line.h"
+
+namespace skyvault {
+namespace {
+
+constexpr std::size_t kHeaderSize = 18;
+constexpr int kColourMapped = 1;
+constexpr int kTrueColour = 2;
+constexpr int kTopDownBit = 0x20;
+
+struct Header {
+    int colourMapType;
+    int imageType;
+    int colourMapLength;
+    int colourMapEntryBits;
+    int width, height;
+    int bitsPerPixel;
+    bool topDown;
+};
+
+int Byte(std::span<const std::byte> file, std::size_t at) {
+    return std::to_integer<int>(file[at]);
+}
+
+/// Sizes are signed, so that the upper half of their range is refused.
+int Signed16(std::span<const std::byte> file, std::size_t at) {
+    return static_cast<std::int16_t>(Byte(file, at) | Byte(file, at + 1) << 8);
+}
+
+bool ReadHeader(std::span<const std::byte> file, Header& header) {
+    if (file.size() < kHeaderSize) return false;
+    header.colourMapType = Byte(file, 1);
+    header.imageType = Byte(file, 2);
+    header.colourMapLength = Byte(file, 5) | Byte(file, 6) << 8;
+    header.colourMapEntryBits = Byte(file, 7);
+    header.width = Signed16(file, 12);
+    header.height = Signed16(file, 14);
+    header.bitsPerPixel = Byte(file, 16);
+    header.topDown = (Byte(file, 17) & kTopDownBit) != 0;
+    return header.colourMapType <= 1 &&
+           (header.imageType == kColourMapped || header.imageType == kTrueColour) && header.width >= 1 &&
+           header.height >= 1 &&
+           (header.bitsPerPixel == 8 || header.bitsPerPixel == 24 || header.bitsPerPixel == 32);
+}
+
+bool MakePicture(const Header& header, Image& image) {
+    const PixelFormat format = header.bitsPerPixel == 32 ? PixelFormat::Rgba8 : PixelFormat::Rgb8;
+    image =
+        Image(static_cast<std::uint32_t>(header.width), static_cast<std::uint32_t>(header.height), format);
+    return image.IsValid();
+}
+
+std::uint64_t PictureBytes(const Header& header) {
+    const int bytesPerPixel = header.bitsPerPixel == 32 ? 4 : 3;
+    return std::uint64_t{1} * bytesPerPixel * header.width * header.height;
+}
+
+bool ReadTrueColour(std::span<const std::byte> data, const Header& header, Image& image) {
+    // The file's order, blue first, is the picture's.
+    if (data.size() < PictureBytes(header) || !MakePicture(header, image)) return false;
+    std::memcpy(image.pixels.get(), data.data(), image.ByteCount());
+    return true;
+}
+
+bool ReadColourMapped(std::span<const std::byte> data, std::size_t fileSize, const Header& header,
+                      Image& image) {
+    if (PictureBytes(header) > LargestColourMappedPicture(fileSize) || !MakePicture(header, image))
+        return false;
+    std::memset(image.pixels.get(), 0, image.ByteCount());
+
+    // The file's blue goes to red and its red to blue.
+    std::array<Color8, 256> palette;  // no index reaches further
+    const std::size_t entryBytes = static_cast<std::size_t>(header.colourMapEntryBits) / 8;
+    const std::size_t length = static_cast<std::size_t>(header.colourMapLength);
+    for (std::size_t i = 0; i < std::min(length, palette.size()); ++i) {
+        std::uint8_t* const channels[] = {&palette[i].red, &palette[i].green, &palette[i].blue,
+                                          &palette[i].alpha};
+        for (std::size_t channel = 0; channel < entryBytes; ++channel) {
+            const std::size_t at = i * entryBytes + channel;
+            if (at < data.size()) *channels[channel] = std::to_integer<std::uint8_t>(data[at]);
+        }
+    }
+
+    const std::size_t paletteBytes = std::min(length * entryBytes, data.size());
+    const std::span<const std::byte> indices = data.subspan(paletteBytes);
+    const std::size_t pixelCount = std::size_t{image.width} * image.height;
+    for (std::size_t i = 0; i < std::min(indices.size(), pixelCount); ++i) {
+        const std::size_t index = std::to_integer<std::size_t>(indices[i]);
+        if (index >= length) continue;
+        image.SetPixel(static_cast<std::int32_t>(i % image.width), static_cast<std::int32_t>(i / image.width),
+                       palette[index]);
+    }
+    return true;
+}
+
+}  // namespace
+
+bool ReadTga(std::span<const std::byte> file, std::wstring_view name, Image& image) {
+    Header header{};
+    if (!ReadHeader(file, header)) return false;
+    const std::span<const std::byte> data = file.subspan(kHeaderSize);
+    bool ok = false;
+    if (header.imageType == kTrueColour && header.colourMapType == 0 && header.bitsPerPixel != 8) {
+        ok = ReadTrueColour(data, header, image);
+    } else if (header.imageType == kColourMapped && header.colourMapType == 1 && header.bitsPerPixel == 8 &&
+               header.colourMapLength >= 1 &&
+               (header.colourMapEntryBits == 24 || header.colourMapEntryBits == 32)) {
+        ok = ReadColourMapped(data, file.size(), header, image);
+    }
+    DebugLine(L"TGA " + std::wstring(name) + L" is top-down: " + (header.topDown ? L"Y" : L"N") + L"\n");
+    if (ok && !header.topDown) ok = image.FlipVertical();
+    return ok;
+}
+
+}  // namespace skyvault

@@ -1,0 +1,138 @@
+#include "image/wic_decode_win.h"
+
+#include <algorithm>
+#include <limits>
+
+#include "platform/debug_line.h"
+
+namespace skyvault {
+namespace {
+
+bool CopyRows(IWICBitmapSource& source, std::uint32_t firstRow, std::uint32_t rowCount, Image& image) {
+    const WICRect rows{0, static_cast<INT>(firstRow), static_cast<INT>(image.width),
+                       static_cast<INT>(rowCount)};
+    return SUCCEEDED(source.CopyPixels(&rows, image.stride, image.stride * rowCount,
+                                       reinterpret_cast<BYTE*>(image.Row(firstRow))));
+}
+
+bool CopyWhole(IWICBitmapSource& source, Image& image) {
+    if (image.ByteCount() <= std::numeric_limits<UINT>::max()) {
+        return SUCCEEDED(source.CopyPixels(nullptr, image.stride, static_cast<UINT>(image.ByteCount()),
+                                           reinterpret_cast<BYTE*>(image.pixels.get())));
+    }
+    // The size of a buffer is told in 32 bits.
+    const std::uint32_t bandRows = std::max(1u, (1u << 30) / image.stride);
+    for (std::uint32_t y = 0; y < image.height; y += bandRows) {
+        if (!CopyRows(source, y, std::min(bandRows, image.height - y), image)) return false;
+    }
+    return true;
+}
+
+/// A value of the asked type; `absent` for any other type and when there is none.
+std::uint32_t ReadNumber(IWICMetadataQueryReader& reader, const wchar_t* name, VARTYPE type,
+                         std::uint32_t absent) {
+    PROPVARIANT value;
+    PropVariantInit(&value);
+    std::uint32_t number = absent;
+    if (SUCCEEDED(reader.GetMetadataByName(name, &value)) && value.vt == type) {
+        number = type == VT_UI1 ? value.bVal : value.uiVal;
+    }
+    PropVariantClear(&value);
+    return number;
+}
+
+void ReadFrameInformation(IWICBitmapFrameDecode& frame, Image& image) {
+    image.frameDelay = 100;
+    ComPtr<IWICMetadataQueryReader> reader;
+    if (FAILED(frame.GetMetadataQueryReader(reader.Put())) || !reader) return;
+    const std::uint32_t delay = ReadNumber(*reader.Get(), L"/grctlext/Delay", VT_UI2, 0);
+    if (delay != 0) image.frameDelay = delay * 10;
+    image.frameDisposal = ReadNumber(*reader.Get(), L"/grctlext/Disposal", VT_UI1, 0);
+    image.frameLeft = ReadNumber(*reader.Get(), L"/imgdesc/Left", VT_UI2, 0);
+    image.frameTop = ReadNumber(*reader.Get(), L"/imgdesc/Top", VT_UI2, 0);
+    image.frameWidth = ReadNumber(*reader.Get(), L"/imgdesc/Width", VT_UI2, 0);
+    image.frameHeight = ReadNumber(*reader.Get(), L"/imgdesc/Height", VT_UI2, 0);
+}
+
+ComPtr<IWICBitmapSource> ScaleToFit(IWICImagingFactory& factory, IWICBitmapSource& frame,
+                                    std::uint32_t targetWidth, std::uint32_t targetHeight) {
+    ComPtr<IWICBitmapScaler> scaler;
+    if (FAILED(factory.CreateBitmapScaler(scaler.Put()))) return nullptr;
+    PictureSize size{targetWidth, targetHeight};
+    UINT width = 0, height = 0;
+    if (SUCCEEDED(frame.GetSize(&width, &height)) && width > 0 && height > 0) {
+        size = FitInto({width, height}, size);
+    }
+    if (FAILED(scaler->Initialize(&frame, size.width, size.height, WICBitmapInterpolationModeFant))) {
+        return nullptr;
+    }
+    return scaler.As<IWICBitmapSource>(IID_IWICBitmapSource);
+}
+
+/// The source itself when it has the pixel format already, else a converter; null when WIC has none.
+ComPtr<IWICBitmapSource> InFormat(const ComPtr<IWICBitmapSource>& source, const GUID& format) {
+    WICPixelFormatGUID current;
+    if (FAILED(source->GetPixelFormat(&current))) return nullptr;
+    if (IsEqualGUID(current, format)) return source;
+    ComPtr<IWICBitmapSource> converted;
+    WICConvertBitmapSource(format, source.Get(), converted.Put());
+    return converted;
+}
+
+}  // namespace
+
+bool CopyWicPixels(IWICBitmapSource& whole, IWICBitmapSource& rows, Image& image) {
+    if (CopyWhole(whole, image)) return true;
+    DebugLine(L"Failed to copy pixels. Now trying line by line...\n");
+    for (std::uint32_t y = 0; y < image.height; ++y) {
+        if (!CopyRows(rows, y, 1, image)) return false;
+    }
+    return true;
+}
+
+bool DecodePicture(const std::wstring& path, std::uint32_t frameIndex, std::uint32_t targetWidth,
+                   std::uint32_t targetHeight, Image& image) {
+    const ComPtr<IWICImagingFactory> factory = CreateWicFactory();
+    if (!factory) return false;
+    ComPtr<IWICBitmapDecoder> decoder;
+    UINT frameCount = 0;
+    if (FAILED(factory->CreateDecoderFromFilename(path.c_str(), nullptr, GENERIC_READ,
+                                                  WICDecodeMetadataCacheOnDemand, decoder.Put())) ||
+        FAILED(decoder->GetFrameCount(&frameCount)) || frameCount == 0) {
+        return false;
+    }
+    ComPtr<IWICBitmapFrameDecode> frameDecode;
+    if (FAILED(decoder->GetFrame(frameIndex, frameDecode.Put()))) return false;
+    const auto frame = frameDecode.As<IWICBitmapSource>(IID_IWICBitmapSource);
+    if (!frame) return false;
+
+    ComPtr<IWICBitmapSource> source = frame;
+    if (targetWidth >= 1 && targetHeight >= 1) {
+        source = ScaleToFit(*factory.Get(), *frame.Get(), targetWidth, targetHeight);
+        if (!source) return false;
+    }
+    UINT width = 0, height = 0;
+    WICPixelFormatGUID frameFormat;
+    if (FAILED(source->GetSize(&width, &height)) || width == 0 || height == 0 ||
+        FAILED(frame->GetPixelFormat(&frameFormat))) {
+        return false;
+    }
+
+    static const WicFormat kConverted{&GUID_WICPixelFormat32bppBGRA, PixelFormat::Rgba8, false};
+    const WicFormat* listed = FindWicFormat(frameFormat);
+    const WicFormat& format = listed ? *listed : kConverted;
+    const ComPtr<IWICBitmapSource> rows = InFormat(frame, *format.guid);
+    const ComPtr<IWICBitmapSource> whole =
+        source.Get() == frame.Get() ? rows : InFormat(source, *format.guid);
+    if (!rows || !whole) return false;
+
+    Image decoded(width, height, format.format);
+    if (!decoded.IsValid() || !CopyWicPixels(*whole.Get(), *rows.Get(), decoded)) return false;
+    if (format.swapRedAndBlue) decoded.SwapRedAndBlue();
+    decoded.frameCount = frameCount;
+    if (frameCount > 1) ReadFrameInformation(*frameDecode.Get(), decoded);
+    image = std::move(decoded);
+    return true;
+}
+
+}  // namespace skyvault
