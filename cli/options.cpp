@@ -96,7 +96,7 @@ class HelpFormatter : public CLI::Formatter {
 /// What the parser collects as text; Checked makes the real options of it.
 struct ConvertTexts {
     std::string from, to, settingsFile;
-    std::optional<std::string> horizon, logoSize, camera;
+    std::optional<std::string> horizon, logoSize, camera, threads;
     std::vector<std::string> settings, turns, files;
     ConvertOptions options;
 };
@@ -129,13 +129,12 @@ void DefineConvert(CLI::App& app, ConvertTexts& texts) {
     convert.add_flag("--mirror-front-to-back", texts.options.mirrorFrontToBack,
                      "Shows the front half behind, too");
     convert.add_option("--camera", texts.camera, "Where the preview looks, in degrees")->type_name("H,P,R");
-    convert.add_option("--threads", texts.options.threads, "Threads to work with; 0: one per core")
-        ->check(CLI::Range(0, 1024))
-        ->type_name("N");
+    convert.add_option("--threads", texts.threads, "Threads to work with; 0: one per core")->type_name("N");
     convert.add_flag("-q,--quiet", texts.options.quiet, "Prints nothing but errors");
-    convert.add_option("files", texts.files, "One picture (six for single-files), and the file to write")
-        ->required()
-        ->type_name("INPUT... OUTPUT");
+    convert
+        .add_option("FILES", texts.files,
+                    "INPUT... OUTPUT: a picture (six for single-files), and the file to write")
+        ->type_name("");
 }
 
 ConvertOptions Checked(ConvertTexts& texts) {
@@ -151,6 +150,10 @@ ConvertOptions Checked(ConvertTexts& texts) {
         if (*options.logoSize < 0 || *options.logoSize > 1) {
             Refuse("--logo-size goes from 0 to 1, not \"" + *texts.logoSize + "\"");
         }
+    }
+    if (texts.threads && (!ParseWholeInteger(FromUtf8(*texts.threads), options.threads) ||
+                          options.threads < 0 || options.threads > 1024)) {
+        Refuse("--threads takes a number from 0 to 1024, not \"" + *texts.threads + "\"");
     }
     if (texts.camera) options.camera = ParseAngles("--camera", *texts.camera);
 
@@ -191,7 +194,7 @@ Command ParseArguments(const std::vector<std::wstring>& arguments) {
     CLI::App& info = *app.add_subcommand("info", "Describes a picture file");
     std::string infoPath;
     info.footer(InfoFooter());
-    info.add_option("file", infoPath, "The picture")->required()->type_name("FILE");
+    info.add_option("FILE", infoPath, "The picture")->required()->type_name("");
 
     std::vector<std::string> reversed;
     for (auto argument = arguments.rbegin(); argument != arguments.rend(); ++argument) {
@@ -213,11 +216,12 @@ Command ParseArguments(const std::vector<std::wstring>& arguments) {
     } catch (const CLI::CallForVersion& version) {
         return Announcement{kDone, FromUtf8(version.what()) + L"\n"};
     } catch (const CLI::RequiredError& error) {
-        if (command().empty()) return WrongUsage("What to do? Name a command: convert or info", "");
-        // A mistyped option is the likelier cause.
+        // Something mistyped is the likelier cause.
         for (const std::string& extra : app.remaining(true)) {
             if (extra.starts_with("-")) return WrongUsage("There is no option " + extra, command());
+            if (command().empty()) return WrongUsage("There is no command \"" + extra + "\"", "");
         }
+        if (command().empty()) return WrongUsage("What to do? Name a command: convert or info", "");
         return WrongUsage(error.what(), command());
     } catch (const CLI::ParseError& error) {
         return WrongUsage(error.what(), command());
