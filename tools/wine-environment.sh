@@ -69,4 +69,5 @@ REG
 cp -al "$base/template" "$run/prefix"
 for f in "$run"/prefix/*.reg; do cp "$f" "$f.copy" && mv "$f.copy" "$f"; done
 export WINEPREFIX="$run/prefix"
+wineserver -p  # stays until the end: starting it anew costs half a second
 "$@"
