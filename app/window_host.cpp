@@ -65,7 +65,10 @@ void WindowHost::SetTitle(const std::wstring& title) {
     std::wstring current(static_cast<std::size_t>(GetWindowTextLengthW(window_)) + 1, L'\0');
     current.resize(
         static_cast<std::size_t>(GetWindowTextW(window_, current.data(), static_cast<int>(current.size()))));
-    if (current != title) SetWindowTextW(window_, title.c_str());
+    if (current == title) return;
+    SetWindowTextW(window_, title.c_str());
+    // Wine does not repaint the caption of a window that Direct2D draws into.
+    RedrawWindow(window_, nullptr, nullptr, RDW_FRAME | RDW_INVALIDATE | RDW_NOCHILDREN | RDW_UPDATENOW);
 }
 
 void WindowHost::UpdateMenuChecks() {
