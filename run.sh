@@ -6,8 +6,8 @@ set -euo pipefail
 cd "$(dirname "$0")"
 tools/install-dependencies.sh build
 export CMAKE_CXX_COMPILER_LAUNCHER=ccache
-cmake --preset windows -DSKYVAULT_TESTS=OFF >/dev/null
-cmake --build --preset windows -- -j"$(nproc)"
+cmake --preset windows >/dev/null
+cmake --build --preset windows --target Skyvault skyvault-cli media -- -j"$(nproc)"
 
 if [ -n "${DISPLAY:-}" ]; then
     echo "Starting Skyvault. FILE > Import 360° photo > Equirectangular... opens in the example folder."

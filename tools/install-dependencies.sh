@@ -8,13 +8,13 @@ build=(
     cmake ninja-build ccache                                    # build system
     g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64        # compiler for Windows
     libcli11-dev                                                # console arguments
+    googletest                                                  # tests
     wine wine64 xvfb xauth libgl1-mesa-dri                      # running the Windows build
     fonts-liberation fonts-wine                                 # its fonts
     xdotool imagemagick                                         # keys and screenshots
 )
 test=(
     g++ pkg-config libopenimageio-dev                           # the engine and the console on Linux
-    googletest                                                  # tests
     clang-format clang-tidy                                     # style and static checks
 )
 
