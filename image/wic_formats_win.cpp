@@ -62,6 +62,10 @@ const GUID* WicContainerOf(PictureContainer container) {
     return nullptr;
 }
 
+void SwapBytesOf16(std::byte* bytes, std::size_t count) {
+    for (std::size_t i = 0; i + 1 < count; i += 2) std::swap(bytes[i], bytes[i + 1]);
+}
+
 ComPtr<IWICImagingFactory> CreateWicFactory() {
     ComPtr<IWICImagingFactory> factory;
     CoCreateInstance(CLSID_WICImagingFactory, nullptr, CLSCTX_INPROC_SERVER, IID_IWICImagingFactory,
@@ -87,10 +91,10 @@ std::vector<std::wstring> ReadableExtensions() {
         if (FAILED(info->GetFileExtensions(length, list.data(), &length))) continue;
         list.resize(std::wcslen(list.c_str()));
 
-        // ".jpeg,.jpe,.jpg"
+        // ".jpeg,.jpe,.jpg"; some codecs part them by semicolons.
         std::size_t start = 0;
         while (start < list.size()) {
-            const std::size_t end = std::min(list.find(L',', start), list.size());
+            const std::size_t end = std::min(list.find_first_of(L",;", start), list.size());
             std::wstring_view one(list.data() + start, end - start);
             one.remove_prefix(std::min(one.find_first_not_of(L" ."), one.size()));
             const std::wstring upper = UpperCase(one);
