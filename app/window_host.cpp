@@ -52,7 +52,10 @@ bool WindowHost::Show(const Image& picture) {
 
 std::wstring WindowHost::AskForFile(FileDialogKind kind, const std::wstring& startPath,
                                     const std::wstring& title) {
-    return dialogs_.Ask(window_, startPath, kind, title, settings_);
+    std::wstring path = dialogs_.Ask(window_, startPath, kind, title, settings_);
+    // What the dialog covered is painted now: a long command may follow, which lets no messages in.
+    if (window_ != nullptr) UpdateWindow(window_);
+    return path;
 }
 
 StepSize WindowHost::ModifierKeys() const {

@@ -66,6 +66,13 @@ Image ReadPixels(HDC source, int left, int top, int width, int height) {
     return image;
 }
 
+/// Lets the windows finish their painting, if pictures are wanted at all.
+bool WaitForShot() {
+    if (std::getenv("SKYVAULT_SHOTS") == nullptr) return false;
+    Sleep(500);
+    return true;
+}
+
 void SaveShot(Image image, const char* name) {
     const char* folder = std::getenv("SKYVAULT_SHOTS");
     if (folder == nullptr || !image.IsValid()) return;
@@ -167,11 +174,12 @@ Image WindowPixels(HWND window, bool withFrame) {
 }
 
 void Shot(HWND window, const char* name) {
-    if (std::getenv("SKYVAULT_SHOTS") != nullptr) SaveShot(WindowPixels(window, true), name);
+    if (!WaitForShot()) return;
+    SaveShot(WindowPixels(window, true), name);
 }
 
 void ScreenShot(const char* name) {
-    if (std::getenv("SKYVAULT_SHOTS") == nullptr) return;
+    if (!WaitForShot()) return;
     const HDC screen = GetDC(nullptr);
     SaveShot(ReadPixels(screen, 0, 0, GetSystemMetrics(SM_CXSCREEN), GetSystemMetrics(SM_CYSCREEN)), name);
     ReleaseDC(nullptr, screen);
