@@ -87,10 +87,10 @@ std::vector<std::wstring> ReadableExtensions() {
         if (FAILED(info->GetFileExtensions(length, list.data(), &length))) continue;
         list.resize(std::wcslen(list.c_str()));
 
-        // ".jpeg,.jpe,.jpg"
+        // ".jpeg,.jpe,.jpg"; some systems part them with semicolons.
         std::size_t start = 0;
         while (start < list.size()) {
-            const std::size_t end = std::min(list.find(L',', start), list.size());
+            const std::size_t end = std::min(list.find_first_of(L",;", start), list.size());
             std::wstring_view one(list.data() + start, end - start);
             one.remove_prefix(std::min(one.find_first_not_of(L" ."), one.size()));
             const std::wstring upper = UpperCase(one);

@@ -195,7 +195,8 @@ TEST(ExportEquirectangular, LooksToTheBackAtColumnZeroAndStraightDownAtTheBottom
     for (int column = 0; column < 800; column += 11) {
         // The nadir's row wraps to the source's top row. The cosine of −π/2 in single precision is a hair
         // below 0, so the columns there are those of the opposite side.
-        EXPECT_EQ(shown.GetPixel8(column, 399), t.panorama.equirectSource.GetPixel8(column + 400, 0)) << column;
+        EXPECT_EQ(shown.GetPixel8(column, 399), t.panorama.equirectSource.GetPixel8(column + 400, 0))
+            << column;
     }
 }
 

@@ -344,10 +344,10 @@ TEST_F(SessionTest, StepsFollowTheModifierKeys) {
         settings.view = static_cast<std::int32_t>(PanoramaFormat::Preview);
         RunCommand(session, kCommandHeadingRight);
         RunCommand(session, kCommandPitchUp);
-        RunCommand(session, kCommandRollCounterclockwise);
+        RunCommand(session, kCommandRollClockwise);
         EXPECT_NEAR(session.previewCamera.heading, 10 * radians, 1e-5);
         EXPECT_NEAR(session.previewCamera.pitch, -10 * radians, 1e-5);
-        EXPECT_NEAR(session.previewCamera.roll, -10 * radians, 1e-5);
+        EXPECT_NEAR(session.previewCamera.roll, 10 * radians, 1e-5);
         EXPECT_EQ(modifications.orientation.m[0][0], before.m[0][0]);
 
         RunCommand(session, kCommandHorizonUp);
