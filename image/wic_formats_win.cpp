@@ -91,7 +91,7 @@ std::vector<std::wstring> ReadableExtensions() {
         if (FAILED(info->GetFileExtensions(length, list.data(), &length))) continue;
         list.resize(std::wcslen(list.c_str()));
 
-        // ".jpeg,.jpe,.jpg"; some codecs part them by semicolons.
+        // ".jpeg,.jpe,.jpg"; some systems part them with semicolons.
         std::size_t start = 0;
         while (start < list.size()) {
             const std::size_t end = std::min(list.find_first_of(L",;", start), list.size());

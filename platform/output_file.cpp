@@ -1,7 +1,10 @@
 #include "platform/output_file.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cstdint>
+#include <mutex>
+#include <vector>
 
 #include "platform/clock.h"
 #include "platform/files.h"
@@ -26,20 +29,51 @@ std::wstring FreeNameBeside(const std::wstring& target) {
     }
 }
 
+// The temporary files that may be on disk. Renaming happens under the lock, so that an abandoned file can
+// no longer get its name.
+struct PendingFiles {
+    std::mutex mutex;
+    std::vector<std::wstring> paths;
+    bool abandoned = false;
+};
+
+// Not destroyed at exit: an interruption may come later than the end of main.
+PendingFiles& Pending() {
+    static PendingFiles& pending = *new PendingFiles;
+    return pending;
+}
+
 }  // namespace
 
 OutputFile::OutputFile(std::wstring targetPath)
-    : targetPath_(std::move(targetPath)), temporaryPath_(FreeNameBeside(targetPath_)) {}
+    : targetPath_(std::move(targetPath)), temporaryPath_(FreeNameBeside(targetPath_)) {
+    PendingFiles& pending = Pending();
+    const std::lock_guard lock(pending.mutex);
+    pending.paths.push_back(temporaryPath_);
+}
 
 OutputFile::~OutputFile() {
-    if (!committed_) RemoveFile(temporaryPath_);
+    PendingFiles& pending = Pending();
+    const std::lock_guard lock(pending.mutex);
+    if (!finished_) RemoveFile(temporaryPath_);
+    std::erase(pending.paths, temporaryPath_);
 }
 
 bool OutputFile::Commit() {
-    if (committed_) return true;
-    committed_ = MoveOver(temporaryPath_, targetPath_);
-    if (!committed_) RemoveFile(temporaryPath_);
-    return committed_;
+    PendingFiles& pending = Pending();
+    const std::lock_guard lock(pending.mutex);
+    if (finished_) return true;
+    finished_ = !pending.abandoned && MoveOver(temporaryPath_, targetPath_);
+    if (!finished_) RemoveFile(temporaryPath_);
+    return finished_;
+}
+
+bool AbandonPendingOutputs() {
+    PendingFiles& pending = Pending();
+    const std::lock_guard lock(pending.mutex);
+    pending.abandoned = true;
+    return std::all_of(pending.paths.begin(), pending.paths.end(),
+                       [](const std::wstring& path) { return !FileExists(path) || RemoveFile(path); });
 }
 
 }  // namespace skyvault

@@ -37,12 +37,24 @@ void FaceRow(CubeFace which, const float* a, float b, int count, DirectionBlock&
         for (int i = 0; i < count; ++i) v[i] = -a[i];
     };
     switch (which) {
-        case CubeFace::Front: along(x), fill(y, -b), fill(z, 1.0f); return;
-        case CubeFace::Right: fill(x, 1.0f), fill(y, -b), against(z); return;
-        case CubeFace::Back: against(x), fill(y, -b), fill(z, -1.0f); return;
-        case CubeFace::Left: fill(x, -1.0f), fill(y, -b), along(z); return;
-        case CubeFace::Top: along(x), fill(y, 1.0f), fill(z, b); return;
-        case CubeFace::Bottom: along(x), fill(y, -1.0f), fill(z, -b); return;
+        case CubeFace::Front:
+            along(x), fill(y, -b), fill(z, 1.0f);
+            return;
+        case CubeFace::Right:
+            fill(x, 1.0f), fill(y, -b), against(z);
+            return;
+        case CubeFace::Back:
+            against(x), fill(y, -b), fill(z, -1.0f);
+            return;
+        case CubeFace::Left:
+            fill(x, -1.0f), fill(y, -b), along(z);
+            return;
+        case CubeFace::Top:
+            along(x), fill(y, 1.0f), fill(z, b);
+            return;
+        case CubeFace::Bottom:
+            along(x), fill(y, -1.0f), fill(z, -b);
+            return;
     }
 }
 
@@ -51,13 +63,14 @@ void FaceRow(CubeFace which, const float* a, float b, int count, DirectionBlock&
 bool BuildFace(Panorama& panorama, Image& face, CubeFace which, std::uint32_t size, PixelFormat format) {
     const std::vector<float> positions = EdgePositions(panorama.faceSize, size);
     const RowKernels& kernels = Kernels();
-    LayoutGrid grid{size, size,
-                    [&](std::uint32_t row, std::uint32_t first, int count, DirectionBlock& block, std::uint8_t*) {
-                        FaceRow(which, positions.data() + first, positions[row], count, block);
-                        // Face directions are unit vectors by definition; the sampler normalises once more.
-                        kernels.normalize(block.x, block.y, block.z, count);
-                        return Coverage::All;
-                    }};
+    LayoutGrid grid{
+        size, size,
+        [&](std::uint32_t row, std::uint32_t first, int count, DirectionBlock& block, std::uint8_t*) {
+            FaceRow(which, positions.data() + first, positions[row], count, block);
+            // Face directions are unit vectors by definition; the sampler normalises once more.
+            kernels.normalize(block.x, block.y, block.z, count);
+            return Coverage::All;
+        }};
     RenderOptions options;
     options.format = format;
     if (!RenderLayout(panorama, grid, options, face)) return false;

@@ -15,12 +15,18 @@ Direction FacePixelVector(int faceSize, CubeFace face, int column, int row) {
     const float a = static_cast<float>(column) * s - c;
     const float b = static_cast<float>(row) * s - c;
     switch (face) {
-        case CubeFace::Front: return {a, -b, 1.0f};
-        case CubeFace::Right: return {1.0f, -b, -a};
-        case CubeFace::Back: return {-a, -b, -1.0f};
-        case CubeFace::Left: return {-1.0f, -b, a};
-        case CubeFace::Top: return {a, 1.0f, b};
-        case CubeFace::Bottom: return {a, -1.0f, -b};
+        case CubeFace::Front:
+            return {a, -b, 1.0f};
+        case CubeFace::Right:
+            return {1.0f, -b, -a};
+        case CubeFace::Back:
+            return {-a, -b, -1.0f};
+        case CubeFace::Left:
+            return {-1.0f, -b, a};
+        case CubeFace::Top:
+            return {a, 1.0f, b};
+        case CubeFace::Bottom:
+            return {a, -1.0f, -b};
     }
     return {};
 }

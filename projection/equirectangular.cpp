@@ -14,7 +14,9 @@ namespace skyvault {
 namespace {
 
 /// Longitude of column x of a grid W pixels wide: 2x·π/W + π, from the back around to the back.
-float LongitudeOf(float x, float width) { return 2.0f * x * kPi / width + kPi; }
+float LongitudeOf(float x, float width) {
+    return 2.0f * x * kPi / width + kPi;
+}
 
 /// Latitude of a row counted from the bottom: y·π/H − π/2.
 float LatitudeOf(float y, float height) {
@@ -33,7 +35,8 @@ struct GridAngles {
             cosLongitude[i] = Cos(longitude);
         }
         for (std::uint32_t row = 0; row < height; ++row) {
-            const float latitude = LatitudeOf(static_cast<float>(height - 1 - row), static_cast<float>(height));
+            const float latitude =
+                LatitudeOf(static_cast<float>(height - 1 - row), static_cast<float>(height));
             sinLatitude[row] = Sin(latitude);
             cosLatitude[row] = Cos(latitude);
         }
@@ -135,19 +138,18 @@ bool ExportEquirectangular(Panorama& panorama, const std::wstring& path, std::ws
     const MagnifyingGlass glass(columns, rows);
     const bool magnify = forScreen && panorama.settings.magnifyingGlass;
     const RowKernels& kernels = Kernels();
-    const LayoutGrid grid{columns, rows,
-                          [&](std::uint32_t row, std::uint32_t first, int count, DirectionBlock& block,
-                              std::uint8_t*) {
-                              if (magnify && glass.Touches(static_cast<float>(rows - 1 - row))) {
-                                  MagnifiedRow(glass, columns, rows, row, first, count, block);
-                              } else {
-                                  kernels.equirectDirections(angles.sinLongitude.data() + first,
-                                                             angles.cosLongitude.data() + first,
-                                                             angles.sinLatitude[row], angles.cosLatitude[row],
-                                                             block.x, block.y, block.z, count);
-                              }
-                              return Coverage::All;
-                          }};
+    const LayoutGrid grid{
+        columns, rows,
+        [&](std::uint32_t row, std::uint32_t first, int count, DirectionBlock& block, std::uint8_t*) {
+            if (magnify && glass.Touches(static_cast<float>(rows - 1 - row))) {
+                MagnifiedRow(glass, columns, rows, row, first, count, block);
+            } else {
+                kernels.equirectDirections(angles.sinLongitude.data() + first,
+                                           angles.cosLongitude.data() + first, angles.sinLatitude[row],
+                                           angles.cosLatitude[row], block.x, block.y, block.z, count);
+            }
+            return Coverage::All;
+        }};
     RenderOptions options;
     options.format = format;
     options.halve = doubled && !forScreen;

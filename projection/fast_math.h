@@ -75,12 +75,20 @@ SKYVAULT_INLINE SineCosine SinCosWide(double x) {
     const double sine =
         r + r * u *
                 (((((1.5918095213923302e-10 * u - 2.5051131371832213e-08) * u + 2.755731610028131e-06) * u -
-                   0.00019841269836754193) * u + 0.008333333333330946) * u - 0.16666666666666666);
+                   0.00019841269836754193) *
+                      u +
+                  0.008333333333330946) *
+                     u -
+                 0.16666666666666666);
     const double cosine =
         (1.0 - 0.5 * u) +
         u * u *
             (((((-1.1382596874259135e-11 * u + 2.08761457309099e-09) * u - 2.7557317268818837e-07) * u +
-               2.4801587298758923e-05) * u - 0.001388888888888739) * u + 0.041666666666666664);
+               2.4801587298758923e-05) *
+                  u -
+              0.001388888888888739) *
+                 u +
+             0.041666666666666664);
     const bool odd = (bits & 1) != 0;
     const bool negateSine = (bits & 2) != 0;
     const bool negateCosine = ((bits + 1) & 2) != 0;
@@ -112,7 +120,8 @@ SKYVAULT_INLINE float PowPositive(float base, double exponent) {
     const std::int64_t shiftedBits = bits + (kOneBits - kSqrtHalfBits);
     // The exponent as a double, through the mantissa of 2^52: vectors of 64-bit integers cannot be converted.
     constexpr std::int64_t kTwo52Bits = 0x4330000000000000;
-    const std::int64_t exponentBits = static_cast<std::int64_t>(static_cast<std::uint64_t>(shiftedBits) >> 52) | kTwo52Bits;
+    const std::int64_t exponentBits =
+        static_cast<std::int64_t>(static_cast<std::uint64_t>(shiftedBits) >> 52) | kTwo52Bits;
     double exponentOfBase;
     std::memcpy(&exponentOfBase, &exponentBits, sizeof exponentOfBase);
     exponentOfBase -= 4503599627370496.0 + 1023.0;
@@ -123,8 +132,15 @@ SKYVAULT_INLINE float PowPositive(float base, double exponent) {
     const double u = t * t;
     const double log2m =
         t * (((((((0.2136687803743096 * u + 0.2209121446816957) * u + 0.26233438759537775) * u +
-                 0.3205985342686444) * u + 0.4121985858469412) * u + 0.5770780163454936) * u +
-              0.9617966939259898) * u + 2.8853900817779268);
+                 0.3205985342686444) *
+                    u +
+                0.4121985858469412) *
+                   u +
+               0.5770780163454936) *
+                  u +
+              0.9617966939259898) *
+                 u +
+             2.8853900817779268);
     const double product = exponent * (exponentOfBase + log2m);
     // 2^product, kept within what a double holds; single precision overflows or vanishes long before.
     const double low = product < -1000.0 ? -1000.0 : product;
@@ -135,9 +151,23 @@ SKYVAULT_INLINE float PowPositive(float base, double exponent) {
     const double f = y - (shifted - kRoundToInteger);
     const double p =
         ((((((((((4.4558179083360645e-10 * f + 7.074194297288521e-09) * f + 1.0178057087733941e-07) * f +
-                1.3215432535912375e-06) * f + 1.5252733841556773e-05) * f + 0.00015403530463724353) * f +
-             0.001333355814640647) * f + 0.009618129107587256) * f + 0.055504108664821625) * f +
-          0.24022650695910158) * f + 0.6931471805599453) * f + 1.0;
+                1.3215432535912375e-06) *
+                   f +
+               1.5252733841556773e-05) *
+                  f +
+              0.00015403530463724353) *
+                 f +
+             0.001333355814640647) *
+                f +
+            0.009618129107587256) *
+               f +
+           0.055504108664821625) *
+              f +
+          0.24022650695910158) *
+             f +
+         0.6931471805599453) *
+            f +
+        1.0;
     std::int64_t powerBits;
     std::memcpy(&powerBits, &p, sizeof powerBits);
     powerBits += static_cast<std::int64_t>(static_cast<std::uint64_t>(whole) << 52);

@@ -8,8 +8,11 @@ void ImportPanorama(Panorama& panorama, const std::vector<std::wstring>& paths, 
     ResetModifications(panorama.modifications);
     const std::wstring first = paths.empty() ? std::wstring() : paths.front();
     switch (format) {
-        case PanoramaFormat::Equirectangular: ImportEquirectangular(panorama, first); return;
-        default: return;
+        case PanoramaFormat::Equirectangular:
+            ImportEquirectangular(panorama, first);
+            return;
+        default:
+            return;
     }
 }
 

@@ -12,9 +12,15 @@ float BySize(StepSize size, float plain, float fine, float coarse) {
 
 }  // namespace
 
-float TurnStep(StepSize size) { return BySize(size, 0.017453292f, 0.0017453292f, 0.2617994f); }
-float HorizonStep(StepSize size) { return BySize(size, 0.01f, 0.005f, 0.02f); }
-float LogoStep(StepSize size) { return BySize(size, 0.01f, 0.001f, 0.03f); }
+float TurnStep(StepSize size) {
+    return BySize(size, 0.017453292f, 0.0017453292f, 0.2617994f);
+}
+float HorizonStep(StepSize size) {
+    return BySize(size, 0.01f, 0.005f, 0.02f);
+}
+float LogoStep(StepSize size) {
+    return BySize(size, 0.01f, 0.001f, 0.03f);
+}
 
 void RotatePanorama(Modifications& modifications, float yaw, float pitch, float roll) {
     // The new turn on the left: it acts in the frame of the current output.
@@ -23,12 +29,16 @@ void RotatePanorama(Modifications& modifications, float yaw, float pitch, float 
     modifications.inverseOrientation = InverseOfRotation(modifications.orientation);
 }
 
-void ChangeHorizon(Modifications& modifications, float change) { modifications.horizonPower += change; }
+void ChangeHorizon(Modifications& modifications, float change) {
+    modifications.horizonPower += change;
+}
 
 void ChangeLogoSize(Modifications& modifications, float change) {
     modifications.logoSize = Clamp01(modifications.logoSize + change);
 }
 
-void ResetModifications(Modifications& modifications) { modifications = Modifications(); }
+void ResetModifications(Modifications& modifications) {
+    modifications = Modifications();
+}
 
 }  // namespace skyvault

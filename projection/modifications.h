@@ -6,13 +6,13 @@
 namespace skyvault {
 
 struct Modifications {
-    Matrix4 orientation;         ///< applied to an output direction to find the source direction
-    Matrix4 inverseOrientation;  ///< its inverse
-    float horizonPower = 1.0f;   ///< exponent of the horizon curve; no curve at 1 and at or below 0
-    float logoSize = 0.0f;       ///< radius of the nadir disc in the tangent plane, 0..1; 0 is no logo
-    bool flipHorizontal = false;      ///< exchange x and z of every output direction
-    bool mirrorTopToBottom = false;   ///< y := |y|
-    bool mirrorFrontToBack = false;   ///< z := |z|
+    Matrix4 orientation;             ///< applied to an output direction to find the source direction
+    Matrix4 inverseOrientation;      ///< its inverse
+    float horizonPower = 1.0f;       ///< exponent of the horizon curve; no curve at 1 and at or below 0
+    float logoSize = 0.0f;           ///< radius of the nadir disc in the tangent plane, 0..1; 0 is no logo
+    bool flipHorizontal = false;     ///< exchange x and z of every output direction
+    bool mirrorTopToBottom = false;  ///< y := |y|
+    bool mirrorFrontToBack = false;  ///< z := |z|
 };
 
 /// The size of one step; Ctrl goes before Shift.

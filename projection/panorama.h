@@ -34,12 +34,12 @@ struct Panorama {
     const AppState& settings;
     ViewTarget* viewTarget;
 
-    std::wstring path;         ///< the first source path, for the window title
+    std::wstring path;  ///< the first source path, for the window title
     std::uint32_t faceSize = 0;
-    CubeFaces faces;           ///< all of one size and format, or some of them invalid
-    Image equirectSource;      ///< when valid, every sample reads it and never the faces
-    Image logoPicture;         ///< loaded from settings.logo on first use
-    Image resultPicture;       ///< the last layout built, for a file or for the window
+    CubeFaces faces;       ///< all of one size and format, or some of them invalid
+    Image equirectSource;  ///< when valid, every sample reads it and never the faces
+    Image logoPicture;     ///< loaded from settings.logo on first use
+    Image resultPicture;   ///< the last layout built, for a file or for the window
     Modifications modifications;
 };
 

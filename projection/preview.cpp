@@ -15,10 +15,14 @@ struct PictureSize {
 
 PictureSize PreviewSize(std::int32_t index) {
     switch (index) {
-        case 1: return {1920, 1080};
-        case 2: return {3840, 2160};
-        case 3: return {7680, 4320};
-        default: return {1280, 720};
+        case 1:
+            return {1920, 1080};
+        case 2:
+            return {3840, 2160};
+        case 3:
+            return {7680, 4320};
+        default:
+            return {1280, 720};
     }
 }
 
@@ -32,7 +36,8 @@ PictureSize FittedTo(const ClientSize& client, PictureSize size) {
 
 }  // namespace
 
-bool ExportPreview(Panorama& panorama, const std::wstring& path, const Camera& camera, std::wstring& infoLog) {
+bool ExportPreview(Panorama& panorama, const std::wstring& path, const Camera& camera,
+                   std::wstring& infoLog) {
     const bool forScreen = path.empty();
     const PixelFormat format = ExportPixelFormat(panorama, forScreen);
     if (format == PixelFormat::None || panorama.IsEmpty()) return false;
@@ -47,19 +52,19 @@ bool ExportPreview(Panorama& panorama, const std::wstring& path, const Camera& c
     const std::int32_t halfWidth = static_cast<std::int32_t>(size.width / 2);
     const std::int32_t halfHeight = static_cast<std::int32_t>(size.height / 2);
     const RowKernels& kernels = Kernels();
-    const LayoutGrid grid{size.width, size.height,
-                          [&](std::uint32_t row, std::uint32_t first, int count, DirectionBlock& block,
-                              std::uint8_t*) {
-                              const float y = static_cast<float>(halfHeight - static_cast<std::int32_t>(row));
-                              const std::int32_t left = static_cast<std::int32_t>(first) - halfWidth;
-                              for (int i = 0; i < count; ++i) {
-                                  block.x[i] = static_cast<float>(left + i);
-                                  block.y[i] = y;
-                                  block.z[i] = focalDepth;
-                              }
-                              if (!turn.isIdentity) kernels.transform(block.x, block.y, block.z, count, turn);
-                              return Coverage::All;
-                          }};
+    const LayoutGrid grid{
+        size.width, size.height,
+        [&](std::uint32_t row, std::uint32_t first, int count, DirectionBlock& block, std::uint8_t*) {
+            const float y = static_cast<float>(halfHeight - static_cast<std::int32_t>(row));
+            const std::int32_t left = static_cast<std::int32_t>(first) - halfWidth;
+            for (int i = 0; i < count; ++i) {
+                block.x[i] = static_cast<float>(left + i);
+                block.y[i] = y;
+                block.z[i] = focalDepth;
+            }
+            if (!turn.isIdentity) kernels.transform(block.x, block.y, block.z, count, turn);
+            return Coverage::All;
+        }};
     RenderOptions options;
     options.format = format;
     if (!RenderLayout(panorama, grid, options, panorama.resultPicture)) return false;

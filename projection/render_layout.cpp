@@ -52,7 +52,8 @@ class Background {
         WriteColor8(format, pixel_, colour);
     }
     void Fill(std::byte* rows, std::size_t byteCount) const {
-        for (std::size_t at = 0; at < byteCount; at += bytesPerPixel_) std::copy_n(pixel_, bytesPerPixel_, rows + at);
+        for (std::size_t at = 0; at < byteCount; at += bytesPerPixel_)
+            std::copy_n(pixel_, bytesPerPixel_, rows + at);
     }
 
   private:
@@ -72,7 +73,8 @@ bool RenderLayout(Panorama& panorama, const LayoutGrid& grid, const RenderOption
     const std::uint32_t scale = options.halve ? 2 : 1;
     const std::uint32_t width = grid.width / scale;
     const std::uint32_t height = grid.height / scale;
-    if (!result.IsValid() || result.width != width || result.height != height || result.format != options.format) {
+    if (!result.IsValid() || result.width != width || result.height != height ||
+        result.format != options.format) {
         result.Clear();
         result = Image(width, height, options.format);
         if (!result.IsValid()) return OutOfMemory(panorama, result);

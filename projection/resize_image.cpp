@@ -34,7 +34,8 @@ struct BoxSums {
 template <typename Add>
 void ForBox(const Image& source, const BoxGrid& grid, std::uint32_t x, std::uint32_t y, Add add) {
     const std::uint32_t startRow = static_cast<std::uint32_t>(std::uint64_t{y} * source.height / grid.height);
-    const std::uint32_t startColumn = static_cast<std::uint32_t>(std::uint64_t{x} * source.width / grid.width);
+    const std::uint32_t startColumn =
+        static_cast<std::uint32_t>(std::uint64_t{x} * source.width / grid.width);
     const std::uint32_t bytes = BytesPerPixel(source.format);
     for (std::uint32_t j = 0; j < grid.box; ++j) {
         const std::uint32_t row = grid.height == 1 ? 0 : startRow + j;
@@ -60,9 +61,10 @@ PixelValue AverageOfBox(const Image& source, const BoxGrid& grid, std::uint32_t 
             });
             if (s.visible == 0) return value;
             const std::uint32_t n = s.visible;
-            value.color8 = Color8(static_cast<std::uint8_t>(s.red / n), static_cast<std::uint8_t>(s.green / n),
-                                  static_cast<std::uint8_t>(s.blue / n),
-                                  static_cast<std::uint8_t>(s.all ? s.alpha / s.all : 255));
+            value.color8 =
+                Color8(static_cast<std::uint8_t>(s.red / n), static_cast<std::uint8_t>(s.green / n),
+                       static_cast<std::uint8_t>(s.blue / n),
+                       static_cast<std::uint8_t>(s.all ? s.alpha / s.all : 255));
             return value;
         }
         case ChannelKind::Int16: {
@@ -94,7 +96,8 @@ PixelValue AverageOfBox(const Image& source, const BoxGrid& grid, std::uint32_t 
                                FloatToHalf(alpha)};
             return value;
         }
-        case ChannelKind::None: break;
+        case ChannelKind::None:
+            break;
     }
     return value;
 }
@@ -107,7 +110,8 @@ void HalveRow(const std::byte* upper, const std::byte* lower, std::uint32_t widt
     Channel* d = reinterpret_cast<Channel*>(destination);
     for (std::uint32_t x = 0; x < width; ++x) {
         for (int c = 0; c < kChannels; ++c) {
-            const std::uint32_t sum = static_cast<std::uint32_t>(a[c]) + a[c + kChannels] + b[c] + b[c + kChannels];
+            const std::uint32_t sum =
+                static_cast<std::uint32_t>(a[c]) + a[c + kChannels] + b[c] + b[c + kChannels];
             d[c] = static_cast<Channel>(sum / 4);
         }
         a += 2 * kChannels;
@@ -122,11 +126,16 @@ HalveFunction ExactHalving(const Image& source, const BoxGrid& grid, PixelFormat
     if (source.format != format || grid.box != 2 || grid.width < 2 || grid.height < 2) return nullptr;
     if (source.width != 2 * grid.width || source.height != 2 * grid.height) return nullptr;
     switch (format) {
-        case PixelFormat::Grey8: return HalveRow<std::uint8_t, 1>;
-        case PixelFormat::Rgb8: return HalveRow<std::uint8_t, 3>;
-        case PixelFormat::Grey16: return HalveRow<std::uint16_t, 1>;
-        case PixelFormat::Rgb16: return HalveRow<std::uint16_t, 3>;
-        default: return nullptr;
+        case PixelFormat::Grey8:
+            return HalveRow<std::uint8_t, 1>;
+        case PixelFormat::Rgb8:
+            return HalveRow<std::uint8_t, 3>;
+        case PixelFormat::Grey16:
+            return HalveRow<std::uint16_t, 1>;
+        case PixelFormat::Rgb16:
+            return HalveRow<std::uint16_t, 3>;
+        default:
+            return nullptr;
     }
 }
 
@@ -175,7 +184,8 @@ Image ResizeImage(const Image& source, std::uint32_t width, std::uint32_t height
     }
     Image result(width, height, format);
     if (!result.IsValid()) return result;
-    if ((width == source.width && height == source.height) || !average) return CropOrPad(source, std::move(result));
+    if ((width == source.width && height == source.height) || !average)
+        return CropOrPad(source, std::move(result));
     const BoxGrid grid = MakeBoxGrid(source.width, source.height, width, height);
     for (std::uint32_t y = 0; y < height; ++y) AverageRow(source, grid, y, format, result.Row(y));
     return result;

@@ -23,7 +23,8 @@
 
 namespace skyvault::KERNEL_SET {
 
-static void Normalize(float* SKYVAULT_RESTRICT x, float* SKYVAULT_RESTRICT y, float* SKYVAULT_RESTRICT z, int n) {
+static void Normalize(float* SKYVAULT_RESTRICT x, float* SKYVAULT_RESTRICT y, float* SKYVAULT_RESTRICT z,
+                      int n) {
     for (int i = 0; i < n; ++i) {
         const float s = x[i] * x[i] + y[i] * y[i] + z[i] * z[i];
         // Multiplying by 1 leaves every bit alone, which is what lengths of 0 and 1 ask for.
@@ -39,8 +40,8 @@ static void Absolute(float* v, int n) {
     for (int i = 0; i < n; ++i) v[i] = std::fabs(v[i]);
 }
 
-static void Transform(float* SKYVAULT_RESTRICT x, float* SKYVAULT_RESTRICT y, float* SKYVAULT_RESTRICT z, int n,
-                      const Matrix4& matrix) {
+static void Transform(float* SKYVAULT_RESTRICT x, float* SKYVAULT_RESTRICT y, float* SKYVAULT_RESTRICT z,
+                      int n, const Matrix4& matrix) {
     const float m00 = matrix.m[0][0], m01 = matrix.m[0][1], m02 = matrix.m[0][2];
     const float m10 = matrix.m[1][0], m11 = matrix.m[1][1], m12 = matrix.m[1][2];
     const float m20 = matrix.m[2][0], m21 = matrix.m[2][1], m22 = matrix.m[2][2];
@@ -58,13 +59,14 @@ static void HorizonCurve(float* y, int n, float power) {
     for (int i = 0; i < n; ++i) y[i] = 2.0f * PowPositive((y[i] + 1.0f) * 0.5f, wide) - 1.0f;
 }
 
-static void PixelOffsets(const std::int32_t* SKYVAULT_RESTRICT columns, const std::int32_t* SKYVAULT_RESTRICT rows,
-                         int n, std::uint32_t stride, std::uint32_t bytesPerPixel,
-                         std::uint64_t* SKYVAULT_RESTRICT offsets) {
+static void PixelOffsets(const std::int32_t* SKYVAULT_RESTRICT columns,
+                         const std::int32_t* SKYVAULT_RESTRICT rows, int n, std::uint32_t stride,
+                         std::uint32_t bytesPerPixel, std::uint64_t* SKYVAULT_RESTRICT offsets) {
     for (int i = 0; i < n; ++i) {
         const std::uint32_t column = static_cast<std::uint32_t>(columns[i]);
         const std::uint32_t row = static_cast<std::uint32_t>(rows[i]);
-        offsets[i] = static_cast<std::uint64_t>(row) * stride + static_cast<std::uint64_t>(column) * bytesPerPixel;
+        offsets[i] =
+            static_cast<std::uint64_t>(row) * stride + static_cast<std::uint64_t>(column) * bytesPerPixel;
     }
 }
 
@@ -164,9 +166,9 @@ static bool CubeOffsets(const float* SKYVAULT_RESTRICT x, const float* SKYVAULT_
 }
 
 static void EquirectDirections(const float* SKYVAULT_RESTRICT sinLongitude,
-                               const float* SKYVAULT_RESTRICT cosLongitude, float sinLatitude, float cosLatitude,
-                               float* SKYVAULT_RESTRICT x, float* SKYVAULT_RESTRICT y, float* SKYVAULT_RESTRICT z,
-                               int n) {
+                               const float* SKYVAULT_RESTRICT cosLongitude, float sinLatitude,
+                               float cosLatitude, float* SKYVAULT_RESTRICT x, float* SKYVAULT_RESTRICT y,
+                               float* SKYVAULT_RESTRICT z, int n) {
     for (int i = 0; i < n; ++i) {
         x[i] = cosLatitude * sinLongitude[i];
         y[i] = sinLatitude;
@@ -174,9 +176,9 @@ static void EquirectDirections(const float* SKYVAULT_RESTRICT sinLongitude,
     }
 }
 
-static void SphericalDirections(const float* SKYVAULT_RESTRICT longitude, const float* SKYVAULT_RESTRICT latitude,
-                                float* SKYVAULT_RESTRICT x, float* SKYVAULT_RESTRICT y,
-                                float* SKYVAULT_RESTRICT z, int n) {
+static void SphericalDirections(const float* SKYVAULT_RESTRICT longitude,
+                                const float* SKYVAULT_RESTRICT latitude, float* SKYVAULT_RESTRICT x,
+                                float* SKYVAULT_RESTRICT y, float* SKYVAULT_RESTRICT z, int n) {
     for (int i = 0; i < n; ++i) {
         const float cosLatitude = Cos(latitude[i]);
         x[i] = cosLatitude * Sin(longitude[i]);
@@ -192,7 +194,7 @@ const RowKernels kKernels = {
 #else
     "baseline",
 #endif
-    Normalize,   Absolute,    Transform,          HorizonCurve,
+    Normalize,       Absolute,    Transform,          HorizonCurve,
     EquirectOffsets, CubeOffsets, EquirectDirections, SphericalDirections,
 };
 

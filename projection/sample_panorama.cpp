@@ -35,10 +35,14 @@ struct AnyColour {
 
 bool IsTransparent(const PixelValue& value) {
     switch (ChannelType(value.format)) {
-        case ChannelKind::Int8: return value.color8.alpha == 0;
-        case ChannelKind::Int16: return value.color16.alpha == 0;
-        case ChannelKind::Half: return HalfToFloat(value.colorHalf.alpha) == 0.0f;
-        case ChannelKind::None: break;
+        case ChannelKind::Int8:
+            return value.color8.alpha == 0;
+        case ChannelKind::Int16:
+            return value.color16.alpha == 0;
+        case ChannelKind::Half:
+            return HalfToFloat(value.colorHalf.alpha) == 0.0f;
+        case ChannelKind::None:
+            break;
     }
     return true;
 }
@@ -106,7 +110,8 @@ PixelValue BlendLogo(const PixelValue& logo, const PixelValue& under) {
             result.colorHalf.blue = blend(l.blue, under.colorHalf.blue);
             break;
         }
-        case ChannelKind::None: break;
+        case ChannelKind::None:
+            break;
     }
     return result;
 }
@@ -132,8 +137,9 @@ PixelValue SamplePanorama(Panorama& panorama, Direction d, bool applyOrientation
         }
         d = Transform(d, m.orientation);
     }
-    const PixelValue seen = panorama.equirectSource.IsValid() ? SampleEquirectangular(panorama.equirectSource, d)
-                                                              : SampleCubeFaces(panorama.faces, d);
+    const PixelValue seen = panorama.equirectSource.IsValid()
+                                ? SampleEquirectangular(panorama.equirectSource, d)
+                                : SampleCubeFaces(panorama.faces, d);
     return BlendLogo(logo, seen);
 }
 

@@ -23,13 +23,20 @@ void CopyPixels(const std::byte* const* addresses, int count, std::byte* destina
 void CopyPixels(const std::byte* const* addresses, int count, std::uint32_t bytesPerPixel,
                 std::byte* destination) {
     switch (bytesPerPixel) {
-        case 1: return CopyPixels<1>(addresses, count, destination);
-        case 2: return CopyPixels<2>(addresses, count, destination);
-        case 3: return CopyPixels<3>(addresses, count, destination);
-        case 4: return CopyPixels<4>(addresses, count, destination);
-        case 6: return CopyPixels<6>(addresses, count, destination);
-        case 8: return CopyPixels<8>(addresses, count, destination);
-        default: return;
+        case 1:
+            return CopyPixels<1>(addresses, count, destination);
+        case 2:
+            return CopyPixels<2>(addresses, count, destination);
+        case 3:
+            return CopyPixels<3>(addresses, count, destination);
+        case 4:
+            return CopyPixels<4>(addresses, count, destination);
+        case 6:
+            return CopyPixels<6>(addresses, count, destination);
+        case 8:
+            return CopyPixels<8>(addresses, count, destination);
+        default:
+            return;
     }
 }
 

@@ -41,7 +41,8 @@ class ViewSampler {
     bool uniform_ = true;  ///< all valid faces have one size and format; else pixel by pixel
     EquirectGrid equirect_;
     CubeGrid cube_;
-    std::array<const std::byte*, kFaceCount> bases_{};  ///< first bytes of the source's pictures; null: missing
+    std::array<const std::byte*, kFaceCount>
+        bases_{};  ///< first bytes of the source's pictures; null: missing
 };
 
 }  // namespace skyvault

@@ -11,7 +11,8 @@ namespace {
 /// Distance of a float from the exact value, in units of the float's last place.
 double UnitsOff(float value, double exact) {
     const float nearest = static_cast<float>(exact);
-    const double unit = std::nextafter(std::fabs(nearest), INFINITY) - static_cast<double>(std::fabs(nearest));
+    const double unit =
+        std::nextafter(std::fabs(nearest), INFINITY) - static_cast<double>(std::fabs(nearest));
     return std::fabs(static_cast<double>(value) - exact) / unit;
 }
 
@@ -60,7 +61,8 @@ TEST(FastMath, NotANumberStaysNotANumber) {
 }
 
 TEST(FastMath, HalvesRoundAwayFromZero) {
-    for (const auto& [value, expected] : {std::pair{0.5f, 1}, {1.5f, 2}, {2.5f, 3}, {0.49999997f, 0}, {8388607.5f, 8388608}}) {
+    for (const auto& [value, expected] :
+         {std::pair{0.5f, 1}, {1.5f, 2}, {2.5f, 3}, {0.49999997f, 0}, {8388607.5f, 8388608}}) {
         EXPECT_EQ(RoundPositive(value), expected) << value;
     }
 }

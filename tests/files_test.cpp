@@ -18,6 +18,8 @@
 namespace skyvault {
 namespace {
 
+using test::TemporaryFolder;
+
 using testing::UnorderedElementsAre;
 
 bool WriteText(const std::wstring& path, std::string_view text) {

@@ -15,6 +15,8 @@
 namespace skyvault {
 namespace {
 
+using test::TemporaryFolder;
+
 using test::Bytes;
 using enum PixelFormat;
 

@@ -46,8 +46,9 @@ struct RecordingTarget : ViewTarget {
 
 inline const std::vector<PixelFormat>& AllFormats() {
     static const std::vector<PixelFormat> formats = {
-        PixelFormat::Grey8, PixelFormat::Grey16, PixelFormat::GreyHalf, PixelFormat::Rgb8,    PixelFormat::Rgb16,
-        PixelFormat::RgbHalf, PixelFormat::Rgba8, PixelFormat::Rgba16,  PixelFormat::RgbaHalf};
+        PixelFormat::Grey8, PixelFormat::Grey16, PixelFormat::GreyHalf,
+        PixelFormat::Rgb8,  PixelFormat::Rgb16,  PixelFormat::RgbHalf,
+        PixelFormat::Rgba8, PixelFormat::Rgba16, PixelFormat::RgbaHalf};
     return formats;
 }
 
@@ -68,7 +69,8 @@ inline void FillAtRandom(Image& image, std::uint32_t seed) {
     }
 }
 
-inline Image RandomImage(std::uint32_t width, std::uint32_t height, PixelFormat format, std::uint32_t seed = 1) {
+inline Image RandomImage(std::uint32_t width, std::uint32_t height, PixelFormat format,
+                         std::uint32_t seed = 1) {
     Image image(width, height, format);
     FillAtRandom(image, seed);
     return image;

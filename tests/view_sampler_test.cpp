@@ -20,14 +20,25 @@ using test::TestPanorama;
 /// Directions all around, with the awkward ones first: axes, ties, poles, zero, NaN, tiny and huge.
 std::vector<Direction> Directions(int count) {
     const float n = std::numeric_limits<float>::quiet_NaN();
-    std::vector<Direction> list = {
-        {0, 0, 1},  {0, 0, -1}, {1, 0, 0},   {-1, 0, 0},  {0, 1, 0},     {0, -1, 0},      {0, 0, 0},      {n, 0, 1},
-        {0, n, 1},  {0, 0, n},  {1, 0, 1},   {1, 1, 0},   {1, 1, 1},     {-1, -1, -1},    {0, -1, 1},     {-1, 1, 0},
-        {1, -1, 0}, {0, 1, -1}, {-1, 0, -1}, {0, -1, -1}, {1e-30f, 0, 1}, {1e-30f, -1, 0}, {-1e-4f, 0, -1}, {1e-4f, 0, -1},
-        {1e20f, 1, 1}, {1e-20f, 1e-20f, -1e-20f}, {0.1f, -1, 0.1f}, {0.05f, -1, -0.1f}, {0, -1, 0.2f}, {-0.0f, -1, -0.0f}};
+    std::vector<Direction> list = {{0, 0, 1},        {0, 0, -1},
+                                   {1, 0, 0},        {-1, 0, 0},
+                                   {0, 1, 0},        {0, -1, 0},
+                                   {0, 0, 0},        {n, 0, 1},
+                                   {0, n, 1},        {0, 0, n},
+                                   {1, 0, 1},        {1, 1, 0},
+                                   {1, 1, 1},        {-1, -1, -1},
+                                   {0, -1, 1},       {-1, 1, 0},
+                                   {1, -1, 0},       {0, 1, -1},
+                                   {-1, 0, -1},      {0, -1, -1},
+                                   {1e-30f, 0, 1},   {1e-30f, -1, 0},
+                                   {-1e-4f, 0, -1},  {1e-4f, 0, -1},
+                                   {1e20f, 1, 1},    {1e-20f, 1e-20f, -1e-20f},
+                                   {0.1f, -1, 0.1f}, {0.05f, -1, -0.1f},
+                                   {0, -1, 0.2f},    {-0.0f, -1, -0.0f}};
     std::mt19937 random(5);
     std::normal_distribution<float> normal;
-    while (static_cast<int>(list.size()) < count) list.push_back({normal(random), normal(random), normal(random)});
+    while (static_cast<int>(list.size()) < count)
+        list.push_back({normal(random), normal(random), normal(random)});
     return list;
 }
 
@@ -46,7 +57,8 @@ const Change kChanges[] = {
     {"flip", [](Modifications& m) { m.flipHorizontal = true; }},
     {"mirror top", [](Modifications& m) { m.mirrorTopToBottom = true; }},
     {"mirror front", [](Modifications& m) { m.mirrorFrontToBack = true; }},
-    {"all", [](Modifications& m) {
+    {"all",
+     [](Modifications& m) {
          m.flipHorizontal = m.mirrorFrontToBack = true;
          ChangeHorizon(m, 0.2f);
          ChangeLogoSize(m, 1.0f);
@@ -55,7 +67,8 @@ const Change kChanges[] = {
 };
 
 /// Both ways for one panorama: whatever differs is printed.
-void ExpectRowsEqualSamples(TestPanorama& t, PixelFormat format, bool applyOrientation, const std::string& what) {
+void ExpectRowsEqualSamples(TestPanorama& t, PixelFormat format, bool applyOrientation,
+                            const std::string& what) {
     const std::vector<Direction> directions = Directions(2 * kBlockSize + 77);
     const ViewSampler sampler(t.panorama, format, applyOrientation);
     const std::uint32_t bytes = BytesPerPixel(format);
@@ -73,7 +86,8 @@ void ExpectRowsEqualSamples(TestPanorama& t, PixelFormat format, bool applyOrien
             std::memset(expected, 0, sizeof expected);
             WritePixel(format, expected, SamplePanorama(t.panorama, d, applyOrientation));
             ASSERT_EQ(std::memcmp(expected, row + static_cast<std::size_t>(i) * bytes, bytes), 0)
-                << what << ", direction " << d.x << " " << d.y << " " << d.z << ", kernels " << Kernels().name;
+                << what << ", direction " << d.x << " " << d.y << " " << d.z << ", kernels "
+                << Kernels().name;
         }
     }
 }
@@ -97,7 +111,8 @@ TEST_P(RowsAndSamples, AgreeForEveryFormatSourceAndModification) {
             } else {
                 t.SetFaces(33, format);
                 if (source == kSomeFaces) t.panorama.faces[2].Clear(), t.panorama.faces[5].Clear();
-                if (source == kMixedFaces) t.panorama.faces[4] = test::RandomImage(33, 33, PixelFormat::Rgba16);
+                if (source == kMixedFaces)
+                    t.panorama.faces[4] = test::RandomImage(33, 33, PixelFormat::Rgba16);
                 if (source == kOnlyTop) {
                     for (std::size_t f : {0u, 1u, 2u, 3u, 5u}) t.panorama.faces[f].Clear();
                 }
@@ -187,7 +202,8 @@ TEST(RowEngine, FewPixelsLandBesideWhereTheCLibrarySays) {
             return static_cast<int>(std::lround((longitude + kPi) * kWidth / kTwoPi)) % kWidth;
         };
         const auto row = [](float latitude) {
-            return static_cast<int>(std::lround(static_cast<float>((kHalfPiWide - latitude) * kHeight / kPiWide)));
+            return static_cast<int>(
+                std::lround(static_cast<float>((kHalfPiWide - latitude) * kHeight / kPiWide)));
         };
         const Spherical ours = ToSpherical(d);
         const float longitude = std::atan2(d.x, d.z);

@@ -1,0 +1,82 @@
+#include "app/about_box.h"
+
+#include <string>
+
+#include "app/draw_canvas.h"
+#include "app/message_box.h"
+#include "app/screen.h"
+#include "image/picture_files.h"
+#include "platform/files.h"
+#include "resources/resource_ids.h"
+#include "skyvault_version.h"
+
+namespace skyvault {
+namespace {
+
+#define SKYVAULT_WIDE_INNER(text) L##text
+#define SKYVAULT_WIDE(text) SKYVAULT_WIDE_INNER(text)
+constexpr const wchar_t* kVersion = SKYVAULT_WIDE(SKYVAULT_VERSION_TEXT);
+
+constexpr Color8 kPaper{255, 255, 255, 255};
+constexpr Color8 kInk{32, 40, 56, 255};
+constexpr Color8 kFaintInk{96, 104, 120, 255};
+
+/// The picture over the whole width, twice as wide as high, and the texts below it.
+void Draw(HWND box, HDC context, const Image& picture) {
+    RECT client{};
+    GetClientRect(box, &client);
+    DrawCanvas canvas(context, client);
+    const float scale = ScaleOf(box);
+    const auto width = static_cast<float>(client.right);
+    const float pictureHeight = width / 2.0f;
+    float top = pictureHeight + 6.0f * scale;
+    const auto line = [&](const std::wstring& words, const wchar_t* family, float size, const Color8& ink) {
+        TextFormat format;
+        format.family = family;
+        format.size = size * scale;
+        const float bottom = top + size * 1.5f * scale;
+        canvas.DrawString({12.0f * scale, top, width, bottom}, words, format, ink, true, true, true);
+        top = bottom;
+    };
+    canvas.BeginDraw();
+    canvas.Clear(kPaper);
+    canvas.DrawPicture(picture, {0.0f, 0.0f, width, pictureHeight}, true);
+    line(kProgramName, L"Segoe UI Light", 26.0f, kInk);
+    line(std::wstring(L"Version ") + kVersion, L"Segoe UI", 13.0f, kInk);
+    line(L"Brambleworks Studio", L"Segoe UI", 12.0f, kFaintInk);
+    canvas.EndDraw();
+}
+
+INT_PTR CALLBACK Procedure(HWND box, UINT message, WPARAM wParam, LPARAM lParam) {
+    switch (message) {
+        case WM_INITDIALOG:
+            SetWindowLongPtrW(box, DWLP_USER, lParam);
+            CentreOverOwner(box);
+            return TRUE;
+        case WM_ERASEBKGND:
+            return TRUE;
+        case WM_PAINT: {
+            PAINTSTRUCT paint;
+            const HDC context = BeginPaint(box, &paint);
+            Draw(box, context, *reinterpret_cast<const Image*>(GetWindowLongPtrW(box, DWLP_USER)));
+            EndPaint(box, &paint);
+            return TRUE;
+        }
+        case WM_COMMAND:
+            if (LOWORD(wParam) == IDOK || LOWORD(wParam) == IDCANCEL) EndDialog(box, LOWORD(wParam));
+            return TRUE;
+        default:
+            return FALSE;
+    }
+}
+
+}  // namespace
+
+void ShowAboutBox(HINSTANCE instance, HWND owner) {
+    // Without its picture the box still tells the version.
+    const Image picture = LoadPicture(ProgramFolder() + L"\\media\\skins\\About.png");
+    DialogBoxParamW(instance, MAKEINTRESOURCEW(IDD_ABOUT), owner, Procedure,
+                    reinterpret_cast<LPARAM>(&picture));
+}
+
+}  // namespace skyvault

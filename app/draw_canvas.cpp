@@ -1,0 +1,210 @@
+#include "app/draw_canvas.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "app/font_family.h"
+#include "app/screen_picture.h"
+
+namespace skyvault {
+namespace {
+
+int canvasesCreated = 0;
+int deviceLossesToReport = 0;
+
+/// Units are pixels whatever the screen's resolution: windows lay themselves out in pixels.
+D2D1_RENDER_TARGET_PROPERTIES TargetProperties(D2D1_ALPHA_MODE alphaMode) {
+    D2D1_RENDER_TARGET_PROPERTIES properties{};
+    properties.type = D2D1_RENDER_TARGET_TYPE_DEFAULT;
+    properties.pixelFormat = {DXGI_FORMAT_B8G8R8A8_UNORM, alphaMode};
+    properties.dpiX = properties.dpiY = 96.0f;
+    return properties;
+}
+
+D2D1_COLOR_F ToFloatColour(const Color8& colour) {
+    constexpr float kScale = 0.003921569f;
+    return {static_cast<float>(colour.red) * kScale, static_cast<float>(colour.green) * kScale,
+            static_cast<float>(colour.blue) * kScale, static_cast<float>(colour.alpha) * kScale};
+}
+
+bool IsEmptyRect(const CanvasRect& rect) {
+    return !(rect.right > rect.left && rect.bottom > rect.top);
+}
+
+}  // namespace
+
+DrawCanvas::DrawCanvas(HWND window) {
+    ++canvasesCreated;
+    if (!GetClientRect(window, &target_) || !CreateFactories()) return;
+    D2D1_HWND_RENDER_TARGET_PROPERTIES place{};
+    place.hwnd = window;
+    place.pixelSize = {static_cast<UINT32>(target_.right), static_cast<UINT32>(target_.bottom)};
+    ID2D1HwndRenderTarget* target = nullptr;
+    if (FAILED(drawing_->CreateHwndRenderTarget(TargetProperties(D2D1_ALPHA_MODE_IGNORE), place, &target)))
+        return;
+    renderTarget_ = ComPtr<ID2D1RenderTarget>::Attach(target);
+    valid_ = true;
+}
+
+DrawCanvas::DrawCanvas(HDC context, const RECT& rect) : target_(rect) {
+    ++canvasesCreated;
+    if (!CreateFactories()) return;
+    const D2D1_RENDER_TARGET_PROPERTIES properties = TargetProperties(D2D1_ALPHA_MODE_IGNORE);
+    ID2D1DCRenderTarget* target = nullptr;
+    if (FAILED(drawing_->CreateDCRenderTarget(&properties, &target))) return;
+    renderTarget_ = ComPtr<ID2D1RenderTarget>::Attach(target);
+    valid_ = SUCCEEDED(target->BindDC(context, &rect));
+}
+
+bool DrawCanvas::CreateFactories() {
+    return SUCCEEDED(D2D1CreateFactory(D2D1_FACTORY_TYPE_SINGLE_THREADED, __uuidof(ID2D1Factory), nullptr,
+                                       drawing_.PutVoid())) &&
+           SUCCEEDED(DWriteCreateFactory(DWRITE_FACTORY_TYPE_SHARED, __uuidof(IDWriteFactory),
+                                         reinterpret_cast<IUnknown**>(writing_.Put())));
+}
+
+void DrawCanvas::Release() {
+    valid_ = false;
+    stroke_.Reset();
+    textFormat_.Reset();
+    brush_.Reset();
+    renderTarget_.Reset();
+    writing_.Reset();
+    drawing_.Reset();
+}
+
+int DrawCanvas::CreatedCount() {
+    return canvasesCreated;
+}
+
+void ReportDeviceLost(int count) {
+    deviceLossesToReport = count;
+}
+
+void DrawCanvas::BeginDraw() {
+    if (!valid_) return;
+    renderTarget_->BeginDraw();
+    const D2D1_MATRIX_3X2_F identity{{{1.0f, 0.0f, 0.0f, 1.0f, 0.0f, 0.0f}}};
+    renderTarget_->SetTransform(&identity);
+}
+
+DrawResult DrawCanvas::EndDraw() {
+    if (!valid_) return DrawResult::Failed;
+    HRESULT result = renderTarget_->EndDraw();
+    if (deviceLossesToReport > 0) {
+        --deviceLossesToReport;
+        result = D2DERR_RECREATE_TARGET;
+    }
+    if (result == static_cast<HRESULT>(D2DERR_RECREATE_TARGET)) return DrawResult::DeviceLost;
+    return SUCCEEDED(result) ? DrawResult::Drawn : DrawResult::Failed;
+}
+
+float DrawCanvas::PlaceX(float x, bool pixels) const {
+    return pixels ? (x - static_cast<float>(target_.left)) * scale_ : x;
+}
+
+float DrawCanvas::PlaceY(float y, bool pixels) const {
+    return pixels ? (y - static_cast<float>(target_.top)) * scale_ : y;
+}
+
+D2D1_RECT_F DrawCanvas::Place(const CanvasRect& rect, bool pixels) const {
+    return {PlaceX(rect.left, pixels), PlaceY(rect.top, pixels), PlaceX(rect.right, pixels),
+            PlaceY(rect.bottom, pixels)};
+}
+
+ID2D1SolidColorBrush* DrawCanvas::BrushOf(const Color8& colour) {
+    if (!brush_ || !(brushColour_ == colour)) {
+        brush_.Reset();
+        if (FAILED(renderTarget_->CreateSolidColorBrush(ToFloatColour(colour), brush_.Put()))) return nullptr;
+        brushColour_ = colour;
+    }
+    return brush_.Get();
+}
+
+IDWriteTextFormat* DrawCanvas::FormatOf(const TextFormat& format) {
+    TextFormat wanted = format;
+    if (wanted.family.empty()) wanted.family = L"MS Shell Dlg";
+    if (!(wanted.size > 0.0f)) wanted.size = 12.0f;
+    if (wanted.weight <= 0) wanted.weight = 400;
+    if (textFormat_ && textFormatMadeFrom_ == wanted) return textFormat_.Get();
+
+    textFormat_.Reset();
+    const std::wstring family = AvailableFamily(*writing_.Get(), wanted.family);
+    if (FAILED(writing_->CreateTextFormat(family.c_str(), nullptr,
+                                          static_cast<DWRITE_FONT_WEIGHT>(wanted.weight), wanted.style,
+                                          DWRITE_FONT_STRETCH_NORMAL, wanted.size, L"", textFormat_.Put()))) {
+        return nullptr;
+    }
+    textFormat_->SetTextAlignment(wanted.textAlignment);
+    textFormat_->SetParagraphAlignment(wanted.paragraphAlignment);
+    textFormat_->SetWordWrapping(wanted.wrap ? DWRITE_WORD_WRAPPING_WRAP : DWRITE_WORD_WRAPPING_NO_WRAP);
+    textFormatMadeFrom_ = wanted;
+    return textFormat_.Get();
+}
+
+void DrawCanvas::Clear(const Color8& colour) {
+    if (!valid_) return;
+    const D2D1_COLOR_F value = ToFloatColour(colour);
+    renderTarget_->Clear(&value);
+}
+
+void DrawCanvas::DrawLine(CanvasPoint from, CanvasPoint to, float width, const Color8& colour, bool pixels) {
+    if (!valid_) return;
+    if (!stroke_) {
+        D2D1_STROKE_STYLE_PROPERTIES properties{};
+        properties.lineJoin = D2D1_LINE_JOIN_MITER;
+        properties.miterLimit = 10.0f;
+        properties.dashStyle = D2D1_DASH_STYLE_SOLID;
+        if (FAILED(drawing_->CreateStrokeStyle(&properties, nullptr, 0, stroke_.Put()))) return;
+    }
+    ID2D1SolidColorBrush* const brush = BrushOf(colour);
+    if (brush == nullptr) return;
+    renderTarget_->DrawLine({PlaceX(from.x, pixels), PlaceY(from.y, pixels)},
+                            {PlaceX(to.x, pixels), PlaceY(to.y, pixels)}, brush, width, stroke_.Get());
+}
+
+void DrawCanvas::DrawPicture(const Image& picture, const CanvasRect& rect, bool pixels) {
+    if (!valid_ || !picture.IsValid() || IsEmptyRect(rect)) return;
+    const float width = rect.right - rect.left, height = rect.bottom - rect.top;
+    const Image reduced = ReducedToFit(picture, width, height);
+    const Image shown =
+        ToScreenPicture(reduced.IsValid() ? reduced : picture, renderTarget_->GetMaximumBitmapSize());
+    if (!shown.IsValid()) return;
+
+    D2D1_BITMAP_PROPERTIES properties{};
+    properties.pixelFormat = {DXGI_FORMAT_B8G8R8A8_UNORM, D2D1_ALPHA_MODE_PREMULTIPLIED};
+    properties.dpiX = properties.dpiY = 96.0f;
+    ComPtr<ID2D1Bitmap> bitmap;
+    if (FAILED(renderTarget_->CreateBitmap({shown.width, shown.height}, shown.pixels.get(), shown.stride,
+                                           properties, bitmap.Put()))) {
+        return;
+    }
+    const D2D1_RECT_F target = Place(rect, pixels);
+    const D2D1_RECT_F source{0.0f, 0.0f, static_cast<float>(shown.width), static_cast<float>(shown.height)};
+    renderTarget_->DrawBitmap(bitmap.Get(), &target, 1.0f, D2D1_BITMAP_INTERPOLATION_MODE_LINEAR, &source);
+}
+
+void DrawCanvas::DrawString(const CanvasRect& rect, std::wstring_view text, const TextFormat& format,
+                            const Color8& colour, bool colourFont, bool clip, bool pixels) {
+    if (!valid_ || text.empty()) return;
+    IDWriteTextFormat* const textFormat = FormatOf(format);
+    ID2D1SolidColorBrush* const brush = BrushOf(colour);
+    if (textFormat == nullptr || brush == nullptr) return;
+    const D2D1_RECT_F place = Place(rect, pixels);
+    ComPtr<IDWriteTextLayout> layout;
+    if (FAILED(writing_->CreateTextLayout(text.data(), static_cast<UINT32>(text.size()), textFormat,
+                                          std::max(0.0f, place.right - place.left),
+                                          std::max(0.0f, place.bottom - place.top), layout.Put()))) {
+        return;
+    }
+    int options = D2D1_DRAW_TEXT_OPTIONS_NONE;
+    if (colourFont) options |= D2D1_DRAW_TEXT_OPTIONS_ENABLE_COLOR_FONT;
+    if (clip) options |= D2D1_DRAW_TEXT_OPTIONS_CLIP;
+    // Not every system heeds the text option.
+    if (clip) renderTarget_->PushAxisAlignedClip(place, D2D1_ANTIALIAS_MODE_ALIASED);
+    renderTarget_->DrawTextLayout({place.left, place.top}, layout.Get(), brush,
+                                  static_cast<D2D1_DRAW_TEXT_OPTIONS>(options));
+    if (clip) renderTarget_->PopAxisAlignedClip();
+}
+
+}  // namespace skyvault

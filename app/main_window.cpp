@@ -1,0 +1,162 @@
+#include "app/main_window.h"
+
+#include <new>
+
+#include "app/menu_commands.h"
+#include "app/message_box.h"
+#include "resources/resource_ids.h"
+#include "session/commands.h"
+
+namespace skyvault {
+
+MainWindowClass::MainWindowClass(HINSTANCE instance)
+    : instance_(instance),
+      smallIcon_(static_cast<HICON>(LoadImageW(instance, MAKEINTRESOURCEW(IDI_SKYVAULT), IMAGE_ICON,
+                                               GetSystemMetrics(SM_CXSMICON), GetSystemMetrics(SM_CYSMICON),
+                                               LR_DEFAULTCOLOR))) {
+    WNDCLASSEXW windowClass{};
+    windowClass.cbSize = sizeof windowClass;
+    windowClass.style = CS_HREDRAW | CS_VREDRAW;
+    windowClass.lpfnWndProc = MainWindow::Procedure;
+    windowClass.hInstance = instance;
+    windowClass.hIcon = LoadIconW(instance, MAKEINTRESOURCEW(IDI_SKYVAULT));
+    windowClass.hIconSm = smallIcon_;
+    windowClass.hCursor = LoadCursorW(nullptr, IDC_ARROW);
+    windowClass.hbrBackground = reinterpret_cast<HBRUSH>(static_cast<INT_PTR>(COLOR_WINDOW + 1));
+    windowClass.lpszMenuName = MAKEINTRESOURCEW(IDM_MAIN);
+    windowClass.lpszClassName = kName;
+    RegisterClassExW(&windowClass);
+}
+
+MainWindowClass::~MainWindowClass() {
+    UnregisterClassW(kName, instance_);
+    if (smallIcon_ != nullptr) DestroyIcon(smallIcon_);
+}
+
+MainWindow::~MainWindow() {
+    if (window_ != nullptr) DestroyWindow(window_);
+}
+
+bool MainWindow::Create() {
+    const ScreenRect rect = session_.settings.windowRect;
+    CreateWindowExW(0, MainWindowClass::kName, kProgramName, WS_OVERLAPPEDWINDOW, rect.left, rect.top,
+                    rect.right - rect.left, rect.bottom - rect.top, nullptr, nullptr, instance_, this);
+    return window_ != nullptr;
+}
+
+LRESULT CALLBACK MainWindow::Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept {
+    if (message == WM_NCCREATE) {
+        auto* const self = static_cast<MainWindow*>(reinterpret_cast<CREATESTRUCTW*>(lParam)->lpCreateParams);
+        SetWindowLongPtrW(window, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(self));
+        self->window_ = window;
+        self->host_.SetWindow(window);
+    }
+    auto* const self = reinterpret_cast<MainWindow*>(GetWindowLongPtrW(window, GWLP_USERDATA));
+    if (self == nullptr) return DefWindowProcW(window, message, wParam, lParam);
+    if (message == WM_NCDESTROY) {
+        SetWindowLongPtrW(window, GWLP_USERDATA, 0);
+        self->window_ = nullptr;
+        self->host_.SetWindow(nullptr);
+        return DefWindowProcW(window, message, wParam, lParam);
+    }
+    try {
+        return self->OnMessage(message, wParam, lParam);
+    } catch (const std::bad_alloc&) {
+        // Texts and lists are small, but memory may be full of pictures.
+        ShowMessage(L"Out of memory", true);
+        return 0;
+    }
+}
+
+LRESULT MainWindow::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
+    switch (message) {
+        case WM_DESTROY:
+            PostQuitMessage(0);
+            return 0;
+        case WM_CLOSE:
+            if (busy_) return 0;
+            break;
+        case WM_MOVE:
+            StoreRect();
+            return 0;
+        case WM_SIZE:
+            OnSize();
+            return 0;
+        case WM_DPICHANGED: {
+            const RECT& place = *reinterpret_cast<const RECT*>(lParam);
+            SetWindowPos(window_, nullptr, place.left, place.top, place.right - place.left,
+                         place.bottom - place.top, SWP_NOZORDER | SWP_NOACTIVATE);
+            return 0;
+        }
+        case WM_ERASEBKGND:
+            if (PaintsEverything()) return 1;
+            break;
+        case WM_PAINT:
+            OnPaint();
+            return 0;
+        case WM_KEYDOWN:
+            if (const std::uint16_t command = CommandOfKey(wParam); command != 0) {
+                OnCommand(command);
+                return 0;
+            }
+            break;
+        case WM_CHAR:
+            if (const std::uint16_t command = CommandOfCharacter(wParam); command != 0) OnCommand(command);
+            return 0;
+        case WM_COMMAND:
+            OnCommand(LOWORD(wParam));
+            return 0;
+        default:
+            break;
+    }
+    return DefWindowProcW(window_, message, wParam, lParam);
+}
+
+void MainWindow::OnCommand(std::uint16_t command) {
+    if (busy_) return;
+    struct Busy {
+        bool& flag;
+        explicit Busy(bool& f) : flag(f) { flag = true; }
+        ~Busy() { flag = false; }
+    };
+    {
+        const Busy busy(busy_);
+        RunMenuCommand(window_, instance_, session_, command);
+        if (refreshWhenDone_) {
+            refreshWhenDone_ = false;
+            Refresh(session_);
+        }
+    }
+}
+
+void MainWindow::OnSize() {
+    // A minimised window has a place far off the screen and no client area: neither is worth keeping.
+    if (IsIconic(window_)) return;
+    StoreRect();
+    host_.ReleaseCanvas();
+    if (session_.panorama == nullptr) return;
+    if (busy_) {
+        refreshWhenDone_ = true;
+    } else {
+        Refresh(session_);
+    }
+}
+
+void MainWindow::OnPaint() {
+    PAINTSTRUCT paint;
+    BeginPaint(window_, &paint);
+    if (session_.panorama != nullptr) host_.Show(session_.panorama->resultPicture);
+    EndPaint(window_, &paint);
+}
+
+void MainWindow::StoreRect() {
+    RECT rect{};
+    if (IsIconic(window_) || !GetWindowRect(window_, &rect)) return;
+    session_.settings.windowRect = {rect.left, rect.top, rect.right, rect.bottom};
+}
+
+bool MainWindow::PaintsEverything() const {
+    return session_.panorama != nullptr && session_.panorama->resultPicture.IsValid() && host_.CanShow();
+}
+
+}  // namespace skyvault

@@ -1,0 +1,62 @@
+// The program's only top-level window: its class, its messages, its keys.
+#pragma once
+
+#include <windows.h>
+
+#include "app/window_host.h"
+#include "session/session.h"
+
+namespace skyvault {
+
+/// The window class "Skyvault", registered while this lives.
+class MainWindowClass {
+  public:
+    explicit MainWindowClass(HINSTANCE instance);
+    ~MainWindowClass();
+    MainWindowClass(const MainWindowClass&) = delete;
+    MainWindowClass& operator=(const MainWindowClass&) = delete;
+
+    static constexpr const wchar_t* kName = L"Skyvault";
+
+  private:
+    HINSTANCE instance_;
+    HICON smallIcon_;
+};
+
+class MainWindow {
+  public:
+    /// The references are kept.
+    MainWindow(HINSTANCE instance, Session& session, WindowHost& host)
+        : instance_(instance), session_(session), host_(host) {}
+    ~MainWindow();
+    MainWindow(const MainWindow&) = delete;
+    MainWindow& operator=(const MainWindow&) = delete;
+
+    /// Creates the window at the place the settings name, not yet visible; its class must be registered.
+    /// The host shows pictures in it from then on.
+    bool Create();
+    HWND Handle() const { return window_; }
+
+    /// The window procedure of the class.
+    static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept;
+
+  private:
+    LRESULT OnMessage(UINT message, WPARAM wParam, LPARAM lParam);
+    void OnCommand(std::uint16_t command);
+    void OnSize();
+    void OnPaint();
+    void StoreRect();
+    /// Whether painting covers the whole client area, so that nothing needs to be erased before.
+    bool PaintsEverything() const;
+
+    HINSTANCE instance_;
+    Session& session_;
+    WindowHost& host_;
+    HWND window_ = nullptr;
+    /// A command is running. Its message boxes let other messages in, but no second command: that could
+    /// take away the panorama the first one works on.
+    bool busy_ = false;
+    bool refreshWhenDone_ = false;
+};
+
+}  // namespace skyvault

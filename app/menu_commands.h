@@ -1,0 +1,21 @@
+// From keys to menu commands, and the menu commands that are the window's own.
+#pragma once
+
+#include <windows.h>
+
+#include <cstdint>
+
+#include "session/session.h"
+
+namespace skyvault {
+
+/// The menu command a key stands for; 0 for keys that stand for none. Every key does exactly what its menu
+/// item does.
+std::uint16_t CommandOfKey(WPARAM virtualKey);
+/// The same for typed characters.
+std::uint16_t CommandOfCharacter(WPARAM character);
+
+/// Runs a menu command of the session or of the window; false for unknown numbers.
+bool RunMenuCommand(HWND window, HINSTANCE instance, Session& session, std::uint16_t command);
+
+}  // namespace skyvault

@@ -1,0 +1,78 @@
+#include "app/program.h"
+
+#include <commctrl.h>
+#include <objbase.h>
+
+#include "app/main_window.h"
+#include "app/screen.h"
+#include "app/window_host.h"
+#include "platform/files.h"
+#include "session/commands.h"
+#include "settings/settings_file.h"
+
+namespace skyvault {
+namespace {
+
+class ComApartment {
+  public:
+    ComApartment() : initialised_(SUCCEEDED(CoInitialize(nullptr))) {}
+    ~ComApartment() {
+        if (initialised_) CoUninitialize();
+    }
+    ComApartment(const ComApartment&) = delete;
+    ComApartment& operator=(const ComApartment&) = delete;
+    bool IsInitialised() const { return initialised_; }
+
+  private:
+    bool initialised_;
+};
+
+int RunMessageLoop() {
+    MSG message{};
+    while (GetMessageW(&message, nullptr, 0, 0) > 0) {
+        TranslateMessage(&message);
+        DispatchMessageW(&message);
+    }
+    return static_cast<int>(message.wParam);
+}
+
+/// From the codecs to the released canvas: everything that needs COM.
+int RunWithCom(Session& session, WindowHost& host) {
+    const ComApartment com;
+    if (!com.IsInitialised() || !host.BuildFileFilters()) return 0;
+    host.UpdateMenuChecks();
+    const int result = RunMessageLoop();
+    session.panorama.reset();
+    host.ReleaseCanvas();
+    return result;
+}
+
+}  // namespace
+
+int RunSkyvault(HINSTANCE instance, int showCommand) {
+    // The progress box paints itself while a long command runs; without this the system would lay a
+    // picture of the window as "not responding" over it after five seconds.
+    DisableProcessWindowsGhosting();
+    const INITCOMMONCONTROLSEX controls{sizeof controls, ICC_STANDARD_CLASSES | ICC_PROGRESS_CLASS};
+    InitCommonControlsEx(&controls);
+
+    const MainWindowClass windowClass(instance);
+    AppState settings = DefaultAppState();
+    settings.windowRect = DefaultWindowRectOfScreen();
+    LoadSettings(settings, SettingsPath(ProgramFolder()), VirtualScreen());
+
+    WindowHost host(settings);
+    Session session{settings, host, nullptr, {}};
+    MainWindow window(instance, session, host);
+    if (!window.Create()) return 0;
+    host.SetSession(&session);
+    ShowWindow(window.Handle(), showCommand);
+    UpdateWindow(window.Handle());
+    host.SetUpProgress(instance);
+
+    const int result = RunWithCom(session, host);
+    SaveSettings(settings, SettingsPath(ProgramFolder()), host);
+    return result;
+}
+
+}  // namespace skyvault

@@ -1,0 +1,13 @@
+// The whole desktop program, from start-up to the saved settings.
+#pragma once
+
+#include <windows.h>
+
+namespace skyvault {
+
+/// Runs until the main window is closed. showCommand: as ShowWindow takes it.
+/// Returns the quit message's value; 0 when the window cannot be created (nothing is saved then) or when
+/// start-up ends before the message loop.
+int RunSkyvault(HINSTANCE instance, int showCommand);
+
+}  // namespace skyvault

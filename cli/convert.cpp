@@ -1,0 +1,126 @@
+#include "cli/convert.h"
+
+#include "cli/console_feedback.h"
+#include "cli/terminal.h"
+#include "image/picture_codec.h"
+#include "image/picture_files.h"
+#include "platform/files.h"
+#include "platform/parallel_rows.h"
+#include "platform/path_text.h"
+#include "session/progress_scope.h"
+#include "settings/settings_file.h"
+
+namespace skyvault {
+
+namespace {
+
+std::wstring Quoted(const std::wstring& path) {
+    return L"\"" + path + L"\"";
+}
+
+ExitStatus Fail(const std::wstring& reason) {
+    WriteMessage(reason);
+    return kFailed;
+}
+
+/// The failure of an import or export in one line: the engine's own words when it said any, with the file
+/// they are about.
+ExitStatus FailAbout(const std::wstring& path, const ConsoleFeedback& feedback,
+                     const std::wstring& otherwise) {
+    const std::wstring& told = feedback.FirstError();
+    if (told.empty()) return Fail(otherwise + L" " + Quoted(path));
+    return Fail(told.find(path) != std::wstring::npos ? told : told + L": " + Quoted(path));
+}
+
+/// The defaults of a console run. Unlike the window's they name no folders of the user, and make none.
+AppState DefaultSettings() {
+    AppState settings;
+    settings.logo = JoinPath(JoinPath(JoinPath(ProgramFolder(), L"Media"), L"Skins"), L"Logo.png");
+    return settings;
+}
+
+/// Why nothing can be written there, found out before the work; empty when nothing speaks against it.
+std::wstring OutputObstacle(const ConvertOptions& options) {
+    const std::wstring& path = options.output;
+    const std::wstring start = L"Could not write " + Quoted(path) + L": ";
+    if (FolderExists(path)) return start + L"it is a folder";
+    const std::wstring folder(FolderPart(path));
+    if (!folder.empty() && !FolderExists(folder)) return start + L"there is no folder " + Quoted(folder);
+    const std::wstring extension = UpperExtension(FileNamePart(path));
+    const bool picture = options.to->saveDialog == FileDialogKind::SavePicture;
+    if (picture && extension != L"DDS" && ContainerOfExtension(extension) == PictureContainer::None) {
+        return start + L"its extension is none of bmp gif heic jpg png tif";
+    }
+    return {};
+}
+
+float Radians(float degrees) {
+    return static_cast<float>(static_cast<double>(degrees) * 0.017453292519943295);
+}
+
+void Modify(Modifications& modifications, const ConvertOptions& options) {
+    for (const HeadingPitchRoll& turn : options.turns) {
+        RotatePanorama(modifications, Radians(turn.heading), Radians(turn.pitch), Radians(turn.roll));
+    }
+    if (options.horizon) modifications.horizonPower = *options.horizon;
+    if (options.logoSize) modifications.logoSize = *options.logoSize;
+    modifications.flipHorizontal = options.flipHorizontal;
+    modifications.mirrorTopToBottom = options.mirrorTopToBottom;
+    modifications.mirrorFrontToBack = options.mirrorFrontToBack;
+}
+
+}  // namespace
+
+ExitStatus RunConvert(const ConvertOptions& options) {
+    if (!options.from->importReady) {
+        return Fail(std::wstring(options.from->name) + L" cannot be read by this version: " +
+                    Quoted(options.inputs.front()));
+    }
+    if (!options.to->ExportReady()) {
+        return Fail(std::wstring(options.to->name) + L" cannot be written by this version: " +
+                    Quoted(options.output));
+    }
+    const std::wstring obstacle = OutputObstacle(options);
+    if (!obstacle.empty()) return Fail(obstacle);
+
+    AppState settings = DefaultSettings();
+    if (!options.settingsFile.empty()) {
+        LoadSettings(settings, options.settingsFile, {});
+        if (!settings.settingsLoaded) return Fail(L"Could not open " + Quoted(options.settingsFile));
+    }
+    for (const auto& [setting, value] : options.settings) SetFromText(settings, *setting, value);
+    SetThreadCount(options.threads);
+
+    ConsoleFeedback feedback(options.quiet);
+    std::wstring infoLog;
+    bool imported = false;
+    bool exported = false;
+    {
+        const ProgressScope progress(feedback);
+        Panorama panorama(feedback, settings, nullptr, options.inputs, options.from->format);
+        imported = !panorama.IsEmpty() && feedback.FirstError().empty();
+        if (imported) {
+            Modify(panorama.modifications, options);
+            const Camera camera{Radians(options.camera.heading), Radians(options.camera.pitch),
+                                Radians(options.camera.roll)};
+            exported = options.to->exportTo(panorama, options.output, camera, infoLog);
+        }
+    }
+    if (!imported) return FailAbout(options.inputs.front(), feedback, L"Could not open");
+    if (!exported) return FailAbout(options.output, feedback, L"Could not write");
+    if (!options.quiet) WriteText(OutputStream::Standard, infoLog);
+    return kDone;
+}
+
+ExitStatus RunInfo(const InfoOptions& options) {
+    const Image picture = LoadPicture(options.path);
+    if (!picture.IsValid()) return Fail(L"Could not open " + Quoted(options.path));
+    const std::wstring faceSize = std::to_wstring(picture.width / 4);
+    WriteText(OutputStream::Standard,
+              PictureInfo(options.path, picture.width, picture.height, picture.format) + L"Frames\t\t" +
+                  std::to_wstring(picture.frameCount) + L"\nPanorama\tfaces " + faceSize + L" x " + faceSize +
+                  L"\n");
+    return kDone;
+}
+
+}  // namespace skyvault

@@ -1,0 +1,73 @@
+#include "cli/help.h"
+
+namespace skyvault {
+
+namespace {
+
+/// The console names of the layouts that fit, indented, in lines of at most 78 columns.
+std::string LayoutNames(bool (*fits)(const LayoutRow&)) {
+    std::string text = " ";
+    std::size_t column = text.size();
+    for (const LayoutRow& layout : Layouts()) {
+        if (!fits(layout)) continue;
+        const std::string word = layout.consoleName;
+        if (column + 1 + word.size() > 78) {
+            text += "\n ";
+            column = 1;
+        }
+        text += " " + word;
+        column += 1 + word.size();
+    }
+    return text + "\n";
+}
+
+bool CanRead(const LayoutRow& layout) {
+    return IsImportLayout(layout) && layout.importReady;
+}
+bool CanWrite(const LayoutRow& layout) {
+    return IsExportLayout(layout) && layout.ExportReady();
+}
+
+}  // namespace
+
+bool IsImportLayout(const LayoutRow& layout) {
+    return layout.importCommand != 0 && layout.format < PanoramaFormat::Preview;
+}
+
+bool IsExportLayout(const LayoutRow& layout) {
+    return layout.exportCommand != 0 && layout.format <= PanoramaFormat::Html;
+}
+
+std::string MainFooter() {
+    return "Exit status: 0 done, 1 failed, 2 wrong usage, 130 interrupted.\n\n"
+           "COMMAND --help describes a command.\n\nExamples:\n"
+           "  skyvault-cli convert --from equirectangular --to preview lake.jpg view.png\n"
+           "  skyvault-cli info lake.jpg";
+}
+
+std::string ConvertFooter() {
+    return "Layouts this version reads (--from):\n" + LayoutNames(CanRead) +
+           "Layouts this version writes (--to):\n" + LayoutNames(CanWrite) +
+           "\n"
+           "OUTPUT's extension chooses the file type: bmp gif heic jpg png tif. An older file is\n"
+           "replaced once the new one is whole. The written file is described on stdout.\n\n"
+           "Examples:\n"
+           "  Turn a panorama 90 degrees to the right and level it by two degrees of roll:\n"
+           "    skyvault-cli convert --from equirectangular --to equirectangular \\\n"
+           "        --turn 90,0,0 --turn 0,0,-2 lake.jpg turned.jpg\n"
+           "  An 8192 x 4096 panorama with 16 bits per channel and its alpha channel kept:\n"
+           "    skyvault-cli convert --from equirectangular --to equirectangular \\\n"
+           "        --set Resolution1=5 --set Transparency=Y in.tif out.png\n"
+           "  What a camera sees that looks to the left and a little up, in 1920 x 1080:\n"
+           "    skyvault-cli convert --from equirectangular --to preview --set Resolution3=1 \\\n"
+           "        --set PreviewFOV=0.5 --camera -90,-10,0 lake.jpg view.png";
+}
+
+std::string InfoFooter() {
+    return "Prints path, size, resolution, pixel format, number of frames, and the cube faces a\n"
+           "panorama of the picture would have; tab-separated, one a line.\n\n"
+           "Example:\n"
+           "  skyvault-cli info \"Mountain lake.jpg\"";
+}
+
+}  // namespace skyvault

@@ -1,0 +1,231 @@
+#include "cli/options.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <array>
+#include <memory>
+
+#include "cli/help.h"
+#include "platform/utf8.h"
+#include "settings/number_text.h"
+
+namespace skyvault {
+
+namespace {
+
+/// What the parser throws at a value that has the right place but the wrong form.
+[[noreturn]] void Refuse(const std::string& reason) {
+    throw CLI::ValidationError(reason);
+}
+
+float ParseNumber(const std::string& option, const std::string& text) {
+    float value = 0;
+    if (!ParseWholeFloat(FromUtf8(text), value)) Refuse(option + " takes a number, not \"" + text + "\"");
+    return value;
+}
+
+HeadingPitchRoll ParseAngles(const std::string& option, const std::string& text) {
+    std::array<float, 3> angles{};
+    const std::wstring wide = FromUtf8(text);
+    std::wstring_view rest = wide;
+    for (std::size_t i = 0; i < angles.size(); ++i) {
+        const bool last = i + 1 == angles.size();
+        const std::size_t end = last ? rest.size() : rest.find(L',');
+        if (end == std::wstring_view::npos || !ParseWholeFloat(rest.substr(0, end), angles[i])) {
+            Refuse(option + " takes three angles in degrees as HEADING,PITCH,ROLL, not \"" + text + "\"");
+        }
+        rest.remove_prefix(last ? end : end + 1);
+    }
+    return {angles[0], angles[1], angles[2]};
+}
+
+/// The form of a settings value, for the message about one that does not fit.
+std::string FormOf(const Setting& setting) {
+    struct {
+        std::string operator()(std::int32_t AppState::*) const { return "a whole number"; }
+        std::string operator()(float AppState::*) const { return "a number"; }
+        std::string operator()(bool AppState::*) const { return "Y or N"; }
+        std::string operator()(std::wstring AppState::*) const { return "a text"; }
+        std::string operator()(Color8 AppState::*) const { return "RED,GREEN,BLUE, each 0 to 255"; }
+        std::string operator()(ScreenRect AppState::*) const { return "LEFT,TOP,RIGHT,BOTTOM"; }
+    } form;
+    return std::visit(form, setting.field);
+}
+
+std::pair<const Setting*, std::wstring> ParseSetting(const std::string& text) {
+    const std::size_t equals = text.find('=');
+    if (equals == std::string::npos) Refuse("--set takes KEY=VALUE, not \"" + text + "\"");
+    const std::string key = text.substr(0, equals);
+    const std::wstring value = FromUtf8(std::string_view(text).substr(equals + 1));
+    const Setting* setting = FindSetting(FromUtf8(key));
+    if (setting == nullptr) Refuse("--set: there is no setting \"" + key + "\"");
+    AppState scratch;
+    if (!SetFromText(scratch, *setting, value)) {
+        Refuse("--set: " + key + " takes " + FormOf(*setting) + ", not \"" + ToUtf8(value) + "\"");
+    }
+    return {setting, value};
+}
+
+const LayoutRow* ParseLayout(const std::string& option, const std::string& name,
+                             bool (*fits)(const LayoutRow&)) {
+    const LayoutRow* layout = LayoutOfConsoleName(name);
+    if (layout == nullptr || !fits(*layout)) {
+        const bool exists = layout != nullptr && IsExportLayout(*layout);
+        Refuse(exists ? "\"" + name + "\" can be written, but not read: it goes after --to only"
+                      : option + ": there is no layout \"" + name + "\"");
+    }
+    return layout;
+}
+
+/// The usage line names the files by what they are for.
+class HelpFormatter : public CLI::Formatter {
+  public:
+    HelpFormatter() {
+        column_width(34);
+        label("REQUIRED", "(required)");
+    }
+    std::string make_usage(const CLI::App* app, std::string) const override {
+        const std::string name = app->get_name();
+        if (name == "convert")
+            return "Usage: skyvault-cli convert --from LAYOUT --to LAYOUT [OPTIONS] INPUT... OUTPUT\n";
+        if (name == "info") return "Usage: skyvault-cli info FILE\n";
+        return "Usage: skyvault-cli COMMAND ...\n";
+    }
+};
+
+/// What the parser collects as text; Checked makes the real options of it.
+struct ConvertTexts {
+    std::string from, to, settingsFile;
+    std::optional<std::string> horizon, logoSize, camera, threads;
+    std::vector<std::string> settings, turns, files;
+    ConvertOptions options;
+};
+
+void DefineConvert(CLI::App& app, ConvertTexts& texts) {
+    CLI::App& convert = *app.add_subcommand("convert", "Turns a panorama from one layout into another");
+    convert.footer(ConvertFooter());
+    convert.add_option("--from", texts.from, "The layout of INPUT")->required()->type_name("LAYOUT");
+    convert.add_option("--to", texts.to, "The layout of OUTPUT")->required()->type_name("LAYOUT");
+    convert.add_option("--set", texts.settings, "Sets a setting by its key in the settings file; repeatable")
+        ->allow_extra_args(false)
+        ->type_name("KEY=VALUE");
+    convert
+        .add_option("--settings", texts.settingsFile, "Reads a settings file first; without it defaults hold")
+        ->type_name("FILE");
+    convert
+        .add_option("--turn", texts.turns,
+                    "Turns the panorama by these degrees; repeatable, in the order given")
+        ->allow_extra_args(false)
+        ->type_name("H,P,R");
+    convert
+        .add_option("--horizon", texts.horizon, "Moves the horizon: above 1 up, below 1 down, 1 not at all")
+        ->type_name("P");
+    convert.add_option("--logo-size", texts.logoSize, "Size of the logo at the nadir, 0 (none) to 1")
+        ->type_name("S");
+    convert.add_flag("--flip-horizontal", texts.options.flipHorizontal,
+                     "Exchanges the front with the right, the back with the left");
+    convert.add_flag("--mirror-top-to-bottom", texts.options.mirrorTopToBottom,
+                     "Shows the upper half below, too");
+    convert.add_flag("--mirror-front-to-back", texts.options.mirrorFrontToBack,
+                     "Shows the front half behind, too");
+    convert.add_option("--camera", texts.camera, "Where the preview looks, in degrees")->type_name("H,P,R");
+    convert.add_option("--threads", texts.threads, "Threads to work with; 0: one per core")->type_name("N");
+    convert.add_flag("-q,--quiet", texts.options.quiet, "Prints nothing but errors");
+    convert
+        .add_option("FILES", texts.files,
+                    "INPUT... OUTPUT: a picture (six for single-files), and the file to write")
+        ->type_name("");
+}
+
+ConvertOptions Checked(ConvertTexts& texts) {
+    ConvertOptions options = texts.options;
+    options.from = ParseLayout("--from", texts.from, IsImportLayout);
+    options.to = ParseLayout("--to", texts.to, IsExportLayout);
+    options.settingsFile = FromUtf8(texts.settingsFile);
+    for (const std::string& text : texts.settings) options.settings.push_back(ParseSetting(text));
+    for (const std::string& text : texts.turns) options.turns.push_back(ParseAngles("--turn", text));
+    if (texts.horizon) options.horizon = ParseNumber("--horizon", *texts.horizon);
+    if (texts.logoSize) {
+        options.logoSize = ParseNumber("--logo-size", *texts.logoSize);
+        if (*options.logoSize < 0 || *options.logoSize > 1) {
+            Refuse("--logo-size goes from 0 to 1, not \"" + *texts.logoSize + "\"");
+        }
+    }
+    if (texts.threads && (!ParseWholeInteger(FromUtf8(*texts.threads), options.threads) ||
+                          options.threads < 0 || options.threads > 1024)) {
+        Refuse("--threads takes a number from 0 to 1024, not \"" + *texts.threads + "\"");
+    }
+    if (texts.camera) options.camera = ParseAngles("--camera", *texts.camera);
+
+    const std::size_t inputs = options.from->format == PanoramaFormat::SingleFiles ? 6 : 1;
+    if (texts.files.size() != inputs + 1) {
+        Refuse(std::string("--from ") + options.from->consoleName + " takes " +
+               (inputs == 1 ? "one INPUT" : "six INPUTs (front right back left top bottom)") +
+               " and one OUTPUT, not " + std::to_string(texts.files.size()) +
+               (texts.files.size() == 1 ? " file" : " files"));
+    }
+    if (std::find(texts.files.begin(), texts.files.end(), "") != texts.files.end())
+        Refuse("A file name is empty");
+    for (std::size_t i = 0; i < inputs; ++i) options.inputs.push_back(FromUtf8(texts.files[i]));
+    options.output = FromUtf8(texts.files.back());
+    return options;
+}
+
+Announcement WrongUsage(std::string reason, const std::string& command) {
+    while (!reason.empty() && (reason.back() == '\n' || reason.back() == '.')) reason.pop_back();
+    std::replace(reason.begin(), reason.end(), '\n', ' ');
+    const std::string help = "skyvault-cli " + (command.empty() ? "" : command + " ") + "--help";
+    return {kWrongUsage, FromUtf8("skyvault-cli: " + reason + "\nTry \"" + help + "\".\n")};
+}
+
+}  // namespace
+
+Command ParseArguments(const std::vector<std::wstring>& arguments) {
+    CLI::App app("Converts 360-degree panorama pictures between layouts.", "skyvault-cli");
+    app.allow_windows_style_options(false);  // "/home" is a folder
+    app.set_version_flag("--version", "skyvault-cli " SKYVAULT_VERSION, "Prints the version and ends");
+    app.set_help_flag("-h,--help", "Prints this help and ends");
+    app.footer(MainFooter());
+    app.require_subcommand(1);
+    app.formatter(std::make_shared<HelpFormatter>());
+
+    ConvertTexts convertTexts;
+    DefineConvert(app, convertTexts);
+    CLI::App& info = *app.add_subcommand("info", "Describes a picture file");
+    std::string infoPath;
+    info.footer(InfoFooter());
+    info.add_option("FILE", infoPath, "The picture")->required()->type_name("");
+
+    std::vector<std::string> reversed;
+    for (auto argument = arguments.rbegin(); argument != arguments.rend(); ++argument) {
+        reversed.push_back(ToUtf8(*argument));
+    }
+    const auto command = [&]() -> std::string {
+        const std::vector<CLI::App*> chosen = app.get_subcommands();
+        return chosen.empty() ? "" : chosen.front()->get_name();
+    };
+    try {
+        app.parse(reversed);
+        if (command() == "info") {
+            if (infoPath.empty()) Refuse("A file name is empty");
+            return InfoOptions{FromUtf8(infoPath)};
+        }
+        return Checked(convertTexts);
+    } catch (const CLI::CallForHelp&) {
+        return Announcement{kDone, FromUtf8(app.help())};
+    } catch (const CLI::CallForVersion& version) {
+        return Announcement{kDone, FromUtf8(version.what()) + L"\n"};
+    } catch (const CLI::RequiredError& error) {
+        // Something mistyped is the likelier cause.
+        for (const std::string& extra : app.remaining(true)) {
+            if (extra.starts_with("-")) return WrongUsage("There is no option " + extra, command());
+            if (command().empty()) return WrongUsage("There is no command \"" + extra + "\"", "");
+        }
+        if (command().empty()) return WrongUsage("What to do? Name a command: convert or info", "");
+        return WrongUsage(error.what(), command());
+    } catch (const CLI::ParseError& error) {
+        return WrongUsage(error.what(), command());
+    }
+}
+
+}  // namespace skyvault

@@ -1,0 +1,63 @@
+// The command line of skyvault-cli, read and checked before anything is done.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <utility>
+#include <variant>
+#include <vector>
+
+#include "session/layouts.h"
+#include "settings/settings_table.h"
+
+namespace skyvault {
+
+/// Exit statuses of the program.
+enum ExitStatus : int {
+    kDone = 0,
+    kFailed = 1,      ///< one line on stderr said why
+    kWrongUsage = 2,  ///< so did one line and a hint
+    kInterrupted = 130,
+};
+
+/// Degrees.
+struct HeadingPitchRoll {
+    float heading = 0, pitch = 0, roll = 0;
+};
+
+/// skyvault-cli convert
+struct ConvertOptions {
+    const LayoutRow* from = nullptr;  ///< never the preview, the web page or a generator
+    const LayoutRow* to = nullptr;    ///< never a generator
+    std::wstring settingsFile;        ///< empty: the program's defaults
+    std::vector<std::pair<const Setting*, std::wstring>> settings;  ///< each fits its type
+    std::vector<HeadingPitchRoll> turns;
+    std::optional<float> horizon;
+    std::optional<float> logoSize;  ///< 0..1
+    bool flipHorizontal = false;
+    bool mirrorTopToBottom = false;
+    bool mirrorFrontToBack = false;
+    HeadingPitchRoll camera;
+    std::vector<std::wstring> inputs;  ///< six for single files, else one
+    std::wstring output;
+    int threads = 0;  ///< 0: one per core
+    bool quiet = false;
+};
+
+/// skyvault-cli info
+struct InfoOptions {
+    std::wstring path;
+};
+
+/// Nothing to do but to say something and end: help on stdout, a usage error on stderr.
+struct Announcement {
+    ExitStatus status = kDone;
+    std::wstring text;  ///< whole lines
+};
+
+using Command = std::variant<Announcement, ConvertOptions, InfoOptions>;
+
+/// arguments: without the program's own name.
+Command ParseArguments(const std::vector<std::wstring>& arguments);
+
+}  // namespace skyvault

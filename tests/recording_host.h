@@ -1,0 +1,89 @@
+// A host that remembers what it was told, answers dialogs from a queue, and shows nothing.
+#pragma once
+
+#include <deque>
+#include <string>
+#include <vector>
+
+#include "session/host.h"
+
+namespace skyvault::test {
+
+class RecordingHost : public Host {
+  public:
+    struct Dialog {
+        FileDialogKind kind;
+        std::wstring startPath, title;
+    };
+
+    // What the test decides.
+    std::deque<std::wstring> answers;  ///< for AskForFile, the first one first; cancelled when there is none
+    StepSize modifierKeys = StepSize::Plain;
+    ClientSize clientSize{320, 200};
+    bool canShow = true;
+
+    // What the program did.
+    std::vector<std::wstring> information, errors, titles;
+    std::vector<Dialog> dialogs;
+    std::vector<Image> shown;  ///< copies
+    std::vector<float> progress;
+    std::vector<std::wstring> progressTexts;
+    int menuUpdates = 0;
+    bool progressOpen = false;
+    /// Every call but SetProgress in its order: "ask", "information", "error", "begin", "reset", "end",
+    /// "title", "checks", "show".
+    std::vector<std::string> calls;
+
+    void Information(const std::wstring& text) override {
+        calls.push_back("information");
+        information.push_back(text);
+    }
+    void Error(const std::wstring& text) override {
+        calls.push_back("error");
+        errors.push_back(text);
+    }
+    void BeginProgress() override {
+        calls.push_back("begin");
+        progressOpen = true;
+    }
+    void SetProgress(float fraction, std::wstring_view text) override {
+        if (!progressOpen) return;
+        progress.push_back(fraction);
+        progressTexts.emplace_back(text);
+    }
+    void ResetProgress() override { calls.push_back("reset"); }
+    void EndProgress() override {
+        calls.push_back("end");
+        progressOpen = false;
+    }
+    bool ProgressActive() const override { return progressOpen; }
+
+    ClientSize Size() const override { return clientSize; }
+    bool Show(const Image& picture) override {
+        calls.push_back("show");
+        shown.push_back(picture.CopyRect());
+        return true;
+    }
+    bool CanShow() const override { return canShow; }
+
+    std::wstring AskForFile(FileDialogKind kind, const std::wstring& startPath,
+                            const std::wstring& title) override {
+        calls.push_back("ask");
+        dialogs.push_back({kind, startPath, title});
+        if (answers.empty()) return {};
+        std::wstring answer = answers.front();
+        answers.pop_front();
+        return answer;
+    }
+    StepSize ModifierKeys() const override { return modifierKeys; }
+    void SetTitle(const std::wstring& title) override {
+        calls.push_back("title");
+        titles.push_back(title);
+    }
+    void UpdateMenuChecks() override {
+        calls.push_back("checks");
+        ++menuUpdates;
+    }
+};
+
+}  // namespace skyvault::test
