@@ -255,6 +255,7 @@ void Look(ColourRows& rows, const Image& image, const FewColours& few, IndexedPi
 }  // namespace
 
 bool MakeIndexed(const Image& image, PixelFormat wanted, IndexedPicture& indexed) {
+    indexed = IndexedPicture();
     if (!image.IsValid()) return false;
     try {
         ColourRows rows(image, wanted);

@@ -55,6 +55,10 @@ void ReadBmp(const Bytes& file, PictureHeader& header) {
     header.sound = bitsKnown && compression <= BitFields && (compression != Rle8 || bits == 8) &&
                    (compression != Rle4 || bits == 4) && (!packed || header.height == file.Little32(22)) &&
                    (bits > 8 || colours <= 1u << bits);
+    if (compression == BitFields && bits == 32) {
+        header.sound &=
+            file.Little32(54) == 0xff0000 && file.Little32(58) == 0xff00 && file.Little32(62) == 0xff;
+    }
     header.indirect = bits <= 16;
     header.alphaUnused = bits == 32 && (headerSize < kHeaderWithAlphaMask || file.Little32(66) == 0);
 }
