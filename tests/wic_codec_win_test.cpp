@@ -15,7 +15,6 @@ namespace skyvault {
 namespace {
 
 using test::TemporaryFolder;
-
 using enum PixelFormat;
 
 constexpr PixelFormat kAllFormats[] = {Grey8,   Grey16, GreyHalf, Rgb8,    Rgb16,
