@@ -6,18 +6,19 @@ namespace {
 
 /// The console names of the layouts that fit, indented, in lines of at most 78 columns.
 std::string LayoutNames(bool (*fits)(const LayoutRow&)) {
-    std::string text;
-    std::string line = " ";
+    std::string text = " ";
+    std::size_t column = text.size();
     for (const LayoutRow& layout : Layouts()) {
         if (!fits(layout)) continue;
-        const std::string word = std::string(" ") + layout.consoleName;
-        if (line.size() + word.size() > 78) {
-            text += line + "\n";
-            line = " ";
+        const std::string word = layout.consoleName;
+        if (column + 1 + word.size() > 78) {
+            text += "\n ";
+            column = 1;
         }
-        line += word;
+        text += " " + word;
+        column += 1 + word.size();
     }
-    return text + line + "\n";
+    return text + "\n";
 }
 
 bool CanRead(const LayoutRow& layout) {
@@ -39,10 +40,9 @@ bool IsExportLayout(const LayoutRow& layout) {
 
 std::string MainFooter() {
     return "Exit status: 0 done, 1 failed, 2 wrong usage, 130 interrupted.\n\n"
-           "Examples:\n"
+           "COMMAND --help describes a command.\n\nExamples:\n"
            "  skyvault-cli convert --from equirectangular --to preview lake.jpg view.png\n"
-           "  skyvault-cli info lake.jpg\n"
-           "  skyvault-cli convert --help";
+           "  skyvault-cli info lake.jpg";
 }
 
 std::string ConvertFooter() {

@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <array>
+#include <memory>
 
 #include "cli/help.h"
 #include "platform/utf8.h"
@@ -76,10 +77,26 @@ const LayoutRow* ParseLayout(const std::string& option, const std::string& name,
     return layout;
 }
 
+/// The usage line names the files by what they are for.
+class HelpFormatter : public CLI::Formatter {
+  public:
+    HelpFormatter() {
+        column_width(34);
+        label("REQUIRED", "(required)");
+    }
+    std::string make_usage(const CLI::App* app, std::string) const override {
+        const std::string name = app->get_name();
+        if (name == "convert")
+            return "Usage: skyvault-cli convert --from LAYOUT --to LAYOUT [OPTIONS] INPUT... OUTPUT\n";
+        if (name == "info") return "Usage: skyvault-cli info FILE\n";
+        return "Usage: skyvault-cli COMMAND ...\n";
+    }
+};
+
 /// What the parser collects as text; Checked makes the real options of it.
 struct ConvertTexts {
     std::string from, to, settingsFile;
-    std::optional<std::string> horizon, logoSize, camera;
+    std::optional<std::string> horizon, logoSize, camera, threads;
     std::vector<std::string> settings, turns, files;
     ConvertOptions options;
 };
@@ -87,35 +104,37 @@ struct ConvertTexts {
 void DefineConvert(CLI::App& app, ConvertTexts& texts) {
     CLI::App& convert = *app.add_subcommand("convert", "Turns a panorama from one layout into another");
     convert.footer(ConvertFooter());
-    convert.add_option("--from", texts.from, "The layout of INPUT")->required()->option_text("LAYOUT");
-    convert.add_option("--to", texts.to, "The layout of OUTPUT")->required()->option_text("LAYOUT");
+    convert.add_option("--from", texts.from, "The layout of INPUT")->required()->type_name("LAYOUT");
+    convert.add_option("--to", texts.to, "The layout of OUTPUT")->required()->type_name("LAYOUT");
     convert.add_option("--set", texts.settings, "Sets a setting by its key in the settings file; repeatable")
         ->allow_extra_args(false)
-        ->option_text("KEY=VALUE");
+        ->type_name("KEY=VALUE");
     convert
-        .add_option("--settings", texts.settingsFile, "Reads a settings file first; without, defaults hold")
-        ->option_text("FILE");
+        .add_option("--settings", texts.settingsFile, "Reads a settings file first; without it defaults hold")
+        ->type_name("FILE");
     convert
         .add_option("--turn", texts.turns,
                     "Turns the panorama by these degrees; repeatable, in the order given")
         ->allow_extra_args(false)
-        ->option_text("H,P,R");
-    convert.add_option("--horizon", texts.horizon, "Bends the horizon: above 1 up, below 1 down")
-        ->option_text("P");
+        ->type_name("H,P,R");
+    convert
+        .add_option("--horizon", texts.horizon, "Moves the horizon: above 1 up, below 1 down, 1 not at all")
+        ->type_name("P");
     convert.add_option("--logo-size", texts.logoSize, "Size of the logo at the nadir, 0 (none) to 1")
-        ->option_text("S");
+        ->type_name("S");
     convert.add_flag("--flip-horizontal", texts.options.flipHorizontal,
-                     "Exchanges front and right, back and left");
-    convert.add_flag("--mirror-top-to-bottom", texts.options.mirrorTopToBottom, "The upper half below, too");
-    convert.add_flag("--mirror-front-to-back", texts.options.mirrorFrontToBack, "The front half behind, too");
-    convert.add_option("--camera", texts.camera, "Where the preview looks, in degrees")->option_text("H,P,R");
-    convert.add_option("--threads", texts.options.threads, "Threads to work with; 0: one per core")
-        ->check(CLI::Range(0, 1024))
-        ->option_text("N");
+                     "Exchanges the front with the right, the back with the left");
+    convert.add_flag("--mirror-top-to-bottom", texts.options.mirrorTopToBottom,
+                     "Shows the upper half below, too");
+    convert.add_flag("--mirror-front-to-back", texts.options.mirrorFrontToBack,
+                     "Shows the front half behind, too");
+    convert.add_option("--camera", texts.camera, "Where the preview looks, in degrees")->type_name("H,P,R");
+    convert.add_option("--threads", texts.threads, "Threads to work with; 0: one per core")->type_name("N");
     convert.add_flag("-q,--quiet", texts.options.quiet, "Prints nothing but errors");
-    convert.add_option("files", texts.files, "One picture (six for single-files), and the file to write")
-        ->required()
-        ->option_text("INPUT... OUTPUT");
+    convert
+        .add_option("FILES", texts.files,
+                    "INPUT... OUTPUT: a picture (six for single-files), and the file to write")
+        ->type_name("");
 }
 
 ConvertOptions Checked(ConvertTexts& texts) {
@@ -131,6 +150,10 @@ ConvertOptions Checked(ConvertTexts& texts) {
         if (*options.logoSize < 0 || *options.logoSize > 1) {
             Refuse("--logo-size goes from 0 to 1, not \"" + *texts.logoSize + "\"");
         }
+    }
+    if (texts.threads && (!ParseWholeInteger(FromUtf8(*texts.threads), options.threads) ||
+                          options.threads < 0 || options.threads > 1024)) {
+        Refuse("--threads takes a number from 0 to 1024, not \"" + *texts.threads + "\"");
     }
     if (texts.camera) options.camera = ParseAngles("--camera", *texts.camera);
 
@@ -164,15 +187,14 @@ Command ParseArguments(const std::vector<std::wstring>& arguments) {
     app.set_help_flag("-h,--help", "Prints this help and ends");
     app.footer(MainFooter());
     app.require_subcommand(1);
-    app.get_formatter()->column_width(34);
-    app.get_formatter()->label("REQUIRED", "(required)");
+    app.formatter(std::make_shared<HelpFormatter>());
 
     ConvertTexts convertTexts;
     DefineConvert(app, convertTexts);
     CLI::App& info = *app.add_subcommand("info", "Describes a picture file");
     std::string infoPath;
     info.footer(InfoFooter());
-    info.add_option("file", infoPath, "The picture")->required()->option_text("FILE");
+    info.add_option("FILE", infoPath, "The picture")->required()->type_name("");
 
     std::vector<std::string> reversed;
     for (auto argument = arguments.rbegin(); argument != arguments.rend(); ++argument) {
@@ -194,8 +216,13 @@ Command ParseArguments(const std::vector<std::wstring>& arguments) {
     } catch (const CLI::CallForVersion& version) {
         return Announcement{kDone, FromUtf8(version.what()) + L"\n"};
     } catch (const CLI::RequiredError& error) {
-        return WrongUsage(command().empty() ? "What to do? Name a command: convert or info" : error.what(),
-                          command());
+        // Something mistyped is the likelier cause.
+        for (const std::string& extra : app.remaining(true)) {
+            if (extra.starts_with("-")) return WrongUsage("There is no option " + extra, command());
+            if (command().empty()) return WrongUsage("There is no command \"" + extra + "\"", "");
+        }
+        if (command().empty()) return WrongUsage("What to do? Name a command: convert or info", "");
+        return WrongUsage(error.what(), command());
     } catch (const CLI::ParseError& error) {
         return WrongUsage(error.what(), command());
     }

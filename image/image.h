@@ -22,14 +22,14 @@ struct Image {
     std::uint32_t width = 0;
     std::uint32_t height = 0;
     PixelFormat format = PixelFormat::None;
-    std::uint32_t stride = 0;  ///< bytes per row: BytesPerPixel(format) × width
-    ByteBuffer pixels;         ///< stride × height bytes
-    std::int32_t topDown = 1;  ///< 1 when the file stored the top row first; toggled by FlipVertical
+    std::uint32_t stride = 0;         ///< bytes per row: BytesPerPixel(format) × width
+    ByteBuffer pixels;                ///< stride × height bytes
+    std::int32_t topDown = 1;         ///< 1 when the file stored the top row first; toggled by FlipVertical
     std::uint32_t frameCount = 1;     ///< frames of the file the picture comes from
     std::uint32_t frameDelay = 0;     ///< milliseconds the decoded frame is shown
     std::uint32_t frameDisposal = 0;  ///< GIF disposal method of the decoded frame
-    std::uint32_t frameLeft = 0, frameTop = 0;       ///< where the frame sits on the animation's canvas
-    std::uint32_t frameWidth = 0, frameHeight = 0;   ///< the frame's size as the file records it
+    std::uint32_t frameLeft = 0, frameTop = 0;      ///< where the frame sits on the animation's canvas
+    std::uint32_t frameWidth = 0, frameHeight = 0;  ///< the frame's size as the file records it
 
     /// Empty: no size, no format, no pixels.
     Image() = default;

@@ -28,6 +28,7 @@ bool SavePicture(Image& image, const std::wstring& path, PixelFormat format = Pi
 std::wstring FileSizeText(std::uint64_t bytes);
 
 /// The lines SavePicture appends to its info log.
-std::wstring PictureInfo(const std::wstring& path, std::uint32_t width, std::uint32_t height, PixelFormat format);
+std::wstring PictureInfo(const std::wstring& path, std::uint32_t width, std::uint32_t height,
+                         PixelFormat format);
 
 }  // namespace skyvault

@@ -14,8 +14,8 @@ namespace skyvault {
 struct Session {
     AppState& settings;
     Host& host;
-    std::unique_ptr<Panorama> panorama;  ///< none until the first import
-    Camera previewCamera;
+    std::unique_ptr<Panorama> panorama = nullptr;  ///< none until the first import
+    Camera previewCamera = {};
     std::wstring title = L"Skyvault";  ///< what the title bar says now
 };
 

@@ -129,7 +129,7 @@ TEST(BleedAlpha, LeavesPicturesAloneThatNeedNothing) {
 
 TEST(BleedAlpha, WithoutMemoryThePictureStaysAsItIs) {
     const DebugLineCapture quiet;
-    for (int allocations = 0; allocations < 3; ++allocations) {
+    for (int allocations = 0; allocations < 2; ++allocations) {
         Image image = Scattered(20, 20, Rgba8, 9);
         const Image before = image.CopyRect();
         FailAllocationsAfter(allocations);

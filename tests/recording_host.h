@@ -7,7 +7,7 @@
 
 #include "session/host.h"
 
-namespace skyvault {
+namespace skyvault::test {
 
 class RecordingHost : public Host {
   public:
@@ -86,4 +86,4 @@ class RecordingHost : public Host {
     }
 };
 
-}  // namespace skyvault
+}  // namespace skyvault::test

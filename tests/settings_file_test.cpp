@@ -13,11 +13,14 @@
 
 namespace skyvault {
 
-static void PrintTo(const ScreenRect& r, std::ostream* out) {
+inline void PrintTo(const ScreenRect& r, std::ostream* out) {
     *out << r.left << ',' << r.top << ',' << r.right << ',' << r.bottom;
 }
 
+namespace test {
 namespace {
+
+using test::TemporaryFolder;
 
 constexpr ScreenRect kScreen{0, 0, 1920, 1080};
 
@@ -300,4 +303,5 @@ TEST(AppState, PathsStartBesideTheProgram) {
 }
 
 }  // namespace
+}  // namespace test
 }  // namespace skyvault

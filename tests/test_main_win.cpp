@@ -17,6 +17,8 @@ LONG WINAPI PrintAndEnd(EXCEPTION_POINTERS* exception) {
 
 }  // namespace
 
-void ReportCrashes() { SetUnhandledExceptionFilter(PrintAndEnd); }
+void ReportCrashes() {
+    SetUnhandledExceptionFilter(PrintAndEnd);
+}
 
 }  // namespace skyvault::test

@@ -11,8 +11,10 @@
 #include "settings/number_text.h"
 #include "tests/temporary_folder.h"
 
-namespace skyvault {
+namespace skyvault::test {
 namespace {
+
+using test::TemporaryFolder;
 
 using Lines = std::vector<std::vector<std::wstring>>;
 
@@ -317,4 +319,4 @@ TEST(NumberText, PrintsFloatsWithUpToSixDecimals) {
 }
 
 }  // namespace
-}  // namespace skyvault
+}  // namespace skyvault::test

@@ -4,8 +4,14 @@
 # The prefix is a copy of a template prepared once (build/wine/template): Windows 10, dialogs that close at
 # once without a window manager, no crash dialog, fonts that stand in for Windows' own, and user folders
 # inside the prefix instead of links into the real home. The copy is removed afterwards, so nothing a test
-# does reaches the user's own settings. SKYVAULT_DISPLAY=keep uses the caller's DISPLAY.
+# does reaches the user's own settings.
+#   --user   first argument: the caller's own display, and a prefix that stays (build/wine/user)
 set -euo pipefail
+user=no
+if [ "${1:-}" = --user ]; then
+    user=yes
+    shift
+fi
 root=$(cd "$(dirname "$0")/.." && pwd)
 base="$root/build/wine"
 mkdir -p "$base"
@@ -15,7 +21,7 @@ run=$(mktemp -d "$base/run.XXXXXX")
 server=""
 finish() {
     code=$?
-    WINEPREFIX="$run/prefix" wineserver -k 2>/dev/null || true
+    [ -z "${prefix:-}" ] || WINEPREFIX="$prefix" wineserver -k 2>/dev/null || true
     [ -z "$server" ] || kill "$server" 2>/dev/null || true
     rm -rf "$run"
     exit "$code"
@@ -23,7 +29,7 @@ finish() {
 trap finish EXIT
 trap 'exit 130' INT TERM
 
-if [ "${SKYVAULT_DISPLAY:-}" != keep ] || [ -z "${DISPLAY:-}" ]; then
+if [ "$user" = no ]; then
     Xvfb -displayfd 3 -screen 0 1600x1200x24 -nolisten tcp 3>"$run/display" 2>/dev/null &
     server=$!
     for _ in $(seq 100); do [ -s "$run/display" ] && break; sleep 0.1; done
@@ -66,7 +72,11 @@ REG
 ) 9>"$base/lock"
 
 # Hard links make the copy quick; the registry files are written in place, so they must be real copies.
-cp -al "$base/template" "$run/prefix"
-for f in "$run"/prefix/*.reg; do cp "$f" "$f.copy" && mv "$f.copy" "$f"; done
-export WINEPREFIX="$run/prefix"
+if [ "$user" = yes ]; then prefix="$base/user"; else prefix="$run/prefix"; fi
+if [ ! -d "$prefix" ]; then
+    cp -al "$base/template" "$prefix"
+    for f in "$prefix"/*.reg; do cp "$f" "$f.copy" && mv "$f.copy" "$f"; done
+fi
+export WINEPREFIX="$prefix"
+wineserver -p  # stays until the end: starting it anew costs half a second
 "$@"

@@ -1,0 +1,32 @@
+#!/bin/bash
+# Installs what is missing, builds the engine natively with sanitizers and the product for Windows, and runs
+# every test of both (the Windows ones under Wine, on a virtual display of their own).
+#   ./test.sh           everything
+#   ./test.sh native    only the native half; ./test.sh windows: only the Windows half; ./test.sh style
+set -euo pipefail
+cd "$(dirname "$0")"
+what=${1:-all}
+tools/install-dependencies.sh test
+export CMAKE_CXX_COMPILER_LAUNCHER=ccache CTEST_OUTPUT_ON_FAILURE=1
+jobs=$(nproc)
+
+if [ "$what" = all ] || [ "$what" = style ]; then
+    echo "== style"
+    git ls-files '*.cpp' '*.h' | xargs clang-format --dry-run -Werror
+fi
+if [ "$what" = all ] || [ "$what" = native ]; then
+    echo "== native, with sanitizers"
+    cmake --preset native-sanitize >/dev/null
+    cmake --build --preset native-sanitize -- -j"$jobs"
+    if [ "$what" = all ]; then
+        echo "== clang-tidy"
+        tools/clang-tidy.sh build/native-sanitize
+    fi
+    ctest --preset native-sanitize -j"$jobs"
+fi
+if [ "$what" = all ] || [ "$what" = windows ]; then
+    echo "== Windows, under Wine"
+    cmake --preset windows >/dev/null
+    cmake --build --preset windows -- -j"$jobs"
+    tools/wine-environment.sh ctest --preset windows -j"$jobs"
+fi

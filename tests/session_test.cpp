@@ -1,0 +1,497 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <set>
+
+#include "platform/files.h"
+#include "platform/utf8.h"
+#include "session/commands.h"
+#include "session/layouts.h"
+#include "tests/recording_host.h"
+#include "tests/temporary_folder.h"
+
+namespace skyvault::test {
+namespace {
+
+using Calls = std::vector<std::string>;
+
+/// An uncompressed 24-bit TGA file with a different colour in every pixel.
+std::string TgaFile(int width, int height) {
+    std::string bytes(18, '\0');
+    bytes[2] = 2;
+    bytes[12] = static_cast<char>(width);
+    bytes[14] = static_cast<char>(height);
+    bytes[16] = 24;
+    for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < width; ++x) bytes.append({static_cast<char>(x), static_cast<char>(y), '\x60'});
+    }
+    return bytes;
+}
+
+/// A session with its host and a folder of its own.
+class SessionTest : public testing::Test {
+  protected:
+    SessionTest() { settings.resolution1 = 0; }
+
+    /// Imports a 64 × 32 picture through the menu and forgets what the host recorded of it.
+    void ImportPicture() {
+        host.answers.push_back(folder.Write(L"sky.tga", TgaFile(64, 32)));
+        RunCommand(session, 32868);
+        ASSERT_NE(session.panorama, nullptr);
+        ASSERT_TRUE(session.panorama->equirectSource.IsValid());
+        Forget();
+    }
+
+    void Forget() {
+        host.answers.clear();
+        host.information.clear();
+        host.errors.clear();
+        host.titles.clear();
+        host.dialogs.clear();
+        host.shown.clear();
+        host.calls.clear();
+    }
+
+    bool Checked(std::uint16_t command) const {
+        const std::vector<MenuCheck> checks = MenuChecks(session);
+        const auto item = std::find_if(checks.begin(), checks.end(),
+                                       [&](const MenuCheck& check) { return check.command == command; });
+        EXPECT_NE(item, checks.end()) << command << " carries no check mark";
+        return item != checks.end() && item->checked;
+    }
+
+    TemporaryFolder folder;
+    AppState settings;
+    RecordingHost host;
+    Session session{settings, host};
+};
+
+TEST(Layouts, EveryRowIsFoundByItsOwnIdsOnly) {
+    std::set<std::uint16_t> ids;
+    std::set<std::string> names;
+    for (const LayoutRow& row : Layouts()) {
+        SCOPED_TRACE(row.consoleName);
+        for (const std::uint16_t id : {row.importCommand, row.exportCommand, row.viewCommand}) {
+            EXPECT_TRUE(id == 0 || ids.insert(id).second) << id << " stands for two commands";
+        }
+        EXPECT_TRUE(names.insert(row.consoleName).second);
+        EXPECT_EQ(FindLayout(row.format), &row);
+        EXPECT_EQ(LayoutOfConsoleName(row.consoleName), &row);
+        EXPECT_EQ(LayoutOfImportCommand(row.importCommand), row.importCommand ? &row : nullptr);
+        EXPECT_EQ(LayoutOfExportCommand(row.exportCommand), row.exportCommand ? &row : nullptr);
+        EXPECT_EQ(LayoutOfViewCommand(row.viewCommand), row.viewCommand ? &row : nullptr);
+    }
+    // What each code can do: import, export, be a view.
+    for (int code = -1; code < 1100; ++code) {
+        const LayoutRow* row = FindLayout(static_cast<PanoramaFormat>(code));
+        const bool generator = (code >= 100 && code <= 104) || (code >= 1000 && code <= 1005);
+        const bool layout = code >= 0 && code <= 14;
+        ASSERT_EQ(row != nullptr, generator || layout) << code;
+        if (row == nullptr) continue;
+        EXPECT_EQ(row->importCommand != 0, generator || code <= 12) << code;
+        EXPECT_EQ(row->exportCommand != 0, layout) << code;
+        EXPECT_EQ(row->viewCommand != 0, layout && code != 1 && code != 2 && code != 14) << code;
+    }
+    EXPECT_EQ(LayoutOfConsoleName("Equirectangular"), nullptr);
+}
+
+TEST(Layouts, PrefixesGoBeforeTheFileNameOnce) {
+    const struct {
+        PanoramaFormat format;
+        const wchar_t *path, *prefixed;
+    } cases[] = {
+        {PanoramaFormat::SphereMap, L"C:\\a\\x.png", L"C:\\a\\Spheremap_x.png"},
+        {PanoramaFormat::SphereMap, L"C:\\a\\Spheremap_x.png", L"C:\\a\\Spheremap_x.png"},
+        {PanoramaFormat::SphereMap, L"C:\\a\\SPHEREMAP_x.png", L"C:\\a\\SPHEREMAP_x.png"},
+        {PanoramaFormat::SphereMap, L"C:\\a\\my_spheremap_.png", L"C:\\a\\my_spheremap_.png"},
+        {PanoramaFormat::SphereMap, L"C:\\old_spheremap_files\\x.png", L"C:\\old_spheremap_files\\x.png"},
+        {PanoramaFormat::SphereMap, L"C:\\spheremap\\x.png", L"C:\\spheremap\\Spheremap_x.png"},
+        {PanoramaFormat::SphereMap, L"/a/x.png", L"/a/Spheremap_x.png"},
+        {PanoramaFormat::SphereMap, L"x.png", L"Spheremap_x.png"},
+        {PanoramaFormat::DirectXDds, L"C:x.dds", L"C:Cubemap_x.dds"},
+        {PanoramaFormat::DirectXDds, L"C:\\cubemap_\\x.dds", L"C:\\cubemap_\\x.dds"},
+        {PanoramaFormat::Equirectangular, L"C:\\a\\x.png", L"C:\\a\\x.png"},
+        {PanoramaFormat::QuickTimeVr, L"C:\\a\\x.mov", L"C:\\a\\x.mov"},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(WithExportPrefix(*FindLayout(c.format), c.path), c.prefixed) << ToUtf8(c.path);
+    }
+}
+
+TEST_F(SessionTest, ImportReplacesThePanoramaAndShowsIt) {
+    settings.importPath = L"C:\\Start";
+    const std::wstring path = folder.Write(L"sky.tga", TgaFile(64, 32));
+    host.answers = {path};
+    EXPECT_TRUE(RunCommand(session, 32868));
+    ASSERT_EQ(host.dialogs.size(), 1u);
+    EXPECT_EQ(host.dialogs[0].kind, FileDialogKind::OpenPicture);
+    EXPECT_EQ(host.dialogs[0].startPath, L"C:\\Start");
+    EXPECT_EQ(host.dialogs[0].title, L"Select equirectangular");
+    EXPECT_EQ(host.calls, (Calls{"ask", "begin", "end", "checks", "show", "title"}));
+    EXPECT_EQ(settings.importPath, folder.Path());
+    EXPECT_EQ(host.titles.back(), L"Skyvault - sky.tga Equirectangular (64 x 32) LDR 24 bpp RGB int");
+    ASSERT_EQ(host.shown.size(), 1u);
+    EXPECT_EQ(host.shown[0].width, 2 * host.shown[0].height);
+
+    session.panorama->modifications.flipHorizontal = true;
+    host.answers = {path};
+    RunCommand(session, 32868);
+    EXPECT_FALSE(Checked(kCommandFlipHorizontal)) << "a new panorama starts unmodified";
+    EXPECT_EQ(host.titles.size(), 1u) << "the same title is not set again";
+}
+
+TEST_F(SessionTest, ACancelledImportChangesNothing) {
+    ImportPicture();
+    const Panorama* before = session.panorama.get();
+    for (const LayoutRow& row : Layouts()) {
+        if (row.importCommand == 0) continue;
+        Forget();
+        EXPECT_TRUE(RunCommand(session, row.importCommand));
+        EXPECT_EQ(host.calls, Calls{"ask"}) << row.consoleName;
+    }
+    EXPECT_EQ(session.panorama.get(), before);
+    EXPECT_EQ(settings.importPath, folder.Path());
+}
+
+TEST_F(SessionTest, AFailedImportLeavesAnEmptyPanorama) {
+    ImportPicture();
+    host.answers = {folder.Path(L"missing.tga")};
+    settings.importPath = L"kept";
+    RunCommand(session, 32868);
+    EXPECT_EQ(host.errors.size(), 1u);
+    EXPECT_EQ(settings.importPath, L"kept") << "the folder of a file that is not there";
+    ASSERT_NE(session.panorama, nullptr);
+    EXPECT_TRUE(session.panorama->IsEmpty());
+    EXPECT_EQ(host.titles.back(), L"Skyvault - missing.tga");
+    EXPECT_FALSE(host.progressOpen);
+}
+
+TEST_F(SessionTest, SingleFilesAskFaceByFace) {
+    const wchar_t* const titles[] = {L"Select front face",    L"Select right face",
+                                     L"Select back face",     L"Select left face",
+                                     L"Select top (up) face", L"Select bottom (down) face"};
+    settings.importPath = L"C:\\Start";
+    for (std::size_t picked = 0; picked <= 6; ++picked) {
+        SCOPED_TRACE(picked);
+        Forget();
+        settings.importPath = L"C:\\Start";
+        for (std::size_t i = 0; i < picked; ++i)
+            host.answers.push_back(L"C:\\f" + std::to_wstring(i) + L"\\x.png");
+        ImportCommand(session, PanoramaFormat::SingleFiles);
+        ASSERT_EQ(host.dialogs.size(), std::min<std::size_t>(picked + 1, 6));
+        for (std::size_t i = 0; i < host.dialogs.size(); ++i) {
+            EXPECT_EQ(host.dialogs[i].title, titles[i]);
+            EXPECT_EQ(host.dialogs[i].startPath, i == 0 ? L"C:\\Start" : L"C:\\f" + std::to_wstring(i - 1));
+        }
+        EXPECT_EQ(host.calls.size() > host.dialogs.size(), picked > 0)
+            << "nothing happens without a front face";
+    }
+}
+
+TEST_F(SessionTest, WhatIsNotThereYetSaysSoAndKeepsThePanorama) {
+    ImportPicture();
+    const Panorama* before = session.panorama.get();
+    for (const LayoutRow& row : Layouts()) {
+        SCOPED_TRACE(row.consoleName);
+        const Calls box = {"information"};
+        const std::wstring text = std::wstring(row.name) + L" is not available in this version yet.";
+        if (row.importCommand != 0 && !row.importReady) {
+            Forget();
+            settings.importPath.clear();
+            host.answers = {folder.Path(L"sky.tga")};
+            RunCommand(session, row.importCommand);
+            EXPECT_EQ(host.information, std::vector<std::wstring>{text});
+            EXPECT_EQ(session.panorama.get(), before);
+            EXPECT_EQ(settings.importPath, folder.Path());
+        }
+        if (row.exportCommand != 0 && !row.ExportReady()) {
+            Forget();
+            settings.view = -1;
+            host.answers = {folder.Path(L"out.png")};
+            RunCommand(session, row.exportCommand);
+            EXPECT_EQ(host.information, std::vector<std::wstring>{text});
+            EXPECT_EQ(settings.view, row.viewCommand ? static_cast<std::int32_t>(row.format) : -1);
+            EXPECT_EQ(folder.FileCount(), 1u);
+        }
+        if (row.viewCommand != 0 && !row.ExportReady()) {
+            Forget();
+            RunCommand(session, row.viewCommand);
+            EXPECT_TRUE(Checked(row.viewCommand));
+            EXPECT_EQ(host.information, std::vector<std::wstring>{text});
+            EXPECT_TRUE(host.shown.empty());
+            Refresh(session);
+            RotateStep(session, 1, 0, 0);
+            EXPECT_EQ(host.information.size(), 1u) << "one box per choosing of the view";
+        }
+    }
+}
+
+TEST_F(SessionTest, ExportWritesAndBecomesTheView) {
+    ImportPicture();
+    const struct {
+        std::uint16_t command;
+        PanoramaFormat format;
+        std::uint32_t width, height;
+    } cases[] = {
+        {32869, PanoramaFormat::Equirectangular, 64, 32},
+        {32899, PanoramaFormat::Preview, 1280, 720},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.command);
+        Forget();
+        settings.exportPath = L"C:\\Start";
+        settings.view = static_cast<std::int32_t>(PanoramaFormat::Heart);
+        host.answers = {folder.Path(L"out.png")};
+        EXPECT_TRUE(RunCommand(session, c.command));
+        ASSERT_EQ(host.dialogs.size(), 1u);
+        EXPECT_EQ(host.dialogs[0].kind, FileDialogKind::SavePicture);
+        EXPECT_EQ(host.dialogs[0].startPath, L"C:\\Start");
+        EXPECT_EQ(host.dialogs[0].title, L"Export Panorama");
+        EXPECT_EQ(settings.exportPath, folder.Path());
+        EXPECT_TRUE(FileExists(folder.Path(L"out.png")));
+        ASSERT_FALSE(host.information.empty());
+        EXPECT_TRUE(host.information.back().starts_with(L"360° photo successfully exported!\n\nPath\t\t"))
+            << ToUtf8(host.information.back());
+        EXPECT_EQ(settings.view, static_cast<std::int32_t>(c.format));
+        // The picture shown is the written one, not a new build in the window's size.
+        ASSERT_EQ(host.shown.size(), 1u);
+        EXPECT_EQ(host.shown[0].width, c.width);
+        EXPECT_EQ(host.shown[0].height, c.height);
+        const Calls end = {"end", "information", "checks", "show"};
+        ASSERT_GE(host.calls.size(), end.size());
+        EXPECT_TRUE(std::equal(end.rbegin(), end.rend(), host.calls.rbegin()));
+    }
+}
+
+TEST_F(SessionTest, ExportUsesThePreviewCamera) {
+    ImportPicture();
+    settings.view = static_cast<std::int32_t>(PanoramaFormat::Preview);
+    const auto exported = [&] {
+        host.answers = {folder.Path(L"out.bmp")};
+        RunCommand(session, 32899);
+        return host.shown.back().GetPixel8(640, 360);
+    };
+    const Color8 ahead = exported();
+    session.previewCamera.heading = 1.5f;
+    EXPECT_FALSE(exported() == ahead);
+}
+
+TEST_F(SessionTest, AFailedExportShowsNoSuccess) {
+    ImportPicture();
+    host.answers = {folder.Path(L"missing") + L"/out.png"};
+    RunCommand(session, 32869);
+    EXPECT_TRUE(std::none_of(host.information.begin(), host.information.end(), [](const std::wstring& text) {
+        return text.find(L"successfully") != std::wstring::npos;
+    }));
+    EXPECT_FALSE(host.progressOpen);
+}
+
+TEST_F(SessionTest, ExportAsksForItsKindOfFile) {
+    ImportPicture();
+    settings.view = 10;
+    for (const LayoutRow& row : Layouts()) {
+        if (row.exportCommand == 0) continue;
+        Forget();
+        RunCommand(session, row.exportCommand);
+        EXPECT_EQ(host.calls, Calls{"ask"}) << "cancelled: " << row.consoleName;
+        const bool isDds = row.format == PanoramaFormat::DirectXDds;
+        const bool isMovie = row.format == PanoramaFormat::QuickTimeVr;
+        EXPECT_EQ(host.dialogs.at(0).kind, isDds     ? FileDialogKind::SaveDds
+                                           : isMovie ? FileDialogKind::SaveMovie
+                                                     : FileDialogKind::SavePicture);
+    }
+    EXPECT_EQ(settings.view, 10);
+    session.panorama.reset();
+    Forget();
+    RunCommand(session, 32869);
+    EXPECT_TRUE(host.calls.empty()) << "there is nothing to export";
+}
+
+TEST_F(SessionTest, StepsFollowTheModifierKeys) {
+    const struct {
+        bool control, shift;
+        double degrees, horizon, logo;
+    } cases[] = {
+        {false, false, 1, 0.01, 0.01},
+        {true, false, 0.1, 0.005, 0.001},
+        {false, true, 15, 0.02, 0.03},
+        {true, true, 0.1, 0.005, 0.001},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(testing::Message() << "ctrl " << c.control << " shift " << c.shift);
+        settings.view = 0;
+        session.previewCamera = {};
+        ImportPicture();
+        Modifications& modifications = session.panorama->modifications;
+        host.modifierKeys = StepSizeOfKeys(c.control, c.shift);
+        const double radians = c.degrees * 3.14159265358979 / 180;
+
+        RunCommand(session, kCommandHeadingRight);
+        EXPECT_NEAR(modifications.orientation.m[0][0], std::cos(radians), 1e-6);
+        EXPECT_NEAR(modifications.orientation.m[2][0], std::sin(radians), 1e-6) << "the front looks right";
+        RunCommand(session, kCommandHeadingLeft);
+        RunCommand(session, kCommandPitchDown);
+        EXPECT_NEAR(modifications.orientation.m[2][1], -std::sin(radians), 1e-6) << "the front looks down";
+        RunCommand(session, kCommandPitchUp);
+        RunCommand(session, kCommandRollClockwise);
+        EXPECT_NEAR(modifications.orientation.m[0][1], std::sin(radians), 1e-6);
+        RunCommand(session, kCommandRollCounterclockwise);
+        EXPECT_NEAR(modifications.orientation.m[0][0], 1, 1e-6);
+
+        // The preview camera turns ten times as fast, and in place of the panorama.
+        const Matrix4 before = modifications.orientation;
+        settings.view = static_cast<std::int32_t>(PanoramaFormat::Preview);
+        RunCommand(session, kCommandHeadingRight);
+        RunCommand(session, kCommandPitchUp);
+        RunCommand(session, kCommandRollClockwise);
+        EXPECT_NEAR(session.previewCamera.heading, 10 * radians, 1e-5);
+        EXPECT_NEAR(session.previewCamera.pitch, -10 * radians, 1e-5);
+        EXPECT_NEAR(session.previewCamera.roll, 10 * radians, 1e-5);
+        EXPECT_EQ(modifications.orientation.m[0][0], before.m[0][0]);
+
+        RunCommand(session, kCommandHorizonUp);
+        EXPECT_NEAR(modifications.horizonPower, 1 + c.horizon, 1e-6);
+        RunCommand(session, kCommandHorizonDown);
+        RunCommand(session, kCommandHorizonDown);
+        EXPECT_NEAR(modifications.horizonPower, 1 - c.horizon, 1e-6);
+
+        RunCommand(session, kCommandBiggerLogo);
+        EXPECT_NEAR(modifications.logoSize, c.logo, 1e-6);
+        RunCommand(session, kCommandSmallerLogo);
+        RunCommand(session, kCommandSmallerLogo);
+        EXPECT_EQ(modifications.logoSize, 0.0f);
+        modifications.logoSize = 0.9999f;
+        RunCommand(session, kCommandBiggerLogo);
+        EXPECT_EQ(modifications.logoSize, 1.0f);
+        EXPECT_EQ(host.shown.size(), 16u) << "every step shows the view anew";
+    }
+}
+
+TEST_F(SessionTest, MirrorsToggleAndReset) {
+    const std::uint16_t commands[] = {kCommandFlipHorizontal, kCommandMirrorTopToBottom,
+                                      kCommandMirrorFrontToBack};
+    ImportPicture();
+    for (const std::uint16_t command : commands) {
+        SCOPED_TRACE(command);
+        Forget();
+        RunCommand(session, command);
+        EXPECT_EQ(host.calls, (Calls{"checks", "show"}));
+        for (const std::uint16_t other : commands) EXPECT_EQ(Checked(other), other == command);
+        RunCommand(session, command);
+        EXPECT_FALSE(Checked(command));
+    }
+    for (const std::uint16_t command : commands) RunCommand(session, command);
+    for (const std::uint16_t command : {kCommandHeadingLeft, kCommandHorizonUp, kCommandBiggerLogo}) {
+        RunCommand(session, command);
+    }
+    Forget();
+    RunCommand(session, kCommandResetAll);
+    EXPECT_EQ(host.calls, (Calls{"checks", "show"}));
+    for (const std::uint16_t command : commands) EXPECT_FALSE(Checked(command));
+    const Modifications& modifications = session.panorama->modifications;
+    EXPECT_TRUE(modifications.orientation.isIdentity);
+    EXPECT_EQ(modifications.horizonPower, 1.0f);
+    EXPECT_EQ(modifications.logoSize, 0.0f);
+}
+
+TEST_F(SessionTest, WithoutAPanoramaOnlySettingsChange) {
+    for (const std::uint16_t command :
+         {kCommandHeadingLeft, kCommandPitchUp, kCommandRollClockwise, kCommandHorizonUp, kCommandBiggerLogo,
+          kCommandFlipHorizontal, kCommandMirrorTopToBottom, kCommandMirrorFrontToBack, kCommandResetAll}) {
+        EXPECT_TRUE(RunCommand(session, command));
+        EXPECT_TRUE(host.calls.empty()) << command;
+    }
+    settings.view = static_cast<std::int32_t>(PanoramaFormat::Preview);
+    RotateStep(session, 1, 1, 1);
+    EXPECT_EQ(session.previewCamera.heading, 0.0f);
+    ApplyOptions(session);
+    EXPECT_TRUE(host.calls.empty());
+
+    RunCommand(session, kCommandBiggerFov);
+    EXPECT_FLOAT_EQ(settings.previewFov, 0.19f);
+    RunCommand(session, kCommandSmallerFov);
+    EXPECT_FLOAT_EQ(settings.previewFov, 0.1995f);
+    EXPECT_TRUE(host.calls.empty());
+
+    for (const LayoutRow& row : Layouts()) {
+        if (row.viewCommand == 0) continue;
+        Forget();
+        RunCommand(session, row.viewCommand);
+        EXPECT_EQ(settings.view, static_cast<std::int32_t>(row.format));
+        EXPECT_EQ(host.calls, Calls{"checks"}) << row.consoleName;
+    }
+    RunCommand(session, kCommandCrosshair);
+    RunCommand(session, kCommandMagnifyingGlass);
+    EXPECT_TRUE(settings.crosshair && Checked(kCommandCrosshair));
+    EXPECT_TRUE(settings.magnifyingGlass && Checked(kCommandMagnifyingGlass));
+    EXPECT_EQ(WindowTitle(session), L"Skyvault");
+}
+
+TEST_F(SessionTest, ExactlyOneViewIsChecked) {
+    for (const LayoutRow& row : Layouts()) {
+        settings.view = static_cast<std::int32_t>(row.format);
+        for (const LayoutRow& other : Layouts()) {
+            if (other.viewCommand == 0) continue;
+            EXPECT_EQ(Checked(other.viewCommand), &row == &other) << other.consoleName;
+        }
+    }
+}
+
+TEST_F(SessionTest, AViewThatIsNoneShowsNothing) {
+    ImportPicture();
+    for (const std::int32_t view : {1, 2, 14, 15, 100, -1, 2147483647}) {
+        settings.view = view;
+        session.title = L"old";
+        Forget();
+        Refresh(session);
+        EXPECT_EQ(host.calls, Calls{"title"}) << view;
+    }
+    settings.view = 0;
+    Forget();
+    host.canShow = false;
+    session.title = L"old";
+    Refresh(session);
+    EXPECT_TRUE(host.calls.empty()) << "while minimised";
+}
+
+TEST_F(SessionTest, ViewsShowWhatTheyAre) {
+    ImportPicture();
+    RunCommand(session, 32859);
+    EXPECT_EQ(host.calls, (Calls{"checks", "show"}));
+    EXPECT_EQ(host.shown.back().width, 320u);
+    EXPECT_EQ(host.shown.back().height, 180u);
+    Forget();
+    RunCommand(session, kCommandBiggerFov);
+    RunCommand(session, kCommandCrosshair);
+    RunCommand(session, kCommandMagnifyingGlass);
+    EXPECT_EQ(host.calls, (Calls{"show", "checks", "show", "checks", "show"}));
+    session.panorama->logoPicture = Image(2, 2, PixelFormat::Rgb8);
+    ApplyOptions(session);
+    EXPECT_FALSE(session.panorama->logoPicture.IsValid()) << "the logo is read anew";
+    EXPECT_EQ(host.shown.size(), 4u);
+}
+
+TEST_F(SessionTest, TitlesNameWhatIsLoaded) {
+    session.panorama = std::make_unique<Panorama>(host, settings, &host);
+    session.panorama->path = L"C:\\a\\cube.dds";
+    EXPECT_EQ(WindowTitle(session), L"Skyvault - cube.dds");
+    session.panorama->faceSize = 8;
+    session.panorama->faces[2] = Image(8, 8, PixelFormat::Rgba16);
+    EXPECT_EQ(WindowTitle(session), L"Skyvault - cube.dds Cubemap (8 x 8 x 6) HDR 64 bpp RGBA int");
+    session.panorama->equirectSource = Image(6, 3, PixelFormat::Grey8);
+    EXPECT_EQ(WindowTitle(session), L"Skyvault - cube.dds Equirectangular (6 x 3) LDR 8 bpp R int");
+}
+
+TEST_F(SessionTest, TheWindowsOwnCommandsAreLeftToIt) {
+    ImportPicture();
+    for (const std::uint16_t command : {kCommandAbout, kCommandExit, kCommandUserGuide, kCommandBatch,
+                                        kCommandCommunity, kCommandOptions}) {
+        EXPECT_FALSE(RunCommand(session, command)) << command;
+    }
+    EXPECT_FALSE(RunCommand(session, 0));
+    EXPECT_TRUE(host.calls.empty());
+}
+
+}  // namespace
+}  // namespace skyvault::test

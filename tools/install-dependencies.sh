@@ -1,0 +1,34 @@
+#!/bin/bash
+# Installs the Debian packages that building and testing need; does nothing when all are there.
+#   tools/install-dependencies.sh build   what ./run.sh needs
+#   tools/install-dependencies.sh test    that, and what ./test.sh needs
+set -euo pipefail
+
+build=(
+    cmake ninja-build ccache                                    # build system
+    g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64        # compiler for Windows
+    libcli11-dev                                                # console arguments
+    googletest                                                  # tests
+    wine wine64 xvfb xauth libgl1-mesa-dri                      # running the Windows build
+    fonts-liberation fonts-wine                                 # its fonts
+    xdotool imagemagick                                         # keys and screenshots
+)
+test=(
+    g++ pkg-config libopenimageio-dev                           # the engine and the console on Linux
+    clang-format clang-tidy                                     # style and static checks
+)
+
+packages=("${build[@]}")
+[ "${1:-test}" = build ] || packages+=("${test[@]}")
+
+missing=()
+for package in "${packages[@]}"; do
+    dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'ok installed' || missing+=("$package")
+done
+[ ${#missing[@]} -eq 0 ] && exit 0
+
+echo "Installing: ${missing[*]}"
+sudo=""
+[ "$(id -u)" -eq 0 ] || sudo=sudo
+$sudo apt-get update -qq
+DEBIAN_FRONTEND=noninteractive $sudo apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null

@@ -1,0 +1,49 @@
+#!/bin/bash
+# Part of ./run.sh: the example in every layout, and screenshots of the window, under out/.
+# Runs inside tools/wine-environment.sh.
+set -euo pipefail
+cd "$(dirname "$0")/../build/windows/bin"
+export WINEDEBUG=-all
+out=../../../out
+example="Media/Examples/Mountain lake.jpg"
+
+for layout in equirectangular preview; do
+    echo "== $layout"
+    wine ./skyvault-cli.exe convert --from equirectangular --to "$layout" "$example" "$out/$layout.jpg"
+done
+
+echo "== window"
+wine ./Skyvault.exe >/dev/null 2>&1 &
+# Waits for a window whose title begins with the text.
+await() {
+    for _ in $(seq 150); do
+        xdotool search --onlyvisible --name "^$1" >/dev/null 2>&1 && return 0
+        sleep 0.1
+    done
+    echo "The window \"$1\" did not appear." >&2
+    exit 1
+}
+await "Skyvault"
+sleep 1
+# FILE > Import 360° photo > Equirectangular...
+eval "$(xdotool search --onlyvisible --name '^Skyvault' getwindowgeometry --shell)"
+xdotool mousemove $((X + 18)) $((Y + 34)) click 1
+sleep 0.5
+xdotool key Down Return
+sleep 0.3
+xdotool key Return
+await "Select equirectangular"
+sleep 0.5
+xdotool type --delay 20 "Mountain lake.jpg"
+xdotool key Return
+await "Skyvault - Mountain lake.jpg"
+sleep 1
+import -window root -crop "${WIDTH}x${HEIGHT}+$X+$Y" +repage "$out/window-equirectangular.png"
+xdotool key F11
+sleep 2
+import -window root -crop "${WIDTH}x${HEIGHT}+$X+$Y" +repage "$out/window-preview.png"
+xdotool key alt+F4
+wait
+cd "$out"
+echo "Look at:"
+ls -1 "$PWD"/*
