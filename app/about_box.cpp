@@ -21,29 +21,29 @@ constexpr Color8 kPaper{255, 255, 255, 255};
 constexpr Color8 kInk{32, 40, 56, 255};
 constexpr Color8 kFaintInk{96, 104, 120, 255};
 
-/// The picture at the left edge as a square of the box's height, the texts in the rest.
+/// The picture over the whole width, twice as wide as high, and the texts below it.
 void Draw(HWND box, HDC context, const Image& picture) {
     RECT client{};
     GetClientRect(box, &client);
     DrawCanvas canvas(context, client);
     const float scale = ScaleOf(box);
-    const auto width = static_cast<float>(client.right), height = static_cast<float>(client.bottom);
-    const float text = height + 8.0f * scale, textEnd = width - 8.0f * scale;
-    const auto line = [&](float top, float lineHeight, const std::wstring& words, const wchar_t* family,
-                          float size, const Color8& ink) {
+    const auto width = static_cast<float>(client.right);
+    const float pictureHeight = width / 2.0f;
+    float top = pictureHeight + 6.0f * scale;
+    const auto line = [&](const std::wstring& words, const wchar_t* family, float size, const Color8& ink) {
         TextFormat format;
         format.family = family;
         format.size = size * scale;
-        canvas.DrawString({text, top * scale, textEnd, (top + lineHeight) * scale}, words, format, ink, true,
-                          true, true);
+        const float bottom = top + size * 1.5f * scale;
+        canvas.DrawString({12.0f * scale, top, width, bottom}, words, format, ink, true, true, true);
+        top = bottom;
     };
     canvas.BeginDraw();
     canvas.Clear(kPaper);
-    canvas.DrawPicture(picture, {0.0f, 0.0f, height, height}, true);
-    line(24.0f, 48.0f, kProgramName, L"Segoe UI Light", 34.0f, kInk);
-    line(76.0f, 20.0f, std::wstring(L"Version ") + kVersion, L"Segoe UI", 13.0f, kInk);
-    line(100.0f, 20.0f, L"360° panorama pictures", L"Segoe UI", 13.0f, kInk);
-    line(140.0f, 20.0f, L"Brambleworks Studio", L"Segoe UI", 12.0f, kFaintInk);
+    canvas.DrawPicture(picture, {0.0f, 0.0f, width, pictureHeight}, true);
+    line(kProgramName, L"Segoe UI Light", 26.0f, kInk);
+    line(std::wstring(L"Version ") + kVersion, L"Segoe UI", 13.0f, kInk);
+    line(L"Brambleworks Studio", L"Segoe UI", 12.0f, kFaintInk);
     canvas.EndDraw();
 }
 

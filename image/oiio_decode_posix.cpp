@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <cstring>
+#include <filesystem>
 #include <memory>
 #include <utility>
 #include <vector>
@@ -275,7 +275,8 @@ bool ReadPixels(OpenPicture& picture, const Plan& plan, Image& image) {
 
 bool Decode(const std::wstring& path, std::uint32_t frame, const PictureSize& target, Image& image) {
     OpenPicture picture;
-    if (!FileExists(path) || !picture.Open(path, frame)) return false;
+    // Opening a pipe would wait for its other end.
+    if (!std::filesystem::is_regular_file(ToUtf8(path)) || !picture.Open(path, frame)) return false;
     const PictureSize size{static_cast<std::uint32_t>(picture.spec.width),
                            static_cast<std::uint32_t>(picture.spec.height)};
     const Plan plan = MakePlan(picture);

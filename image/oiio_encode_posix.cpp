@@ -8,6 +8,7 @@
 #include <memory>
 #include <utility>
 
+#include "image/gif_writer.h"
 #include "image/oiio_system_posix.h"
 #include "image/picture_codec.h"
 #include "image/written_rows.h"
@@ -79,12 +80,10 @@ bool FindKind(PictureContainer container, Kind& kind) {
         case PictureContainer::Tiff:
             kind = {"tiff", kNoLimit};
             return true;
-        case PictureContainer::Gif:
-            kind = {"gif", 65535};
-            return true;
         case PictureContainer::Heif:
             kind = {"heif", 16384};
             return true;
+        case PictureContainer::Gif:
         case PictureContainer::None:
             break;
     }
@@ -97,7 +96,6 @@ PixelFormat FileFormat(PictureContainer container, PixelFormat wanted) {
     const bool grey = ChannelCount(wanted) == 1;
     switch (container) {
         case PictureContainer::Bmp:
-        case PictureContainer::Gif:
         case PictureContainer::Heif:
             return Rgb8;
         case PictureContainer::Jpeg:
@@ -117,6 +115,11 @@ void SetOptions(PictureContainer container, OIIO::ImageSpec& spec) {
         case PictureContainer::Jpeg:
             spec.attribute("Compression", "jpeg:90");
             spec.attribute("jpeg:subsampling", "4:2:0");
+            break;
+        case PictureContainer::Png:
+            // All filters, with the usual 6 half as fast and 1 % smaller.
+            spec.attribute("png:compressionLevel", 4);
+            spec.attribute("png:filter", 0xf8);
             break;
         case PictureContainer::Tiff:
             spec.attribute("Compression", "lzw");
@@ -144,6 +147,13 @@ bool WriteRows(OIIO::ImageOutput& output, const WrittenRows& rows, std::uint32_t
         }
     }
     return true;
+}
+
+bool EncodeGif(const Image& image, const std::wstring& path, PixelFormat wanted) {
+    constexpr std::uint32_t kLongestEdge = 65535;
+    IndexedPicture indexed;
+    return image.width <= kLongestEdge && image.height <= kLongestEdge &&
+           MakeIndexed(image, wanted, indexed) && WriteGif(path, indexed, image.width, image.height);
 }
 
 bool Encode(const Image& image, const std::wstring& path, PictureContainer container, PixelFormat wanted) {
@@ -183,6 +193,7 @@ bool EncodePicture(const Image& image, const std::wstring& path, PictureContaine
                    PixelFormat format) {
     if (BytesPerPixel(format) == 0) format = PixelFormat::Grey8;
     try {
+        if (container == PictureContainer::Gif) return EncodeGif(image, path, format);
         return Encode(image, path, container, format);
     } catch (...) {
         return false;

@@ -1,5 +1,7 @@
 #include "image/wic_decode_win.h"
 
+#include <shlwapi.h>
+
 #include <algorithm>
 #include <limits>
 
@@ -79,6 +81,58 @@ ComPtr<IWICBitmapSource> InFormat(const ComPtr<IWICBitmapSource>& source, const 
     return converted;
 }
 
+bool ProbeTiffByteOrder() {
+    // One grey pixel, 0x1234, in a big-endian file.
+    static constexpr BYTE kFile[] = {'M', 'M',  0, 42, 0, 0, 0, 10, 0x12, 0x34,  //
+                                     0,   8,  // tags: id, type, count, value
+                                     1,   0,    0, 3,  0, 0, 0, 1,  0,    1,    0, 0,  // width
+                                     1,   1,    0, 3,  0, 0, 0, 1,  0,    1,    0, 0,  // height
+                                     1,   2,    0, 3,  0, 0, 0, 1,  0,    16,   0, 0,  // bits
+                                     1,   3,    0, 3,  0, 0, 0, 1,  0,    1,    0, 0,  // not compressed
+                                     1,   6,    0, 3,  0, 0, 0, 1,  0,    1,    0, 0,  // 0 is black
+                                     1,   0x11, 0, 3,  0, 0, 0, 1,  0,    8,    0, 0,  // where the pixels are
+                                     1,   0x15, 0, 3,  0, 0, 0, 1,  0,    1,    0, 0,  // channels
+                                     1,   0x17, 0, 3,  0, 0, 0, 1,  0,    2,    0, 0,  // bytes
+                                     0,   0,    0, 0};
+    const ComPtr<IWICImagingFactory> factory = CreateWicFactory();
+    const auto memory = ComPtr<IStream>::Attach(SHCreateMemStream(kFile, sizeof kFile));
+    ComPtr<IWICBitmapDecoder> decoder;
+    ComPtr<IWICBitmapFrameDecode> frame;
+    std::uint16_t pixel = 0;
+    return factory && memory &&
+           SUCCEEDED(factory->CreateDecoderFromStream(memory.Get(), nullptr, WICDecodeMetadataCacheOnDemand,
+                                                      decoder.Put())) &&
+           SUCCEEDED(decoder->GetFrame(0, frame.Put())) &&
+           SUCCEEDED(
+               frame->CopyPixels(nullptr, sizeof pixel, sizeof pixel, reinterpret_cast<BYTE*>(&pixel))) &&
+           pixel == 0x3412;
+}
+
+/// True when this machine's TIFF decoder hands out the 16-bit channels of big-endian files with their bytes
+/// exchanged. Tried out once, in memory.
+bool TiffDecoderSwapsBytes() {
+    static const bool swaps = ProbeTiffByteOrder();
+    return swaps;
+}
+
+bool StartsBigEndian(IWICImagingFactory& factory, const std::wstring& path) {
+    ComPtr<IWICStream> stream;
+    char start[2] = {};
+    ULONG count = 0;
+    return SUCCEEDED(factory.CreateStream(stream.Put())) &&
+           SUCCEEDED(stream->InitializeFromFilename(path.c_str(), GENERIC_READ)) &&
+           SUCCEEDED(stream->Read(start, sizeof start, &count)) && start[0] == 'M' && start[1] == 'M';
+}
+
+bool NeedsByteSwap(IWICImagingFactory& factory, IWICBitmapDecoder& decoder, const std::wstring& path,
+                   const WicFormat* listed) {
+    GUID container;
+    return listed && ChannelType(listed->format) == ChannelKind::Int16 &&
+           SUCCEEDED(decoder.GetContainerFormat(&container)) &&
+           IsEqualGUID(container, GUID_ContainerFormatTiff) && StartsBigEndian(factory, path) &&
+           TiffDecoderSwapsBytes();
+}
+
 }  // namespace
 
 bool CopyWicPixels(IWICBitmapSource& whole, IWICBitmapSource& rows, Image& image) {
@@ -128,6 +182,9 @@ bool DecodePicture(const std::wstring& path, std::uint32_t frameIndex, std::uint
 
     Image decoded(width, height, format.format);
     if (!decoded.IsValid() || !CopyWicPixels(*whole.Get(), *rows.Get(), decoded)) return false;
+    if (NeedsByteSwap(*factory.Get(), *decoder.Get(), path, listed)) {
+        SwapBytesOf16(decoded.pixels.get(), decoded.ByteCount());
+    }
     if (format.swapRedAndBlue) decoded.SwapRedAndBlue();
     decoded.frameCount = frameCount;
     if (frameCount > 1) ReadFrameInformation(*frameDecode.Get(), decoded);

@@ -1,49 +1,15 @@
 #include "image/wic_encode_win.h"
 
-#include <shlwapi.h>
-
 #include <algorithm>
-#include <cstring>
-#include <utility>
 
-#include "image/pixel_convert.h"
+#include "image/gif_writer.h"
+#include "image/wic_output_win.h"
 #include "image/written_rows.h"
 
 namespace skyvault {
 namespace {
 
 constexpr std::size_t kStripBytes = 1 << 20;
-
-/// A file with one frame, being encoded.
-struct OpenFile {
-    ComPtr<IStream> stream;
-    ComPtr<IWICBitmapEncoder> encoder;
-    ComPtr<IWICBitmapFrameEncode> frame;
-
-    /// Up to the frame's size; the pixel format is next.
-    bool Begin(IWICImagingFactory& factory, PictureContainer container, ComPtr<IStream> target) {
-        stream = std::move(target);
-        return stream &&
-               SUCCEEDED(factory.CreateEncoder(*WicContainerOf(container), nullptr, encoder.Put())) &&
-               SUCCEEDED(encoder->Initialize(stream.Get(), WICBitmapEncoderNoCache));
-    }
-    bool BeginFrame(std::uint32_t width, std::uint32_t height) {
-        // The encoder's default options: no option bag. Some encoders fail here without a word and leave
-        // the pointer null.
-        return SUCCEEDED(encoder->CreateNewFrame(frame.Put(), nullptr)) && frame &&
-               SUCCEEDED(frame->Initialize(nullptr)) && SUCCEEDED(frame->SetSize(width, height));
-    }
-    bool Finish() { return SUCCEEDED(frame->Commit()) && SUCCEEDED(encoder->Commit()); }
-};
-
-ComPtr<IStream> CreateFileStream(IWICImagingFactory& factory, const std::wstring& path) {
-    ComPtr<IWICStream> stream;
-    if (FAILED(factory.CreateStream(stream.Put())) ||
-        FAILED(stream->InitializeFromFilename(path.c_str(), GENERIC_WRITE))) {
-        return nullptr;
-    }
-    return stream.As<IStream>(IID_IStream);
-}
 
 /// An in-memory WIC bitmap of the rows; null when WIC has no such bitmaps or no memory.
 ComPtr<IWICBitmap> MakeBitmap(IWICImagingFactory& factory, const Image& image, const WrittenRows& rows,
@@ -73,8 +39,8 @@ WicOutcome WriteWholeBitmap(IWICImagingFactory& factory, const Image& image, con
     if (!rows.Ready()) return WicOutcome::Failed;
     const ComPtr<IWICBitmap> bitmap = MakeBitmap(factory, image, rows, format);
     if (!bitmap) return WicOutcome::CannotDo;
-    OpenFile file;
-    if (!file.Begin(factory, container, CreateFileStream(factory, path)) ||
+    WicOutput file;
+    if (!file.Begin(factory, container, CreateWicFileStream(factory, path)) ||
         !file.BeginFrame(image.width, image.height)) {
         return WicOutcome::Failed;
     }
@@ -129,14 +95,10 @@ const WicFormat* SettleFormat(IWICBitmapFrameEncode& frame, const Wishes& wishes
     return settled;
 }
 
-void SwapBytesOf16(std::byte* bytes, std::size_t count) {
-    for (std::size_t i = 0; i + 1 < count; i += 2) std::swap(bytes[i], bytes[i + 1]);
-}
-
 WicOutcome WriteOwnRows(IWICImagingFactory& factory, const Image& image, const std::wstring& path,
                         PictureContainer container, PixelFormat format) {
-    OpenFile file;
-    if (!file.Begin(factory, container, CreateFileStream(factory, path)) ||
+    WicOutput file;
+    if (!file.Begin(factory, container, CreateWicFileStream(factory, path)) ||
         !file.BeginFrame(image.width, image.height)) {
         return WicOutcome::Failed;
     }
@@ -165,116 +127,26 @@ WicOutcome WriteOwnRows(IWICImagingFactory& factory, const Image& image, const s
     return file.Finish() ? WicOutcome::Written : WicOutcome::Failed;
 }
 
-constexpr std::uint8_t kOpaqueFrom = 128;  // GIF knows no half transparency
-
-bool AnyTransparent(const Image& image, PixelFormat format) {
-    if (!HasAlpha(format) || !HasAlpha(image.format)) return false;
-    for (std::uint32_t y = 0; y < image.height; ++y) {
-        const std::byte* pixel = image.Row(y);
-        for (std::uint32_t x = 0; x < image.width; ++x, pixel += BytesPerPixel(image.format)) {
-            if (ReadColor8(image.format, pixel).alpha < kOpaqueFrom) return true;
-        }
-    }
-    return false;
-}
-
-/// The picture's colours: 256, or 255 and a transparent one after them.
-bool ChooseColours(IWICPalette& palette, IWICBitmapSource& bitmap, PixelFormat format, bool transparent) {
-    if (format == PixelFormat::Grey8 || format == PixelFormat::Grey16 || format == PixelFormat::GreyHalf) {
-        return SUCCEEDED(palette.InitializePredefined(WICBitmapPaletteTypeFixedGray256, FALSE));
-    }
-    return SUCCEEDED(palette.InitializeFromBitmap(&bitmap, transparent ? 255 : 256, FALSE));
-}
-
-WicOutcome WritePalette(IWICImagingFactory& factory, const Image& image, const std::wstring& path,
-                        PictureContainer container, PixelFormat format) {
-    const WrittenRows rows(image, format, PixelFormat::Rgba8);
-    if (!rows.Ready()) return WicOutcome::Failed;
-    const bool transparent = AnyTransparent(image, format);
-
-    // The indices of the nearest colours, as WIC dithers them.
-    ComPtr<IWICPalette> palette;
-    ComPtr<IWICFormatConverter> indexed;
-    const ComPtr<IWICBitmap> bitmap = MakeBitmap(factory, image, rows, PixelFormat::Rgba8);
-    Image indices(image.width, image.height, PixelFormat::Grey8);
-    if (!bitmap || !indices.IsValid() || FAILED(factory.CreatePalette(palette.Put())) ||
-        !ChooseColours(*palette.Get(), *bitmap.Get(), format, transparent) ||
-        FAILED(factory.CreateFormatConverter(indexed.Put())) ||
-        FAILED(indexed->Initialize(bitmap.Get(), GUID_WICPixelFormat8bppIndexed,
-                                   WICBitmapDitherTypeErrorDiffusion, palette.Get(), 0,
-                                   WICBitmapPaletteTypeCustom)) ||
-        FAILED(indexed->CopyPixels(nullptr, indices.stride, static_cast<UINT>(indices.ByteCount()),
-                                   reinterpret_cast<BYTE*>(indices.pixels.get())))) {
+WicOutcome WriteGifFile(WicRoute route, IWICImagingFactory& factory, const Image& image,
+                        const std::wstring& path, PixelFormat format) {
+    constexpr std::uint32_t kLongestEdge = 65535;
+    IndexedPicture indexed;
+    if (image.width > kLongestEdge || image.height > kLongestEdge || !MakeIndexed(image, format, indexed)) {
         return WicOutcome::Failed;
     }
-
-    if (transparent) {
-        WICColor colours[256] = {};
-        UINT count = 0;
-        if (FAILED(palette->GetColors(255, colours, &count)) || count > 255) return WicOutcome::Failed;
-        colours[count] = 0;
-        if (FAILED(palette->InitializeCustom(colours, count + 1))) return WicOutcome::Failed;
-        Image row(image.width, 1, PixelFormat::Rgba8);
-        if (!row.IsValid()) return WicOutcome::Failed;
-        for (std::uint32_t y = 0; y < image.height; ++y) {
-            rows.Get(y, row.Row(0));
-            for (std::uint32_t x = 0; x < image.width; ++x) {
-                const std::uint8_t alpha = std::to_integer<std::uint8_t>(row.Row(0)[std::size_t{x} * 4 + 3]);
-                if (alpha < kOpaqueFrom) indices.Row(y)[x] = static_cast<std::byte>(count);
-            }
-        }
-    }
-
-    OpenFile file;
-    WICPixelFormatGUID answer = GUID_WICPixelFormat8bppIndexed;
-    if (!file.Begin(factory, container, CreateFileStream(factory, path)) ||
-        FAILED(file.encoder->SetPalette(palette.Get())) || !file.BeginFrame(image.width, image.height) ||
-        FAILED(file.frame->SetPixelFormat(&answer)) || !IsEqualGUID(answer, GUID_WICPixelFormat8bppIndexed) ||
-        FAILED(file.frame->SetPalette(palette.Get())) ||
-        FAILED(file.frame->WritePixels(image.height, indices.stride, static_cast<UINT>(indices.ByteCount()),
-                                       reinterpret_cast<BYTE*>(indices.pixels.get()))) ||
-        !file.Finish()) {
-        return WicOutcome::Failed;
-    }
-    return WicOutcome::Written;
-}
-
-bool ProbePngByteOrder() {
-    const ComPtr<IWICImagingFactory> factory = CreateWicFactory();
-    if (!factory) return false;
-    const auto memory = ComPtr<IStream>::Attach(SHCreateMemStream(nullptr, 0));
-    std::uint16_t pixel[3] = {0x1234, 0x5678, 0x9abc};
-    WICPixelFormatGUID format = GUID_WICPixelFormat48bppRGB;
-    OpenFile file;
-    if (!file.Begin(*factory.Get(), PictureContainer::Png, memory) || !file.BeginFrame(1, 1) ||
-        FAILED(file.frame->SetPixelFormat(&format)) || !IsEqualGUID(format, GUID_WICPixelFormat48bppRGB) ||
-        FAILED(file.frame->WritePixels(1, sizeof pixel, sizeof pixel, reinterpret_cast<BYTE*>(pixel))) ||
-        !file.Finish()) {
-        return false;
-    }
-    ComPtr<IWICBitmapDecoder> decoder;
-    ComPtr<IWICBitmapFrameDecode> frame;
-    const LARGE_INTEGER start{};
-    std::uint16_t read[3] = {};
-    if (FAILED(memory->Seek(start, STREAM_SEEK_SET, nullptr)) ||
-        FAILED(factory->CreateDecoderFromStream(memory.Get(), nullptr, WICDecodeMetadataCacheOnDemand,
-                                                decoder.Put())) ||
-        FAILED(decoder->GetFrame(0, frame.Put())) ||
-        FAILED(frame->CopyPixels(nullptr, sizeof read, sizeof read, reinterpret_cast<BYTE*>(read)))) {
-        return false;
-    }
-    return read[0] == 0x3412;
+    const bool written = route == WicRoute::OwnFile ? WriteGif(path, indexed, image.width, image.height)
+                                                    : WriteWicIndexed(factory, PictureContainer::Gif,
+                                                                      CreateWicFileStream(factory, path),
+                                                                      indexed, image.width, image.height);
+    return written ? WicOutcome::Written : WicOutcome::Failed;
 }
 
 }  // namespace
 
-bool PngEncoderSwapsBytes() {
-    static const bool swaps = ProbePngByteOrder();
-    return swaps;
-}
-
 WicRoute FirstWicRoute(PictureContainer container, PixelFormat format) {
-    if (container == PictureContainer::Gif) return WicRoute::Palette;
+    if (container == PictureContainer::Gif) {
+        return GifEncoderLosesTransparency() ? WicRoute::OwnFile : WicRoute::Palette;
+    }
     if (container == PictureContainer::Png && ChannelType(format) == ChannelKind::Int16 &&
         PngEncoderSwapsBytes()) {
         return WicRoute::OwnRows;
@@ -292,7 +164,8 @@ WicOutcome WriteOnRoute(WicRoute route, const Image& image, const std::wstring& 
         case WicRoute::OwnRows:
             return WriteOwnRows(*factory.Get(), image, path, container, format);
         case WicRoute::Palette:
-            return WritePalette(*factory.Get(), image, path, container, format);
+        case WicRoute::OwnFile:
+            return WriteGifFile(route, *factory.Get(), image, path, format);
     }
     return WicOutcome::Failed;
 }

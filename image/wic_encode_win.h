@@ -1,4 +1,4 @@
-// How a picture gets into a file through WIC. There are three routes, because neither every encoder nor
+// How a picture gets into a file through WIC. There are four routes, because neither every encoder nor
 // every installation can do all that is asked:
 //
 //   WholeBitmap  an in-memory WIC bitmap in the wanted format is handed to the encoder, which converts
@@ -6,15 +6,16 @@
 //   OwnRows      the pixels are converted by our own rules to exactly the format the encoder asks for,
 //                and written in strips. For where WIC has no such bitmap or no such conversion, and for
 //                PNG encoders that store 16-bit channels in the wrong byte order.
-//   Palette      GIF: 256 colours chosen for the picture, dithered; one of them transparent when pixels
-//                of the picture are.
+//   Palette      GIF: at most 256 colours, which we choose ourselves, for WIC's own choice is not to be
+//                had from every format and knows no transparency.
+//   OwnFile      GIF where WIC's encoder loses transparency: the whole file is our own.
 #pragma once
 
 #include "image/wic_formats_win.h"
 
 namespace skyvault {
 
-enum class WicRoute { WholeBitmap, OwnRows, Palette };
+enum class WicRoute { WholeBitmap, OwnRows, Palette, OwnFile };
 
 /// The route a picture starts on. WholeBitmap turns into OwnRows when WIC cannot do it.
 WicRoute FirstWicRoute(PictureContainer container, PixelFormat format);
@@ -28,9 +29,5 @@ enum class WicOutcome {
 /// Writes the file on that one route. format: one of the nine.
 WicOutcome WriteOnRoute(WicRoute route, const Image& image, const std::wstring& path,
                         PictureContainer container, PixelFormat format);
-
-/// True when this machine's PNG encoder stores 16-bit channels with their bytes exchanged. Tried out once,
-/// in memory.
-bool PngEncoderSwapsBytes();
 
 }  // namespace skyvault

@@ -62,6 +62,10 @@ const GUID* WicContainerOf(PictureContainer container) {
     return nullptr;
 }
 
+void SwapBytesOf16(std::byte* bytes, std::size_t count) {
+    for (std::size_t i = 0; i + 1 < count; i += 2) std::swap(bytes[i], bytes[i + 1]);
+}
+
 ComPtr<IWICImagingFactory> CreateWicFactory() {
     ComPtr<IWICImagingFactory> factory;
     CoCreateInstance(CLSID_WICImagingFactory, nullptr, CLSCTX_INPROC_SERVER, IID_IWICImagingFactory,

@@ -32,4 +32,7 @@ const GUID* WicContainerOf(PictureContainer container);
 /// A factory of the caller's own; null when COM is not initialised on this thread or WIC is missing.
 ComPtr<IWICImagingFactory> CreateWicFactory();
 
+/// Exchanges the bytes of every 16-bit channel.
+void SwapBytesOf16(std::byte* bytes, std::size_t count);
+
 }  // namespace skyvault

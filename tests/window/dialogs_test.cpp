@@ -226,12 +226,12 @@ TEST(AboutBox, DrawsItsTextsAndCloses) {
     EXPECT_TRUE(Eventually([&] {
         const Image pixels = WindowPixels(window, false);
         int dark = 0;
-        for (std::uint32_t y = 0; y < pixels.height / 2; ++y) {
-            for (std::uint32_t x = pixels.width * 2 / 3; x < pixels.width; ++x) {
+        for (std::uint32_t y = pixels.width / 2 + 2; y < pixels.height; ++y) {
+            for (std::uint32_t x = 0; x < pixels.width / 2; ++x) {
                 dark += pixels.GetPixel8(static_cast<int>(x), static_cast<int>(y)).green < 100 ? 1 : 0;
             }
         }
-        return dark > 50 && pixels.GetPixel8(static_cast<int>(pixels.width) - 3, 2) == kOpaqueWhite;
+        return dark > 50 && pixels.GetPixel8(2, static_cast<int>(pixels.height) - 3) == kOpaqueWhite;
     }));
     Shot(window, "about");
     EXPECT_TRUE(PressButton(window, IDOK));

@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <vector>
 
 #include "app/message_box.h"
 #include "app/program.h"
@@ -64,6 +63,13 @@ Image ReadPixels(HDC source, int left, int top, int width, int height) {
     DeleteObject(bitmap);
     DeleteDC(memory);
     return image;
+}
+
+/// Lets the windows finish their painting, if pictures are wanted at all.
+bool WaitForShot() {
+    if (std::getenv("SKYVAULT_SHOTS") == nullptr) return false;
+    Sleep(500);
+    return true;
 }
 
 void SaveShot(Image image, const char* name) {
@@ -167,21 +173,27 @@ Image WindowPixels(HWND window, bool withFrame) {
 }
 
 void Shot(HWND window, const char* name) {
-    if (std::getenv("SKYVAULT_SHOTS") != nullptr) SaveShot(WindowPixels(window, true), name);
+    if (!WaitForShot()) return;
+    SaveShot(WindowPixels(window, true), name);
 }
 
 void ScreenShot(const char* name) {
-    if (std::getenv("SKYVAULT_SHOTS") == nullptr) return;
+    if (!WaitForShot()) return;
     const HDC screen = GetDC(nullptr);
     SaveShot(ReadPixels(screen, 0, 0, GetSystemMetrics(SM_CXSCREEN), GetSystemMetrics(SM_CYSCREEN)), name);
     ReleaseDC(nullptr, screen);
 }
 
-void Press(std::initializer_list<WORD> keys) {
-    for (const WORD key : keys) SendKey(key, 0);
-    // A held modifier has to be seen by the program before it is let go.
-    if (keys.size() > 1) Sleep(150);
-    for (auto key = std::rbegin(keys); key != std::rend(keys); ++key) SendKey(*key, KEYEVENTF_KEYUP);
+HeldKeys::HeldKeys(std::initializer_list<WORD> keys) : keys_(keys) {
+    for (const WORD key : keys_) SendKey(key, 0);
+}
+
+HeldKeys::~HeldKeys() {
+    for (auto key = keys_.rbegin(); key != keys_.rend(); ++key) SendKey(*key, KEYEVENTF_KEYUP);
+}
+
+void Press(WORD key) {
+    const HeldKeys held({key});
 }
 
 void Type(const std::wstring& text) {
