@@ -70,8 +70,8 @@ void WindowHost::SetTitle(const std::wstring& title) {
         static_cast<std::size_t>(GetWindowTextW(window_, current.data(), static_cast<int>(current.size()))));
     if (current == title) return;
     SetWindowTextW(window_, title.c_str());
-    // Wine does not repaint the caption of a window that Direct2D draws into.
-    RedrawWindow(window_, nullptr, nullptr, RDW_FRAME | RDW_INVALIDATE | RDW_NOCHILDREN | RDW_UPDATENOW);
+    // Systems without a window manager would show the old caption until the frame is next painted.
+    RedrawWindow(window_, nullptr, nullptr, RDW_FRAME | RDW_INVALIDATE);
 }
 
 void WindowHost::UpdateMenuChecks() {

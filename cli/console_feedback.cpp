@@ -19,17 +19,17 @@ std::wstring ProgressLine(float fraction, std::wstring_view text) {
 }
 
 std::wstring OnOneLine(std::wstring_view text) {
+    constexpr std::wstring_view kSpace = L" \r\n";
+    text = text.substr(0, text.find_last_not_of(kSpace) + 1);
     std::wstring line;
-    for (const wchar_t c : text) {
-        if (c != L'\n' && c != L'\r') {
-            line += c;
-        } else if (!line.empty() && line.back() != L' ') {
-            const wchar_t last = line.back();
-            const bool ended = last == L'.' || last == L':' || last == L'!' || last == L'?';
-            line += ended ? L" " : L". ";
-        }
+    while (!text.empty()) {
+        const std::size_t end = std::min(text.find_first_of(L"\r\n"), text.size());
+        line += text.substr(0, end);
+        text.remove_prefix(std::min(text.find_first_not_of(kSpace, end), text.size()));
+        if (text.empty() || line.empty()) continue;
+        const bool ended = std::wstring_view(L".:!?").find(line.back()) != std::wstring_view::npos;
+        line += ended ? L" " : L". ";
     }
-    while (!line.empty() && line.back() == L' ') line.pop_back();
     return line;
 }
 

@@ -27,22 +27,31 @@ struct Runner {
 /// An export cannot be stopped midway, but the program can, once nothing half-written is left. A file that
 /// is still open is waited for.
 void EndInterrupted() {
-    while (!AbandonPendingOutputs()) SleepMilliseconds(20);
+    if (SaysNoMore()) return;
     if (IsTerminal(OutputStream::Messages)) WriteText(OutputStream::Messages, L"\n");
     WriteMessage(L"interrupted");
+    SayNoMore();
+    while (!AbandonPendingOutputs()) SleepMilliseconds(20);
     std::_Exit(kInterrupted);
 }
 
-}  // namespace
-
-int RunConsoleProgram(const std::vector<std::wstring>& arguments) {
-    OnInterrupt(EndInterrupted);
+ExitStatus Run(const std::vector<std::wstring>& arguments) {
     try {
         return std::visit(Runner{}, ParseArguments(arguments));
     } catch (const std::bad_alloc&) {
         WriteMessage(L"Out of memory");
         return kFailed;
     }
+}
+
+}  // namespace
+
+int RunConsoleProgram(const std::vector<std::wstring>& arguments) {
+    OnInterrupt(EndInterrupted);
+    const ExitStatus status = Run(arguments);
+    // What was interrupted failed, but the interruption is what ends the program.
+    while (SaysNoMore()) SleepMilliseconds(20);
+    return status;
 }
 
 }  // namespace skyvault

@@ -14,6 +14,10 @@ enum class OutputStream {
 /// Writes the text at once: as it is to a Windows console, as UTF-8 to everything else.
 void WriteText(OutputStream stream, std::wstring_view text);
 
+/// From now on WriteText writes nothing: the last word was said, and another thread may not know it yet.
+void SayNoMore();
+bool SaysNoMore();
+
 /// Somebody watches: the stream is a terminal, neither a file nor a pipe.
 bool IsTerminal(OutputStream stream);
 

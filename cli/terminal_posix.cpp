@@ -7,7 +7,7 @@
 #include <thread>
 #include <utility>
 
-#include "cli/terminal.h"
+#include "cli/terminal_stream.h"
 #include "platform/utf8.h"
 
 namespace skyvault {
@@ -20,7 +20,7 @@ int Descriptor(OutputStream stream) {
 
 }  // namespace
 
-void WriteText(OutputStream stream, std::wstring_view text) {
+void WriteToStream(OutputStream stream, std::wstring_view text) {
     const std::string bytes = ToUtf8(text);
     std::size_t written = 0;
     while (written < bytes.size()) {

@@ -4,7 +4,7 @@
 #include <string>
 #include <utility>
 
-#include "cli/terminal.h"
+#include "cli/terminal_stream.h"
 #include "platform/utf8.h"
 
 namespace skyvault {
@@ -27,7 +27,7 @@ BOOL WINAPI ConsoleControl(DWORD) {
 
 }  // namespace
 
-void WriteText(OutputStream stream, std::wstring_view text) {
+void WriteToStream(OutputStream stream, std::wstring_view text) {
     const HANDLE handle = Handle(stream);
     DWORD written = 0;
     if (IsTerminal(stream)) {

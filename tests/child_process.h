@@ -15,7 +15,9 @@ struct ProgramResult {
 /// A started program. Its output goes to files, so that it never waits for its reader.
 class ChildProcess {
   public:
-    ChildProcess(const std::wstring& program, const std::vector<std::wstring>& arguments);
+    /// interruptible: Interrupt will be called.
+    ChildProcess(const std::wstring& program, const std::vector<std::wstring>& arguments,
+                 bool interruptible = false);
     ~ChildProcess();
     ChildProcess(const ChildProcess&) = delete;
     ChildProcess& operator=(const ChildProcess&) = delete;

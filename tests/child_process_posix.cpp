@@ -22,7 +22,7 @@ struct ChildProcess::State {
     }
 };
 
-ChildProcess::ChildProcess(const std::wstring& program, const std::vector<std::wstring>& arguments)
+ChildProcess::ChildProcess(const std::wstring& program, const std::vector<std::wstring>& arguments, bool)
     : state_(std::make_unique<State>()) {
     std::vector<std::string> texts = {ToUtf8(program)};
     for (const std::wstring& argument : arguments) texts.push_back(ToUtf8(argument));
@@ -61,7 +61,7 @@ ChildProcess::~ChildProcess() {
 
 bool ChildProcess::HasEnded() {
     state_->Reap(WNOHANG);
-    return state_->ended;
+    return state_->ended || state_->process < 0;
 }
 
 bool ChildProcess::Interrupt() {

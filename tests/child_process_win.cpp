@@ -30,9 +30,21 @@ HANDLE CreateInheritable(const std::wstring& path) {
                        FILE_ATTRIBUTE_NORMAL, nullptr);
 }
 
+bool madeOwnConsole = false;
+
+/// Ctrl+C needs a console, and tests run from a script may have none. Everything on the one made here is
+/// sent the key, so this process is deaf to it.
+void MakeOwnConsole() {
+    if (madeOwnConsole) return;
+    FreeConsole();
+    SetConsoleCtrlHandler([](DWORD) -> BOOL { return TRUE; }, TRUE);
+    madeOwnConsole = AllocConsole() != 0;
+}
+
 }  // namespace
 
 struct ChildProcess::State {
+    bool ownGroup = false;  ///< on the tests' own console, where nothing else shall be interrupted
     TemporaryFolder folder;
     PROCESS_INFORMATION process{};
 
@@ -43,17 +55,23 @@ struct ChildProcess::State {
     }
 };
 
-ChildProcess::ChildProcess(const std::wstring& program, const std::vector<std::wstring>& arguments)
+ChildProcess::ChildProcess(const std::wstring& program, const std::vector<std::wstring>& arguments,
+                           bool interruptible)
     : state_(std::make_unique<State>()) {
     std::wstring line = Quoted(program);
     for (const std::wstring& argument : arguments) line += L" " + Quoted(argument);
+    if (interruptible) {
+        state_->ownGroup = !madeOwnConsole && GetConsoleCP() != 0;
+        if (!state_->ownGroup) MakeOwnConsole();
+    }
     STARTUPINFOW startup{};
     startup.cb = sizeof startup;
     startup.dwFlags = STARTF_USESTDHANDLES;
     startup.hStdOutput = CreateInheritable(state_->folder.Path(L"out"));
     startup.hStdError = CreateInheritable(state_->folder.Path(L"err"));
-    if (!CreateProcessW(program.c_str(), line.data(), nullptr, nullptr, TRUE, CREATE_NEW_PROCESS_GROUP,
-                        nullptr, nullptr, &startup, &state_->process)) {
+    if (!CreateProcessW(program.c_str(), line.data(), nullptr, nullptr, TRUE,
+                        state_->ownGroup ? CREATE_NEW_PROCESS_GROUP : 0, nullptr, nullptr, &startup,
+                        &state_->process)) {
         state_->process = {};
     }
     CloseHandle(startup.hStdOutput);
@@ -69,11 +87,13 @@ ChildProcess::~ChildProcess() {
 }
 
 bool ChildProcess::HasEnded() {
-    return WaitForSingleObject(state_->process.hProcess, 0) == WAIT_OBJECT_0;
+    return state_->process.hProcess == nullptr ||
+           WaitForSingleObject(state_->process.hProcess, 0) == WAIT_OBJECT_0;
 }
 
 bool ChildProcess::Interrupt() {
-    return GenerateConsoleCtrlEvent(CTRL_BREAK_EVENT, state_->process.dwProcessId) != 0;
+    if (state_->ownGroup) return GenerateConsoleCtrlEvent(CTRL_BREAK_EVENT, state_->process.dwProcessId) != 0;
+    return GenerateConsoleCtrlEvent(CTRL_C_EVENT, 0) != 0;
 }
 
 ProgramResult ChildProcess::Wait() {

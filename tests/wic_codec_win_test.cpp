@@ -14,6 +14,7 @@
 namespace skyvault {
 namespace {
 
+using test::TemporaryFolder;
 using enum PixelFormat;
 
 constexpr PixelFormat kAllFormats[] = {Grey8,   Grey16, GreyHalf, Rgb8,    Rgb16,

@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <vector>
 
 #include "app/message_box.h"
 #include "app/program.h"
@@ -185,11 +184,16 @@ void ScreenShot(const char* name) {
     ReleaseDC(nullptr, screen);
 }
 
-void Press(std::initializer_list<WORD> keys) {
-    for (const WORD key : keys) SendKey(key, 0);
-    // A held modifier has to be seen by the program before it is let go.
-    if (keys.size() > 1) Sleep(150);
-    for (auto key = std::rbegin(keys); key != std::rend(keys); ++key) SendKey(*key, KEYEVENTF_KEYUP);
+HeldKeys::HeldKeys(std::initializer_list<WORD> keys) : keys_(keys) {
+    for (const WORD key : keys_) SendKey(key, 0);
+}
+
+HeldKeys::~HeldKeys() {
+    for (auto key = keys_.rbegin(); key != keys_.rend(); ++key) SendKey(*key, KEYEVENTF_KEYUP);
+}
+
+void Press(WORD key) {
+    const HeldKeys held({key});
 }
 
 void Type(const std::wstring& text) {

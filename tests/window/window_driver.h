@@ -12,6 +12,7 @@
 #include <initializer_list>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "image/image.h"
 #include "settings/app_state.h"
@@ -41,9 +42,22 @@ void Shot(HWND window, const char* name);
 /// The same for the whole screen.
 void ScreenShot(const char* name);
 
-/// Real key input to the window with the focus: presses the keys in order, releases them in reverse.
-void Press(std::initializer_list<WORD> keys);
-/// The same for a text.
+/// Real key input to the window with the focus: presses the keys in order, and releases them in reverse when
+/// this goes. A held modifier counts at the moment the program comes to the key: wait for the effect first.
+class HeldKeys {
+  public:
+    explicit HeldKeys(std::initializer_list<WORD> keys);
+    ~HeldKeys();
+    HeldKeys(const HeldKeys&) = delete;
+    HeldKeys& operator=(const HeldKeys&) = delete;
+
+  private:
+    std::vector<WORD> keys_;
+};
+
+/// Presses and releases one key.
+void Press(WORD key);
+/// Types a text.
 void Type(const std::wstring& text);
 
 /// A visible top-level window of the process with this class and title; waits for it. Null when none came.
