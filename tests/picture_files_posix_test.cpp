@@ -70,6 +70,19 @@ TEST(PictureFilesPosix, OrientationTagsTurnNothing) {
     EXPECT_EQ(LoadPicture(folder / L"turned.jpg").width, 20u);
 }
 
+TEST(PictureFilesPosix, HeifIsWrittenWhereItsEncoderIsInstalled) {
+    const TemporaryFolder folder;
+    for (const std::uint32_t width : {5u, 70u}) {
+        Image source(width, 9, Rgb8);
+        source.Fill(PixelValue(Color8(200, 100, 50, 255)));
+        if (!SavePicture(source, folder / L"a.heic")) GTEST_SKIP() << "no HEIF encoder";
+        const Image read = LoadPicture(folder / L"a.heic");
+        ASSERT_EQ(read.width, width);
+        EXPECT_NEAR(read.GetPixel8(4, 8).red, 200, 4);
+        EXPECT_NEAR(read.GetPixel8(4, 8).blue, 50, 4);
+    }
+}
+
 TEST(PictureFilesPosix, PipesAndForbiddenFilesAreRefusedAtOnce) {
     const TemporaryFolder folder;
     ASSERT_EQ(mkfifo(ToUtf8(folder / L"pipe.png").c_str(), 0600), 0);
