@@ -3,7 +3,10 @@
 #include <commctrl.h>
 #include <objbase.h>
 
+#include <new>
+
 #include "app/main_window.h"
+#include "app/message_box.h"
 #include "app/screen.h"
 #include "app/window_host.h"
 #include "platform/files.h"
@@ -47,9 +50,7 @@ int RunWithCom(Session& session, WindowHost& host) {
     return result;
 }
 
-}  // namespace
-
-int RunSkyvault(HINSTANCE instance, int showCommand) {
+int Run(HINSTANCE instance, int showCommand) {
     // The progress box paints itself while a long command runs; without this the system would lay a
     // picture of the window as "not responding" over it after five seconds.
     DisableProcessWindowsGhosting();
@@ -73,6 +74,17 @@ int RunSkyvault(HINSTANCE instance, int showCommand) {
     const int result = RunWithCom(session, host);
     SaveSettings(settings, SettingsPath(ProgramFolder()), host);
     return result;
+}
+
+}  // namespace
+
+int RunSkyvault(HINSTANCE instance, int showCommand) {
+    try {
+        return Run(instance, showCommand);
+    } catch (const std::bad_alloc&) {
+        ShowMessage(L"Out of memory", true);
+        return 0;
+    }
 }
 
 }  // namespace skyvault

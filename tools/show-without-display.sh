@@ -37,10 +37,10 @@ sleep 0.5
 xdotool type --delay 20 "Mountain lake.jpg"
 xdotool key Return
 await "Skyvault - Mountain lake.jpg"
-sleep 1
+sleep 3
 import -window root -crop "${WIDTH}x${HEIGHT}+$X+$Y" +repage "$out/window-equirectangular.png"
 xdotool key F11
-sleep 2
+sleep 3
 import -window root -crop "${WIDTH}x${HEIGHT}+$X+$Y" +repage "$out/window-preview.png"
 xdotool key alt+F4
 wait
