@@ -15,6 +15,7 @@ namespace skyvault {
 namespace {
 
 using test::Bytes;
+using test::TemporaryFolder;
 using enum PixelFormat;
 
 Bytes Floats(std::initializer_list<float> values) {

@@ -15,9 +15,8 @@
 namespace skyvault {
 namespace {
 
-using test::TemporaryFolder;
-
 using test::Bytes;
+using test::TemporaryFolder;
 using enum PixelFormat;
 
 constexpr PixelFormat kAllFormats[] = {Grey8,   Grey16, GreyHalf, Rgb8,    Rgb16,

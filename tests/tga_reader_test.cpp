@@ -11,6 +11,7 @@ namespace skyvault {
 namespace {
 
 using test::Bytes;
+using test::TemporaryFolder;
 
 /// 2 × 2, 24 bits, top row first: red, green / blue, white. A TGA stores blue first.
 Bytes TrueColour() {
