@@ -10,6 +10,8 @@
 namespace skyvault {
 namespace {
 
+using test::TemporaryFolder;
+
 using test::Bytes;
 using test::TemporaryFolder;
 
