@@ -14,6 +14,8 @@
 namespace skyvault {
 namespace {
 
+using test::TemporaryFolder;
+
 using test::Bytes;
 using enum PixelFormat;
 

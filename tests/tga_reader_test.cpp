@@ -10,6 +10,8 @@
 namespace skyvault {
 namespace {
 
+using test::TemporaryFolder;
+
 using test::Bytes;
 
 /// 2 × 2, 24 bits, top row first: red, green / blue, white. A TGA stores blue first.
