@@ -21,6 +21,11 @@ else()
       -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer -D_GLIBCXX_ASSERTIONS)
     target_link_options(skyvault_options INTERFACE -fsanitize=address,undefined)
   endif()
+  if(SKYVAULT_FUZZ)
+    # The libraries tell the fuzzer which of their branches an input reached.
+    target_compile_options(skyvault_options INTERFACE -fsanitize=fuzzer-no-link)
+    target_link_options(skyvault_options INTERFACE -fsanitize=fuzzer-no-link)
+  endif()
 endif()
 # -O3 in release builds: the row kernels rely on the vectoriser.
 if(NOT MSVC)

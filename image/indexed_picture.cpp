@@ -18,7 +18,7 @@ constexpr std::size_t kMostColours = 256;
 class ColourRows {
   public:
     ColourRows(const Image& image, PixelFormat wanted)
-        : rows_(image, wanted, PixelFormat::Rgba8), row_(image.width), width_(image.width) {}
+        : rows_(image, wanted, PixelFormat::Rgba8), row_(image.width) {}
     bool Ready() const { return rows_.Ready(); }
     const std::vector<Color8>& Get(std::uint32_t y) {
         static_assert(sizeof(Color8) == 4);
@@ -29,7 +29,6 @@ class ColourRows {
   private:
     WrittenRows rows_;
     std::vector<Color8> row_;
-    std::uint32_t width_;
 };
 
 bool IsTransparent(const Color8& colour) {

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstring>
 #include <memory>
 #include <utility>
 
@@ -135,8 +136,11 @@ bool WriteRows(OIIO::ImageOutput& output, const WrittenRows& rows, std::uint32_t
     const std::size_t rowBytes = std::size_t{BytesPerPixel(format)} * width;
     const auto stripRows =
         static_cast<std::uint32_t>(std::clamp<std::size_t>(kStripBytes / rowBytes, 1, height));
-    Image strip(width, stripRows, format);
+    // The HEIF writer reads up to some hundred bytes beyond each row.
+    const std::uint32_t spareRows = 1 + static_cast<std::uint32_t>(1024 / rowBytes);
+    Image strip(width, stripRows + spareRows, format);
     if (!strip.IsValid()) return false;
+    std::memset(strip.pixels.get(), 0, strip.ByteCount());
     for (std::uint32_t y = 0; y < height; y += stripRows) {
         const std::uint32_t count = std::min(stripRows, height - y);
         for (std::uint32_t row = 0; row < count; ++row) rows.Get(y + row, strip.Row(row));

@@ -1,6 +1,8 @@
 // A picture file being encoded through WIC, and what this machine's encoders get wrong.
 #pragma once
 
+#include <windows.h>
+
 #include <objidl.h>
 
 #include "image/indexed_picture.h"

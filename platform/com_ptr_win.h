@@ -5,6 +5,7 @@
 
 #include <unknwn.h>
 
+#include <cstddef>
 #include <utility>
 
 namespace skyvault {

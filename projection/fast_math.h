@@ -112,20 +112,19 @@ SKYVAULT_INLINE float PowPositive(float base, double exponent) {
     constexpr double kRoundToInteger = 6755399441055744.0;
     // log2(base): split into 2^e · m with m in √½..√2.
     const double wide = static_cast<double>(base);
-    std::int64_t bits;
+    std::uint64_t bits;
     std::memcpy(&bits, &wide, sizeof bits);
-    constexpr std::int64_t kSqrtHalfBits = 0x3fe6a09e667f3bcd;
-    constexpr std::int64_t kOneBits = 0x3ff0000000000000;
-    constexpr std::int64_t kMantissa = 0x000fffffffffffff;
-    const std::int64_t shiftedBits = bits + (kOneBits - kSqrtHalfBits);
+    constexpr std::uint64_t kSqrtHalfBits = 0x3fe6a09e667f3bcd;
+    constexpr std::uint64_t kOneBits = 0x3ff0000000000000;
+    constexpr std::uint64_t kMantissa = 0x000fffffffffffff;
+    const std::uint64_t shiftedBits = bits + (kOneBits - kSqrtHalfBits);
     // The exponent as a double, through the mantissa of 2^52: vectors of 64-bit integers cannot be converted.
-    constexpr std::int64_t kTwo52Bits = 0x4330000000000000;
-    const std::int64_t exponentBits =
-        static_cast<std::int64_t>(static_cast<std::uint64_t>(shiftedBits) >> 52) | kTwo52Bits;
+    constexpr std::uint64_t kTwo52Bits = 0x4330000000000000;
+    const std::uint64_t exponentBits = (shiftedBits >> 52) | kTwo52Bits;
     double exponentOfBase;
     std::memcpy(&exponentOfBase, &exponentBits, sizeof exponentOfBase);
     exponentOfBase -= 4503599627370496.0 + 1023.0;
-    const std::int64_t mantissaBits = (shiftedBits & kMantissa) + kSqrtHalfBits;
+    const std::uint64_t mantissaBits = (shiftedBits & kMantissa) + kSqrtHalfBits;
     double m;
     std::memcpy(&m, &mantissaBits, sizeof m);
     const double t = (m - 1.0) / (m + 1.0);
@@ -146,7 +145,7 @@ SKYVAULT_INLINE float PowPositive(float base, double exponent) {
     const double low = product < -1000.0 ? -1000.0 : product;
     const double y = low > 1000.0 ? 1000.0 : low;
     const double shifted = y + kRoundToInteger;
-    std::int64_t whole;
+    std::uint64_t whole;
     std::memcpy(&whole, &shifted, sizeof whole);
     const double f = y - (shifted - kRoundToInteger);
     const double p =
@@ -168,9 +167,9 @@ SKYVAULT_INLINE float PowPositive(float base, double exponent) {
          0.6931471805599453) *
             f +
         1.0;
-    std::int64_t powerBits;
+    std::uint64_t powerBits;
     std::memcpy(&powerBits, &p, sizeof powerBits);
-    powerBits += static_cast<std::int64_t>(static_cast<std::uint64_t>(whole) << 52);
+    powerBits += whole << 52;
     double power;
     std::memcpy(&power, &powerBits, sizeof power);
     constexpr float kNan = std::numeric_limits<float>::quiet_NaN();

@@ -17,6 +17,7 @@ namespace {
 using test::TemporaryFolder;
 
 using test::Bytes;
+using test::TemporaryFolder;
 using enum PixelFormat;
 
 Bytes Floats(std::initializer_list<float> values) {
@@ -69,6 +70,19 @@ TEST(PictureFilesPosix, OrientationTagsTurnNothing) {
     jpeg.insert(jpeg.begin() + 2, exif.begin(), exif.end());
     ASSERT_TRUE(test::WriteFile(folder / L"turned.jpg", jpeg));
     EXPECT_EQ(LoadPicture(folder / L"turned.jpg").width, 20u);
+}
+
+TEST(PictureFilesPosix, HeifIsWrittenWhereItsEncoderIsInstalled) {
+    const TemporaryFolder folder;
+    for (const std::uint32_t width : {5u, 70u}) {
+        Image source(width, 9, Rgb8);
+        source.Fill(PixelValue(Color8(200, 100, 50, 255)));
+        if (!SavePicture(source, folder / L"a.heic")) GTEST_SKIP() << "no HEIF encoder";
+        const Image read = LoadPicture(folder / L"a.heic");
+        ASSERT_EQ(read.width, width);
+        EXPECT_NEAR(read.GetPixel8(4, 8).red, 200, 4);
+        EXPECT_NEAR(read.GetPixel8(4, 8).blue, 50, 4);
+    }
 }
 
 TEST(PictureFilesPosix, PipesAndForbiddenFilesAreRefusedAtOnce) {

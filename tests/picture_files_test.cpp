@@ -15,9 +15,8 @@
 namespace skyvault {
 namespace {
 
-using test::TemporaryFolder;
-
 using test::Bytes;
+using test::TemporaryFolder;
 using enum PixelFormat;
 
 constexpr PixelFormat kAllFormats[] = {Grey8,   Grey16, GreyHalf, Rgb8,    Rgb16,
@@ -404,6 +403,24 @@ TEST(PictureFiles, GifKeepsFewColoursExactlyAndTransparency) {
     // Written without alpha, nothing is transparent.
     ASSERT_TRUE(SavePicture(image, folder / L"b.gif", Rgb8));
     EXPECT_EQ(LoadPicture(folder / L"b.gif").GetPixel8(5, 2), Color8(9, 9, 9, 255));
+}
+
+TEST(PictureFiles, GifCodesOfEveryLengthAreReadBack) {
+    const TemporaryFolder folder;
+    for (const int colours : {1, 2, 3, 4, 5, 16, 17, 255, 256}) {
+        // Noise soon fills the table of strings, and one long run does not.
+        Image image(130, 130, Grey8);
+        std::uint32_t noise = 1;
+        for (std::size_t i = 0; i < image.ByteCount(); ++i) {
+            noise = noise * 214013 + 2531011;
+            image.pixels[i] =
+                static_cast<std::byte>(i < 4000 ? 0 : (noise >> 16) % static_cast<std::uint32_t>(colours));
+        }
+        ASSERT_TRUE(SavePicture(image, folder / L"a.gif")) << colours;
+        const Image read = LoadPicture(folder / L"a.gif");
+        ASSERT_EQ(read.height, image.height) << colours;
+        EXPECT_EQ(Compare(image, read).colour, 0) << colours;
+    }
 }
 
 struct DecodeRow {

@@ -13,6 +13,7 @@ namespace {
 using test::TemporaryFolder;
 
 using test::Bytes;
+using test::TemporaryFolder;
 
 /// 2 × 2, 24 bits, top row first: red, green / blue, white. A TGA stores blue first.
 Bytes TrueColour() {
