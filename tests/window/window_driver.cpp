@@ -1,5 +1,6 @@
 #include "tests/window/window_driver.h"
 
+#include <gtest/gtest.h>
 #include <objbase.h>
 
 #include <algorithm>
@@ -18,7 +19,11 @@ namespace skyvault::test {
 namespace {
 
 /// The tests read and write pictures themselves; their thread pumps no messages.
-const HRESULT comForTests = CoInitializeEx(nullptr, COINIT_MULTITHREADED);
+class ComForTests final : public testing::Environment {
+    void SetUp() override { CoInitializeEx(nullptr, COINIT_MULTITHREADED); }
+    void TearDown() override { CoUninitialize(); }
+};
+const testing::Environment* const comForTests = testing::AddGlobalTestEnvironment(new ComForTests);
 
 /// Messages of the settings file's writer have nobody to go to here.
 class Silent final : public Feedback {
