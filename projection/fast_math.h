@@ -45,7 +45,10 @@ SKYVAULT_INLINE float Atan2(float y, float x) {
     const float denominator = sum == 0.0f ? 1.0f : sum;
     const float q = numerator / denominator;
     const float z = q * q;
-    const float p = (((-0.06450364f * z + 0.10743258f) * z - 0.14263912f) * z + 0.1999954f) * z - 0.33333331f;
+    // Not Horner's way: fewer steps wait for each other.
+    const float zz = z * z;
+    const float p =
+        (0.1999954f * z - 0.33333331f) + zz * ((0.10743258f * z - 0.14263912f) - 0.06450364f * zz);
     const float tail = q * z * p;
     // The constants' second parts keep the octants' offsets from costing accuracy.
     const float octant = beyond ? kPiHigh * 0.25f : 0.0f;

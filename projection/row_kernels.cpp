@@ -80,14 +80,16 @@ static bool EquirectOffsets(const float* SKYVAULT_RESTRICT x, const float* SKYVA
 
     alignas(64) float columnPosition[kBlockSize], rowPosition[kBlockSize];
     alignas(64) std::int32_t columns[kBlockSize], rows[kBlockSize];
+    // Short loops: the processor overlaps more of their iterations than of one long one.
+    for (int i = 0; i < n; ++i) columnPosition[i] = (Atan2(x[i], z[i]) + kPi) * width / kTwoPi;
     for (int i = 0; i < n; ++i) {
-        const float longitude = Atan2(x[i], z[i]);
-        const float aside = SquareRoot(x[i] * x[i] + z[i] * z[i]);
-        const float latitude = Atan2(y[i], aside);
+        const float latitude = Atan2(y[i], SquareRoot(x[i] * x[i] + z[i] * z[i]));
         const float pole = y[i] > 0.0f ? kPi * 0.5f : -kPi * 0.5f;
-        const float phi = std::fabs(x[i]) + std::fabs(z[i]) == 0.0f ? pole : latitude;
-        columnPosition[i] = (longitude + kPi) * width / kTwoPi;
-        rowPosition[i] = static_cast<float>((kHalfPiWide - static_cast<double>(phi)) * height / kPiWide);
+        rowPosition[i] = std::fabs(x[i]) + std::fabs(z[i]) == 0.0f ? pole : latitude;
+    }
+    for (int i = 0; i < n; ++i) {
+        rowPosition[i] =
+            static_cast<float>((kHalfPiWide - static_cast<double>(rowPosition[i])) * height / kPiWide);
     }
     std::int32_t missing = 0;
     for (int i = 0; i < n; ++i) {
