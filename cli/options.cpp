@@ -85,7 +85,7 @@ class HelpFormatter : public CLI::Formatter {
         label("REQUIRED", "(required)");
     }
     std::string make_usage(const CLI::App* app, std::string) const override {
-        const std::string name = app->get_name();
+        const std::string& name = app->get_name();
         if (name == "convert")
             return "Usage: skyvault-cli convert --from LAYOUT --to LAYOUT [OPTIONS] INPUT... OUTPUT\n";
         if (name == "info") return "Usage: skyvault-cli info FILE\n";

@@ -9,7 +9,7 @@ namespace skyvault {
 namespace {
 
 std::wstring SizeLabel(SizeKind kind, std::int32_t size) {
-    const std::wstring s = std::to_wstring(size);
+    std::wstring s = std::to_wstring(size);
     switch (kind) {
         case SizeKind::CubeMap:
         case SizeKind::Generator:

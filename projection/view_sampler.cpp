@@ -1,5 +1,6 @@
 #include "projection/view_sampler.h"
 
+#include <cassert>
 #include <cstring>
 #include <utility>
 
@@ -141,6 +142,7 @@ void ViewSampler::FindPixels(DirectionBlock& directions, int count, Lookup& look
         if (base) present = base;
         allPresent = allPresent && base;
     }
+    assert(present && "a sampler without any face works pixel by pixel");
     if (allPresent && !lookup.someMissing) {
         for (int i = 0; i < count; ++i) {
             lookup.addresses[i] = bases_[static_cast<std::size_t>(faces[i])] + offsets[i];

@@ -59,7 +59,7 @@ struct FieldWriter {
 }  // namespace
 
 std::wstring SettingsPath(const std::wstring& programFolder) {
-    const std::wstring path = JoinPath(ApplicationDataFolder(), kFileName);
+    std::wstring path = JoinPath(ApplicationDataFolder(), kFileName);
     MoveOlderSettings(programFolder, path);
     return path;
 }
