@@ -11,7 +11,7 @@ cmake --build --preset windows --target Skyvault skyvault-cli media -- -j"$(npro
 
 if [ -n "${DISPLAY:-}" ]; then
     echo "Starting Skyvault. FILE > Import 360° photo > Equirectangular... opens in the example folder."
-    exec tools/wine-environment.sh --user tools/run-wine.sh build/windows/bin/Skyvault.exe
+    exec tools/wine-environment.sh --user wine build/windows/bin/Skyvault.exe
 fi
 echo "There is no display: converting the example, and opening the window on a virtual one."
 rm -rf out

@@ -33,4 +33,4 @@ if [ ! -d $source/benchmark ]; then
 fi
 cmake --preset windows -DSKYVAULT_BENCH=ON -DSKYVAULT_BENCHMARK_SOURCE="$PWD/$source/benchmark" >/dev/null
 cmake --build --preset windows --target skyvault-bench
-exec tools/wine-environment.sh tools/run-wine.sh build/windows/bin/skyvault-bench.exe "$@"
+exec tools/wine-environment.sh wine build/windows/bin/skyvault-bench.exe "$@"

@@ -74,6 +74,8 @@ if [ "$user" = yes ]; then prefix="$base/user"; else prefix="$run/prefix"; fi
 if [ ! -d "$prefix" ]; then
     cp -al "$base/template" "$prefix"
     for f in "$prefix"/*.reg; do cp "$f" "$f.copy" && mv "$f.copy" "$f"; done
+    # The user's own display has a window manager.
+    [ "$user" = no ] || sed -i 's/^"Managed"="N"/"Managed"="Y"/' "$prefix/user.reg"
 fi
 export WINEPREFIX="$prefix"
 # One program stays until the end, and with it Wine's own: started by a test, they would hold the test's
