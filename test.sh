@@ -6,13 +6,14 @@
 set -euo pipefail
 cd "$(dirname "$0")"
 what=${1:-all}
+case $what in all | native | windows | style) ;; *) echo "usage: ./test.sh [native|windows|style]" >&2 && exit 2 ;; esac
 tools/install-dependencies.sh test
 export CMAKE_CXX_COMPILER_LAUNCHER=ccache CTEST_OUTPUT_ON_FAILURE=1
 jobs=$(nproc)
 
 if [ "$what" = all ] || [ "$what" = style ]; then
     echo "== style"
-    git ls-files '*.cpp' '*.h' | xargs clang-format --dry-run -Werror
+    find . -path ./build -prune -o \( -name '*.cpp' -o -name '*.h' \) -print0 | xargs -0 clang-format --dry-run -Werror
 fi
 if [ "$what" = all ] || [ "$what" = native ]; then
     echo "== native, with sanitizers"

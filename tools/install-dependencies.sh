@@ -9,7 +9,7 @@ build=(
     g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64        # compiler for Windows
     libcli11-dev                                                # console arguments
     googletest                                                  # tests
-    wine wine64 xvfb xauth libgl1-mesa-dri                      # running the Windows build
+    wine wine64 xvfb libgl1-mesa-dri                            # running the Windows build
     fonts-liberation fonts-wine                                 # its fonts
     xdotool imagemagick                                         # keys and screenshots
 )
@@ -31,4 +31,4 @@ echo "Installing: ${missing[*]}"
 sudo=""
 [ "$(id -u)" -eq 0 ] || sudo=sudo
 $sudo apt-get update -qq
-DEBIAN_FRONTEND=noninteractive $sudo apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
+$sudo env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
