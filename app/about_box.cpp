@@ -1,5 +1,6 @@
 #include "app/about_box.h"
 
+#include <new>
 #include <string>
 
 #include "app/draw_canvas.h"
@@ -58,7 +59,11 @@ INT_PTR CALLBACK Procedure(HWND box, UINT message, WPARAM wParam, LPARAM lParam)
         case WM_PAINT: {
             PAINTSTRUCT paint;
             const HDC context = BeginPaint(box, &paint);
-            Draw(box, context, *reinterpret_cast<const Image*>(GetWindowLongPtrW(box, DWLP_USER)));
+            try {
+                Draw(box, context, *reinterpret_cast<const Image*>(GetWindowLongPtrW(box, DWLP_USER)));
+            } catch (const std::bad_alloc&) {
+                // A box without its texts; no exception may pass through the system.
+            }
             EndPaint(box, &paint);
             return TRUE;
         }

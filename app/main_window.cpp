@@ -119,13 +119,11 @@ void MainWindow::OnCommand(std::uint16_t command) {
         explicit Busy(bool& f) : flag(f) { flag = true; }
         ~Busy() { flag = false; }
     };
-    {
-        const Busy busy(busy_);
-        RunMenuCommand(window_, instance_, session_, command);
-        if (refreshWhenDone_) {
-            refreshWhenDone_ = false;
-            Refresh(session_);
-        }
+    const Busy busy(busy_);
+    RunMenuCommand(window_, instance_, session_, command);
+    if (refreshWhenDone_) {
+        refreshWhenDone_ = false;
+        Refresh(session_);
     }
 }
 
@@ -143,10 +141,15 @@ void MainWindow::OnSize() {
 }
 
 void MainWindow::OnPaint() {
-    PAINTSTRUCT paint;
-    BeginPaint(window_, &paint);
+    // Ended also when memory runs out in between.
+    struct Painting {
+        HWND window;
+        PAINTSTRUCT paint;
+        explicit Painting(HWND w) : window(w) { BeginPaint(window, &paint); }
+        ~Painting() { EndPaint(window, &paint); }
+    };
+    const Painting painting(window_);
     if (session_.panorama != nullptr) host_.Show(session_.panorama->resultPicture);
-    EndPaint(window_, &paint);
 }
 
 void MainWindow::StoreRect() {

@@ -68,29 +68,29 @@ std::uint16_t CommandOfCharacter(WPARAM character) {
     return character == L'M' || character == L'm' ? std::uint16_t{kCommandMagnifyingGlass} : std::uint16_t{0};
 }
 
-bool RunMenuCommand(HWND window, HINSTANCE instance, Session& session, std::uint16_t command) {
-    if (RunCommand(session, command)) return true;
+void RunMenuCommand(HWND window, HINSTANCE instance, Session& session, std::uint16_t command) {
+    if (RunCommand(session, command)) return;
     switch (command) {
         case kCommandExit:
             DestroyWindow(window);
-            return true;
+            break;
         case kCommandAbout:
             ShowAboutBox(instance, window);
-            return true;
+            break;
         case kCommandUserGuide:
             OpenPage(window, kUserGuidePage);
-            return true;
+            break;
         case kCommandCommunity:
             OpenPage(window, kCommunityPage);
-            return true;
+            break;
         case kCommandOptions:
             session.host.Information(L"Options is not available in this version yet.");
-            return true;
+            break;
         case kCommandBatch:
             session.host.Information(L"Batch processing is not available in this version yet.");
-            return true;
+            break;
         default:
-            return false;
+            break;
     }
 }
 

@@ -15,7 +15,7 @@ std::uint16_t CommandOfKey(WPARAM virtualKey);
 /// The same for typed characters.
 std::uint16_t CommandOfCharacter(WPARAM character);
 
-/// Runs a menu command of the session or of the window; false for unknown numbers.
-bool RunMenuCommand(HWND window, HINSTANCE instance, Session& session, std::uint16_t command);
+/// Runs a menu command of the session or of the window; unknown numbers do nothing.
+void RunMenuCommand(HWND window, HINSTANCE instance, Session& session, std::uint16_t command);
 
 }  // namespace skyvault

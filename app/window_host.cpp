@@ -65,10 +65,6 @@ StepSize WindowHost::ModifierKeys() const {
 
 void WindowHost::SetTitle(const std::wstring& title) {
     if (window_ == nullptr) return;
-    std::wstring current(static_cast<std::size_t>(GetWindowTextLengthW(window_)) + 1, L'\0');
-    current.resize(
-        static_cast<std::size_t>(GetWindowTextW(window_, current.data(), static_cast<int>(current.size()))));
-    if (current == title) return;
     SetWindowTextW(window_, title.c_str());
     // Systems without a window manager would show the old caption until the frame is next painted.
     RedrawWindow(window_, nullptr, nullptr, RDW_FRAME | RDW_INVALIDATE);

@@ -77,9 +77,4 @@ struct MenuCheck {
 /// Every menu item that carries a check mark, and whether it does now.
 std::vector<MenuCheck> MenuChecks(const Session& session);
 
-/// The layout's export (LayoutRow::exportTo): writes the file, or builds the picture for the view target
-/// when path is empty. False when it failed or this build has none.
-bool ExportLayout(Panorama& panorama, PanoramaFormat format, const std::wstring& path, const Camera& camera,
-                  std::wstring& infoLog);
-
 }  // namespace skyvault

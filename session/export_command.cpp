@@ -6,12 +6,6 @@
 
 namespace skyvault {
 
-bool ExportLayout(Panorama& panorama, PanoramaFormat format, const std::wstring& path, const Camera& camera,
-                  std::wstring& infoLog) {
-    const LayoutRow* layout = FindLayout(format);
-    return layout != nullptr && layout->ExportReady() && layout->exportTo(panorama, path, camera, infoLog);
-}
-
 void ExportCommand(Session& session, PanoramaFormat format) {
     const LayoutRow* layout = FindLayout(format);
     if (layout == nullptr || layout->exportCommand == 0 || session.panorama == nullptr) return;
