@@ -61,8 +61,8 @@ LRESULT CALLBACK MainWindow::Procedure(HWND window, UINT message, WPARAM wParam,
     }
     try {
         return self->OnMessage(message, wParam, lParam);
-    } catch (const std::bad_alloc&) {
-        // Texts and lists are small, but memory may be full of pictures.
+    } catch (const std::exception&) {
+        // Out of memory in all likelihood: texts and lists are small, but it may be full of pictures.
         ShowMessage(L"Out of memory", true);
         return 0;
     }

@@ -5,6 +5,7 @@
 #include "app/about_box.h"
 #include "session/commands.h"
 #include "session/layouts.h"
+#include "session/not_available.h"
 
 namespace skyvault {
 namespace {
@@ -84,10 +85,10 @@ void RunMenuCommand(HWND window, HINSTANCE instance, Session& session, std::uint
             OpenPage(window, kCommunityPage);
             break;
         case kCommandOptions:
-            session.host.Information(L"Options is not available in this version yet.");
+            TellNotAvailable(session.host, L"Options");
             break;
         case kCommandBatch:
-            session.host.Information(L"Batch processing is not available in this version yet.");
+            TellNotAvailable(session.host, L"Batch processing");
             break;
         default:
             break;

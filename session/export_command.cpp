@@ -15,18 +15,18 @@ void ExportCommand(Session& session, PanoramaFormat format) {
     if (chosen.empty()) return;
     session.settings.exportPath = FolderPart(chosen);
 
-    if (layout->ExportReady()) {
-        const std::wstring path = WithExportPrefix(*layout, chosen);
-        std::wstring infoLog;
-        bool written = false;
-        {
-            const ProgressScope progress(session.host);
-            written = layout->exportTo(*session.panorama, path, session.previewCamera, infoLog);
-        }
-        if (written) session.host.Information(L"360° photo successfully exported!\n\n" + infoLog);
-    } else {
-        TellNotAvailable(session.host, *layout);
+    if (!layout->ExportReady()) {
+        TellNotAvailable(session.host, layout->name);
+        return;
     }
+    const std::wstring path = WithExportPrefix(*layout, chosen);
+    std::wstring infoLog;
+    bool written = false;
+    {
+        const ProgressScope progress(session.host);
+        written = layout->exportTo(*session.panorama, path, session.previewCamera, infoLog);
+    }
+    if (written) session.host.Information(L"360° photo successfully exported!\n\n" + infoLog);
 
     // The window shows what was built for the file, also when it could not be written.
     if (layout->viewCommand != 0) session.settings.view = static_cast<std::int32_t>(layout->format);

@@ -44,7 +44,7 @@ void ImportCommand(Session& session, PanoramaFormat format) {
     if (FileExists(paths.front())) session.settings.importPath = FolderPart(paths.front());
 
     if (!layout->importReady) {
-        TellNotAvailable(session.host, *layout);
+        TellNotAvailable(session.host, layout->name);
         return;
     }
     // The old panorama first: two large ones may not fit into memory.

@@ -2,8 +2,8 @@
 
 namespace skyvault {
 
-void TellNotAvailable(Feedback& feedback, const LayoutRow& layout) {
-    feedback.Information(std::wstring(layout.name) + L" is not available in this version yet.");
+void TellNotAvailable(Feedback& feedback, const std::wstring& name) {
+    feedback.Information(name + L" is not available in this version yet.");
 }
 
 }  // namespace skyvault

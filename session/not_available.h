@@ -1,11 +1,13 @@
 // What a command says in place of a conversion this build does not have.
 #pragma once
 
+#include <string>
+
 #include "platform/feedback.h"
-#include "session/layouts.h"
 
 namespace skyvault {
 
-void TellNotAvailable(Feedback& feedback, const LayoutRow& layout);
+/// name: of the layout or dialog, as the menu calls it.
+void TellNotAvailable(Feedback& feedback, const std::wstring& name);
 
 }  // namespace skyvault

@@ -42,7 +42,7 @@ void SetView(Session& session, PanoramaFormat view) {
     Refresh(session);
     const LayoutRow* layout = CurrentView(session);
     const bool missing = layout != nullptr && !layout->ExportReady();
-    if (missing && session.panorama != nullptr) TellNotAvailable(session.host, *layout);
+    if (missing && session.panorama != nullptr) TellNotAvailable(session.host, layout->name);
 }
 
 void ScalePreviewFov(Session& session, float factor) {

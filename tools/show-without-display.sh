@@ -7,7 +7,9 @@ export WINEDEBUG=-all
 out=../../../out
 example="Media/Examples/Mountain lake.jpg"
 
-for layout in equirectangular preview; do
+# The layouts this version writes, as the help lists them.
+layouts=$(wine ./skyvault-cli.exe convert --help | tr -d '\r' | sed -n '/this version writes/,/^$/p' | tail -n +2)
+for layout in $layouts; do
     echo "== $layout"
     wine ./skyvault-cli.exe convert --from equirectangular --to "$layout" "$example" "$out/$layout.jpg"
 done

@@ -20,7 +20,8 @@ export WINEARCH=win64 WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml,winedbg.ex
 run=$(mktemp -d "$base/run.XXXXXX")
 finish() {
     code=$?
-    [ -z "${prefix:-}" ] || WINEPREFIX="$prefix" wineserver -k 2>/dev/null || true
+    # Other programs may still run in the prefix that stays.
+    [ "$user" = yes ] || WINEPREFIX="$run/prefix" wineserver -k 2>/dev/null || true
     kill $(jobs -p) 2>/dev/null || true
     rm -rf "$run"
     exit "$code"
@@ -78,8 +79,10 @@ if [ ! -d "$prefix" ]; then
     [ "$user" = no ] || sed -i 's/^"Managed"="N"/"Managed"="Y"/' "$prefix/user.reg"
 fi
 export WINEPREFIX="$prefix"
-# One program stays until the end, and with it Wine's own: started by a test, they would hold the test's
-# output open, and starting them anew costs half a second each time.
-sleep infinity | wine cmd /c pause >/dev/null 2>&1 &
-wine cmd /c exit >/dev/null 2>&1
+if [ "$user" = no ]; then
+    # One program stays until the end, and with it Wine's own: started by a test, they would hold the test's
+    # output open, and starting them anew costs half a second each time.
+    sleep infinity | wine cmd /c pause >/dev/null 2>&1 &
+    wine cmd /c exit >/dev/null 2>&1
+fi
 "$@"
