@@ -3,7 +3,6 @@
 // On Windows the text goes to OutputDebugStringW, elsewhere to stderr.
 #pragma once
 
-#include <functional>
 #include <string>
 #include <string_view>
 
@@ -12,7 +11,7 @@ namespace skyvault {
 /// Writes a diagnostic text; by convention it is one line ending in "\n". Callable from any thread.
 void DebugLine(std::wstring_view text);
 
-/// While it lives, every DebugLine goes to `text` instead of the debugger channel (for tests).
+/// While it lives, every DebugLine is kept instead of going to the debugger channel (for tests).
 /// One at a time; not to be made while other threads write.
 class DebugLineCapture {
   public:

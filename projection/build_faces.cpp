@@ -66,6 +66,11 @@ bool BuildFace(Panorama& panorama, Image& face, CubeFace which, std::uint32_t si
     LayoutGrid grid{
         size, size,
         [&](std::uint32_t row, std::uint32_t first, int count, DirectionBlock& block, std::uint8_t*) {
+            if (panorama.faceSize == 0) {
+                // A source less than four pixels wide has no grid: every pixel looks along the zero vector.
+                block = {};
+                return Coverage::All;
+            }
             FaceRow(which, positions.data() + first, positions[row], count, block);
             // Face directions are unit vectors by definition; the sampler normalises once more.
             kernels.normalize(block.x, block.y, block.z, count);

@@ -2,7 +2,7 @@
 // bits for one value or a row of them, on every compiler and instruction set.
 //
 // The C library's functions do not vectorise and differ between platforms. Measured against correctly
-// rounded results, each function here is at most 2 units in the last place off (projection_math tests).
+// rounded results, each function here is at most 2 units in the last place off (fast_math_test).
 //
 // No early exits and no calls: only selects. Multiplications and additions must not be contracted
 // (-ffp-contract=off).

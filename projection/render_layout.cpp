@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cassert>
 
 #include "image/pixel_convert.h"
 #include "platform/parallel_rows.h"
@@ -71,6 +72,7 @@ bool OutOfMemory(Panorama& panorama, Image& result) {
 
 bool RenderLayout(Panorama& panorama, const LayoutGrid& grid, const RenderOptions& options, Image& result) {
     const std::uint32_t scale = options.halve ? 2 : 1;
+    assert(grid.width % scale == 0 && grid.height % scale == 0);
     const std::uint32_t width = grid.width / scale;
     const std::uint32_t height = grid.height / scale;
     if (!result.IsValid() || result.width != width || result.height != height ||
@@ -102,7 +104,8 @@ bool RenderLayout(Panorama& panorama, const LayoutGrid& grid, const RenderOption
         }
         if (background) background->Fill(doubled.Row(0), doubled.ByteCount());
         RenderRows(grid, sampler, bytesPerPixel, 2 * first, 2 * rows, doubled.Row(0), doubled.stride);
-        const BoxGrid bandGrid{width, rows, halving.box};
+        BoxGrid bandGrid = halving;
+        bandGrid.height = rows;
         for (std::uint32_t row = 0; row < rows; ++row) {
             AverageRow(doubled, bandGrid, row, options.format, result.Row(first + row));
         }

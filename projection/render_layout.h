@@ -32,9 +32,9 @@ struct LayoutGrid {
 
 struct RenderOptions {
     PixelFormat format = PixelFormat::None;  ///< of the result
-    bool halve = false;                      ///< average 2 × 2 pixels of the grid into one of the result
-    std::optional<Color8> background;        ///< of the pixels outside the shape; needed by shapes with such
-    const wchar_t* progressText = nullptr;   ///< null: no progress is reported
+    bool halve = false;                ///< average 2 × 2 pixels of the grid, whose sizes are even, into one
+    std::optional<Color8> background;  ///< of the pixels outside the shape; needed by shapes with such
+    const wchar_t* progressText = nullptr;  ///< null: no progress is reported
 };
 
 /// Builds the picture into `result`, whose memory is used again when it fits. Without memory the error

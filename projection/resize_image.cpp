@@ -38,11 +38,11 @@ void ForBox(const Image& source, const BoxGrid& grid, std::uint32_t x, std::uint
         static_cast<std::uint32_t>(std::uint64_t{x} * source.width / grid.width);
     const std::uint32_t bytes = BytesPerPixel(source.format);
     for (std::uint32_t j = 0; j < grid.box; ++j) {
-        const std::uint32_t row = grid.height == 1 ? 0 : startRow + j;
+        const std::uint32_t row = startRow + j * grid.rowStep;
         if (row >= source.height) break;
         const std::byte* line = source.Row(row);
         for (std::uint32_t i = 0; i < grid.box; ++i) {
-            const std::uint32_t column = grid.width == 1 ? 0 : startColumn + i;
+            const std::uint32_t column = startColumn + i * grid.columnStep;
             if (column >= source.width) break;
             add(line + std::size_t{column} * bytes);
         }
@@ -123,7 +123,7 @@ void HalveRow(const std::byte* upper, const std::byte* lower, std::uint32_t widt
 using HalveFunction = void (*)(const std::byte*, const std::byte*, std::uint32_t, std::byte*);
 
 HalveFunction ExactHalving(const Image& source, const BoxGrid& grid, PixelFormat format) {
-    if (source.format != format || grid.box != 2 || grid.width < 2 || grid.height < 2) return nullptr;
+    if (source.format != format || grid.box != 2 || grid.rowStep == 0 || grid.columnStep == 0) return nullptr;
     if (source.width != 2 * grid.width || source.height != 2 * grid.height) return nullptr;
     switch (format) {
         case PixelFormat::Grey8:
@@ -157,7 +157,7 @@ BoxGrid MakeBoxGrid(std::uint32_t sourceWidth, std::uint32_t sourceHeight, std::
     const float ratio = std::max(static_cast<float>(sourceWidth) / static_cast<float>(width),
                                  static_cast<float>(sourceHeight) / static_cast<float>(height));
     const float box = std::clamp(std::ceil(ratio), 2.0f, 32.0f);
-    return {width, height, static_cast<std::uint32_t>(box)};
+    return {width, height, static_cast<std::uint32_t>(box), height == 1 ? 0u : 1u, width == 1 ? 0u : 1u};
 }
 
 void AverageRow(const Image& source, const BoxGrid& grid, std::uint32_t y, PixelFormat format,

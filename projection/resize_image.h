@@ -23,6 +23,9 @@ Image ResizeImage(const Image& source, std::uint32_t width, std::uint32_t height
 struct BoxGrid {
     std::uint32_t width = 0, height = 0;  ///< of the result
     std::uint32_t box = 2;                ///< edge k
+    /// How far a box reaches from row to row and column to column: 0 where the whole result is one pixel
+    /// high or wide, then the first row or column counts k times.
+    std::uint32_t rowStep = 1, columnStep = 1;
 };
 
 BoxGrid MakeBoxGrid(std::uint32_t sourceWidth, std::uint32_t sourceHeight, std::uint32_t width,

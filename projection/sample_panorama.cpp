@@ -1,6 +1,7 @@
 #include "projection/sample_panorama.h"
 
 #include <cmath>
+#include <utility>
 
 #include "image/numeric.h"
 #include "image/pixel_convert.h"
@@ -117,6 +118,11 @@ PixelValue BlendLogo(const PixelValue& logo, const PixelValue& under) {
 }
 
 PixelValue SamplePanorama(Panorama& panorama, Direction d, bool applyOrientation) {
+    if (panorama.modifications.logoSize != 0.0f) LoadLogo(panorama);
+    return SampleWithLoadedLogo(panorama, d, applyOrientation);
+}
+
+PixelValue SampleWithLoadedLogo(const Panorama& panorama, Direction d, bool applyOrientation) {
     const Modifications& m = panorama.modifications;
     Normalize(d);
     if (m.flipHorizontal) std::swap(d.x, d.z);
@@ -125,10 +131,7 @@ PixelValue SamplePanorama(Panorama& panorama, Direction d, bool applyOrientation
 
     PixelValue logo(Color8(0, 0, 0, 0));
     const LogoHit hit = HitLogoDisc(d, m.logoSize);
-    if (hit.onDisc) {
-        LoadLogo(panorama);
-        logo = LogoColour(panorama, hit);
-    }
+    if (hit.onDisc) logo = LogoColour(panorama, hit);
     if (applyOrientation) {
         const float g = m.horizonPower;
         if (g > 0.0f && g != 1.0f) {

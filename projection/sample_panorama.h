@@ -13,6 +13,9 @@ namespace skyvault {
 /// This is the definition; pictures are made by ViewSampler, which gives the same pixels by the row.
 PixelValue SamplePanorama(Panorama& panorama, Direction d, bool applyOrientation = true);
 
+/// The same without loading the logo picture, so that several threads may call it at once.
+PixelValue SampleWithLoadedLogo(const Panorama& panorama, Direction d, bool applyOrientation);
+
 /// Which pixel of the logo disc a direction meets, before orientation.
 struct LogoHit {
     bool onDisc = false;

@@ -90,7 +90,7 @@ void ViewSampler::Sample(DirectionBlock& directions, int count, std::byte* desti
         for (int i = 0; i < count; ++i) {
             const Direction d{directions.x[i], directions.y[i], directions.z[i]};
             WritePixel(format_, destination + i * std::size_t{bytesPerPixel_},
-                       SamplePanorama(panorama_, d, applyOrientation_));
+                       SampleWithLoadedLogo(panorama_, d, applyOrientation_));
         }
         return;
     }

@@ -32,7 +32,7 @@ class ViewSampler {
     void Fetch(const Lookup& lookup, int count, std::byte* destination) const;
     void FixRarePixels(const Lookup& lookup, int count, std::byte* destination) const;
 
-    Panorama& panorama_;
+    const Panorama& panorama_;
     const RowKernels& kernels_;
     PixelFormat sourceFormat_ = PixelFormat::None;
     PixelFormat format_;

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <array>
 #include <string_view>
+#include <vector>
 
 #include "platform/file_stream.h"
 #include "platform/output_file.h"

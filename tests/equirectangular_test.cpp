@@ -221,35 +221,40 @@ TEST(ExportEquirectangular, MagnifyingGlassEnlargesFourTimesAroundTheQuarterPoin
     EXPECT_EQ(glass.GetPixel8(400, 199 - 81), plain.GetPixel8(400, 199 - 81)) << "above the glass";
 }
 
+void ExpectBandsAverageAsTheWhole(PixelFormat format, std::uint32_t size) {
+    TestPanorama t;
+    t.SetEquirectangular(test::RandomImage(512, 256, format));
+    RotatePanorama(t.panorama.modifications, 0.4f, 0.3f, 0.2f);
+    const float middle = static_cast<float>(size / 2);
+    const auto shape = [middle](std::uint32_t row, std::uint32_t first, int count, DirectionBlock& b,
+                                std::uint8_t* inside) {
+        for (int i = 0; i < count; ++i) {
+            const float x = static_cast<float>(first + static_cast<std::uint32_t>(i)) - middle;
+            const float y = middle - static_cast<float>(row);
+            b.x[i] = x, b.y[i] = y, b.z[i] = 80;
+            inside[i] = x * x + y * y < 1.5f * middle * middle;  // only the corners lie outside
+        }
+        return Coverage::Some;
+    };
+    const LayoutGrid grid{size, size, shape};
+    RenderOptions options;
+    options.format = format;
+    options.background = Color8(10, 20, 30, HasAlpha(format) ? 0 : 255);
+    Image whole, halved;
+    ASSERT_TRUE(RenderLayout(t.panorama, grid, options, whole));
+    options.halve = true;
+    ASSERT_TRUE(RenderLayout(t.panorama, grid, options, halved));
+    EXPECT_TRUE(test::SameBytes(halved, ResizeImage(whole, size / 2, size / 2, format, true, false)))
+        << FormatName(format) << ", " << size;
+    Image corner(1, 1, format);
+    corner.SetPixel(0, 0, *options.background);
+    EXPECT_EQ(whole.GetPixel8(0, 0), corner.GetPixel8(0, 0)) << FormatName(format);
+}
+
 TEST(RenderLayout, AveragingByBandsGivesTheResizedWholePicture) {
     for (const PixelFormat format : test::AllFormats()) {
-        TestPanorama t;
-        t.SetEquirectangular(test::RandomImage(512, 256, format));
-        RotatePanorama(t.panorama.modifications, 0.4f, 0.3f, 0.2f);
-        constexpr std::uint32_t size = 300;  // several bands, columns not a whole number of blocks
-        const auto shape = [](std::uint32_t row, std::uint32_t first, int count, DirectionBlock& b,
-                              std::uint8_t* inside) {
-            for (int i = 0; i < count; ++i) {
-                const float x = static_cast<float>(first + static_cast<std::uint32_t>(i)) - size / 2;
-                const float y = size / 2 - static_cast<float>(row);
-                b.x[i] = x, b.y[i] = y, b.z[i] = 80;
-                inside[i] = x * x + y * y < 140 * 140;
-            }
-            return Coverage::Some;
-        };
-        const LayoutGrid grid{size, size, shape};
-        RenderOptions options;
-        options.format = format;
-        options.background = Color8(10, 20, 30, HasAlpha(format) ? 0 : 255);
-        Image whole, halved;
-        ASSERT_TRUE(RenderLayout(t.panorama, grid, options, whole));
-        options.halve = true;
-        ASSERT_TRUE(RenderLayout(t.panorama, grid, options, halved));
-        EXPECT_TRUE(test::SameBytes(halved, ResizeImage(whole, size / 2, size / 2, format, true, false)))
-            << FormatName(format);
-        Image corner(1, 1, format);
-        corner.SetPixel(0, 0, *options.background);
-        EXPECT_EQ(whole.GetPixel8(0, 0), corner.GetPixel8(0, 0)) << FormatName(format);
+        ExpectBandsAverageAsTheWhole(format, 300);  // columns not a whole number of blocks
+        ExpectBandsAverageAsTheWhole(format, 130);  // the last band is a single row
     }
 }
 
@@ -296,6 +301,15 @@ TEST(BuildFace, RepeatsAndSkipsPixelsOfThePanoramasOwnGrid) {
         }
         ASSERT_TRUE(BuildFace(t.panorama, one, which, 1, PixelFormat::Rgb16));
     }
+}
+
+TEST(BuildFace, ASourceTooNarrowForAGridLooksAlongTheZeroVector) {
+    TestPanorama t;
+    t.SetEquirectangular(test::RandomImage(3, 7, PixelFormat::Rgb8));
+    Image face;
+    ASSERT_TRUE(BuildFace(t.panorama, face, CubeFace::Left, 5, PixelFormat::Rgb8));
+    const Color8 expected = SamplePanorama(t.panorama, {}).color8;
+    for (int i = 0; i < 25; ++i) EXPECT_EQ(face.GetPixel8(i % 5, i / 5), expected) << i;
 }
 
 TEST(ExportPreview, LooksThroughTheCamera) {

@@ -72,7 +72,6 @@ TEST(ResizeImage, TransparentPixelsDarkenNothing) {
     source.Fill(PixelValue(Color8(0, 0, 0, 0)));
     source.SetPixel(0, 0, Color8(200, 100, 50, 200));
     EXPECT_EQ(ResizeImage(source, 1, 1, PixelFormat::Rgba8, true, false).GetPixel8(0, 0).red, 200);
-    source.SetPixel(1, 1, Color8(100, 0, 50, 100));
     Image wide(4, 4, PixelFormat::Rgba8);
     wide.Fill(PixelValue(Color8(9, 9, 9, 0)));
     wide.SetPixel(0, 0, Color8(200, 100, 50, 200));

@@ -5,6 +5,7 @@
 
 #include <random>
 
+#include "platform/clock.h"
 #include "platform/parallel_rows.h"
 #include "projection/build_faces.h"
 #include "projection/equirectangular.h"
@@ -144,6 +145,19 @@ TEST_P(RowsAndSamples, AgreeForEveryLogoFormat) {
             ExpectRowsEqualSamples(t, format, true, "logo format " + std::to_string(static_cast<int>(logo)));
         }
     }
+}
+
+TEST(RowEngine, AMissingLogoIsAskedForOncePerPicture) {
+    // Of mixed formats, the faces are read pixel by pixel.
+    TestPanorama t;
+    t.SetFaces(8, PixelFormat::Rgb8);
+    t.panorama.faces[0] = test::RandomImage(8, 8, PixelFormat::Rgba16);
+    t.panorama.modifications.logoSize = 1.0f;
+    t.settings.logo = L"missing-logo.tga";  // each attempt to open it takes a second
+    Image face;
+    const std::uint32_t start = MillisecondClock();
+    ASSERT_TRUE(BuildFace(t.panorama, face, CubeFace::Bottom, 8, PixelFormat::Rgb8));
+    EXPECT_LT(MillisecondClock() - start, 5000u);
 }
 
 INSTANTIATE_TEST_SUITE_P(KernelSets, RowsAndSamples, testing::Values(KernelSet::Baseline, KernelSet::Avx2),
