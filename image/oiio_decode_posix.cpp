@@ -58,19 +58,6 @@ bool ReadHeader(const std::wstring& path, PictureHeader& header) {
     return header.sound;
 }
 
-/// A header that claims far more than a file of this size can hold is not believed: no codec packs ordinary
-/// pictures better than about 1000 to 1.
-bool Plausible(std::uint64_t width, std::uint64_t height, std::uint64_t fileSize) {
-    constexpr std::uint64_t kAlwaysAllowed = std::uint64_t{256} << 20;
-    constexpr std::uint64_t kBestRatio = 4096;
-    constexpr std::uint64_t kBytesPerPixel = 4;
-    // Some readers count in 31 bits.
-    constexpr std::uint64_t kLongestEdge = std::uint64_t{1} << 24;
-    constexpr std::uint64_t kMostPixels = std::uint64_t{1} << 31;
-    return width <= kLongestEdge && height <= kLongestEdge && width * height < kMostPixels &&
-           width * height * kBytesPerPixel <= kAlwaysAllowed + kBestRatio * fileSize;
-}
-
 /// An open file, set to one of its frames.
 struct OpenPicture {
     PictureHeader header;
@@ -108,7 +95,7 @@ bool OpenPicture::CountFrames(const std::wstring& path, std::uint32_t frame) {
 
 bool OpenPicture::Open(const std::wstring& path, std::uint32_t frame) {
     const std::uint64_t fileSize = FileSizeOf(path);
-    if (!ReadHeader(path, header) || !Plausible(header.width, header.height, fileSize)) return false;
+    if (!ReadHeader(path, header) || !PlausibleSize(header.width, header.height, fileSize)) return false;
     if (header.kind == PictureKind::Gif && std::uint64_t{header.width} * header.height >= (1u << 29)) {
         return false;  // its canvas in bytes is counted in 31 bits
     }
@@ -124,8 +111,8 @@ bool OpenPicture::Open(const std::wstring& path, std::uint32_t frame) {
     }
     spec = input->spec();
     return spec.width >= 1 && spec.height >= 1 && spec.depth <= 1 && spec.nchannels >= 1 &&
-           Plausible(static_cast<std::uint64_t>(spec.width), static_cast<std::uint64_t>(spec.height),
-                     fileSize);
+           PlausibleSize(static_cast<std::uint64_t>(spec.width), static_cast<std::uint64_t>(spec.height),
+                         fileSize);
 }
 
 /// How the channels of a file become those of a picture.

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "image/image.h"
+#include "image/picture_size.h"
 
 namespace skyvault {
 
@@ -14,15 +15,6 @@ enum class PictureContainer { None, Bmp, Jpeg, Png, Tiff, Gif, Heif };
 
 /// "JPG", "JPEG", "JPE", "JFIF" → Jpeg and so on; None for anything that cannot be written.
 PictureContainer ContainerOfExtension(const std::wstring& upperExtension);
-
-struct PictureSize {
-    std::uint32_t width = 0, height = 0;
-    friend bool operator==(const PictureSize&, const PictureSize&) = default;
-};
-
-/// The size, at least 1 × 1, made smaller or larger to fit inside the target, aspect ratio kept and
-/// fractions dropped: a very thin picture may come to nothing (0 on one side).
-PictureSize FitInto(const PictureSize& size, const PictureSize& target);
 
 /// Decodes one frame; arguments as LoadPicture. False on any failure.
 bool DecodePicture(const std::wstring& path, std::uint32_t frame, std::uint32_t targetWidth,

@@ -5,7 +5,9 @@
 #include <algorithm>
 #include <limits>
 
+#include "image/picture_header.h"
 #include "platform/debug_line.h"
+#include "platform/files.h"
 
 namespace skyvault {
 namespace {
@@ -168,7 +170,7 @@ bool DecodePicture(const std::wstring& path, std::uint32_t frameIndex, std::uint
     UINT width = 0, height = 0;
     WICPixelFormatGUID frameFormat;
     if (FAILED(source->GetSize(&width, &height)) || width == 0 || height == 0 ||
-        FAILED(frame->GetPixelFormat(&frameFormat))) {
+        FAILED(frame->GetPixelFormat(&frameFormat)) || !PlausibleSize(width, height, FileSizeOf(path))) {
         return false;
     }
 

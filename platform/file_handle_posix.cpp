@@ -11,14 +11,15 @@
 namespace skyvault {
 
 bool FileHandle::Open(const std::wstring& path, bool write, bool shared) {
-    const int flags = (write ? O_WRONLY | O_CREAT : O_RDONLY) | O_CLOEXEC;
+    const int flags = (write ? O_WRONLY | O_CREAT : O_RDONLY | O_NONBLOCK) | O_CLOEXEC;
     const int descriptor = open(ToUtf8(path).c_str(), flags, 0666);
     if (descriptor < 0) return false;
     struct stat status {};
-    const bool isFolder = fstat(descriptor, &status) == 0 && S_ISDIR(status.st_mode);
+    // Pipes and devices have no size and may never end; they can be written to.
+    const bool isFile = fstat(descriptor, &status) == 0 && (write || S_ISREG(status.st_mode));
     // A lock stands in for the share mode; a file system that knows none is no reason to fail.
     const bool taken = flock(descriptor, (shared ? LOCK_SH : LOCK_EX) | LOCK_NB) != 0 && errno == EWOULDBLOCK;
-    if (isFolder || taken) {
+    if (!isFile || taken) {
         close(descriptor);
         return false;
     }

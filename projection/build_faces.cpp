@@ -1,25 +1,25 @@
 #include "projection/build_faces.h"
 
-#include <vector>
-
 #include "image/bleed_alpha.h"
+#include "image/mvector.h"
 #include "projection/resize_image.h"
 
 namespace skyvault {
 
 namespace {
 
-/// Positions along a face's edge: pixel p of the panorama's own grid sits at p · s − c.
-std::vector<float> EdgePositions(std::uint32_t faceSize, std::uint32_t size) {
+/// Positions along a face's edge: pixel p of the panorama's own grid sits at p · s − c. False without memory.
+bool EdgePositions(std::uint32_t faceSize, std::uint32_t size, MVector<float>& positions) {
+    const std::int32_t count = static_cast<std::int32_t>(size);
+    if (!positions.Resize(count, false)) return false;
     const std::int32_t n = static_cast<std::int32_t>(faceSize);
     const float c = static_cast<float>(n - 2) / static_cast<float>(n - 1);
     const float s = 2.0f * c / static_cast<float>(n - 1);
-    std::vector<float> positions(size);
-    for (std::uint32_t i = 0; i < size; ++i) {
+    for (std::int32_t i = 0; i < count; ++i) {
         const std::int64_t p = std::int64_t{faceSize} * i / size;
         positions[i] = static_cast<float>(p) * s - c;
     }
-    return positions;
+    return true;
 }
 
 /// Writes the vectors to the pixels of one row of a face: a runs along the columns, b is the row's.
@@ -61,7 +61,11 @@ void FaceRow(CubeFace which, const float* a, float b, int count, DirectionBlock&
 }  // namespace
 
 bool BuildFace(Panorama& panorama, Image& face, CubeFace which, std::uint32_t size, PixelFormat format) {
-    const std::vector<float> positions = EdgePositions(panorama.faceSize, size);
+    MVector<float> positions;
+    if (!EdgePositions(panorama.faceSize, size, positions)) {
+        panorama.feedback.Error(L"Out of memory");
+        return false;
+    }
     const RowKernels& kernels = Kernels();
     LayoutGrid grid{
         size, size,
@@ -71,7 +75,7 @@ bool BuildFace(Panorama& panorama, Image& face, CubeFace which, std::uint32_t si
                 block = {};
                 return Coverage::All;
             }
-            FaceRow(which, positions.data() + first, positions[row], count, block);
+            FaceRow(which, positions.Data() + first, positions.Data()[row], count, block);
             // Face directions are unit vectors by definition; the sampler normalises once more.
             kernels.normalize(block.x, block.y, block.z, count);
             return Coverage::All;

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <array>
-#include <vector>
 
+#include "image/mvector.h"
 #include "image/picture_files.h"
 #include "projection/export_size.h"
 #include "projection/fast_math.h"
@@ -25,21 +25,26 @@ float LatitudeOf(float y, float height) {
 
 /// Sines and cosines of the columns' longitudes and the rows' latitudes (row 0 at the top).
 struct GridAngles {
-    std::vector<float> sinLongitude, cosLongitude, sinLatitude, cosLatitude;
+    MVector<float> sinLongitude, cosLongitude, sinLatitude, cosLatitude;
 
-    GridAngles(std::uint32_t width, std::uint32_t height)
-        : sinLongitude(width), cosLongitude(width), sinLatitude(height), cosLatitude(height) {
-        for (std::uint32_t i = 0; i < width; ++i) {
+    /// False without memory.
+    bool Compute(std::int32_t width, std::int32_t height) {
+        if (!sinLongitude.Resize(width, false) || !cosLongitude.Resize(width, false) ||
+            !sinLatitude.Resize(height, false) || !cosLatitude.Resize(height, false)) {
+            return false;
+        }
+        for (std::int32_t i = 0; i < width; ++i) {
             const float longitude = LongitudeOf(static_cast<float>(i), static_cast<float>(width));
             sinLongitude[i] = Sin(longitude);
             cosLongitude[i] = Cos(longitude);
         }
-        for (std::uint32_t row = 0; row < height; ++row) {
+        for (std::int32_t row = 0; row < height; ++row) {
             const float latitude =
                 LatitudeOf(static_cast<float>(height - 1 - row), static_cast<float>(height));
             sinLatitude[row] = Sin(latitude);
             cosLatitude[row] = Cos(latitude);
         }
+        return true;
     }
 };
 
@@ -113,9 +118,9 @@ bool ExportEquirectangular(Panorama& panorama, const std::wstring& path, std::ws
     const bool forScreen = path.empty();
     const PixelFormat format = ExportPixelFormat(panorama, forScreen);
     if (format == PixelFormat::None || panorama.IsEmpty()) return false;
-    const std::int32_t sourceWidth = static_cast<std::int32_t>(static_cast<float>(panorama.faceSize) * 4.0f);
-    const std::int32_t size =
-        ChooseExportSize(panorama, SizeKind::Equirectangular, sourceWidth, false, !forScreen);
+    const float sourceWidth = std::min(static_cast<float>(panorama.faceSize) * 4.0f, 2147483520.0f);
+    const std::int32_t size = ChooseExportSize(panorama, SizeKind::Equirectangular,
+                                               static_cast<std::int32_t>(sourceWidth), false, !forScreen);
     const bool doubled = panorama.settings.antialiasing;
     std::int32_t width = doubled ? 2 * size : size;
     std::int32_t height = doubled ? 2 * (size / 2) : size / 2;
@@ -134,7 +139,11 @@ bool ExportEquirectangular(Panorama& panorama, const std::wstring& path, std::ws
 
     const std::uint32_t columns = static_cast<std::uint32_t>(width);
     const std::uint32_t rows = static_cast<std::uint32_t>(height);
-    const GridAngles angles(columns, rows);
+    GridAngles angles;
+    if (!angles.Compute(width, height)) {
+        panorama.feedback.Error(L"Out of memory");
+        return false;
+    }
     const MagnifyingGlass glass(columns, rows);
     const bool magnify = forScreen && panorama.settings.magnifyingGlass;
     const RowKernels& kernels = Kernels();
@@ -144,8 +153,8 @@ bool ExportEquirectangular(Panorama& panorama, const std::wstring& path, std::ws
             if (magnify && glass.Touches(static_cast<float>(rows - 1 - row))) {
                 MagnifiedRow(glass, columns, rows, row, first, count, block);
             } else {
-                kernels.equirectDirections(angles.sinLongitude.data() + first,
-                                           angles.cosLongitude.data() + first, angles.sinLatitude[row],
+                kernels.equirectDirections(angles.sinLongitude.Data() + first,
+                                           angles.cosLongitude.Data() + first, angles.sinLatitude[row],
                                            angles.cosLatitude[row], block.x, block.y, block.z, count);
             }
             return Coverage::All;

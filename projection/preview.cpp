@@ -1,17 +1,12 @@
 #include "projection/preview.h"
 
-#include <algorithm>
-
 #include "image/picture_files.h"
+#include "image/picture_size.h"
 #include "projection/render_layout.h"
 
 namespace skyvault {
 
 namespace {
-
-struct PictureSize {
-    std::uint32_t width, height;
-};
 
 PictureSize PreviewSize(std::int32_t index) {
     switch (index) {
@@ -26,14 +21,6 @@ PictureSize PreviewSize(std::int32_t index) {
     }
 }
 
-/// The size shrunk or grown to fit the client area.
-PictureSize FittedTo(const ClientSize& client, PictureSize size) {
-    const float k = std::min(static_cast<float>(client.width) / static_cast<float>(size.width),
-                             static_cast<float>(client.height) / static_cast<float>(size.height));
-    return {static_cast<std::uint32_t>(static_cast<float>(size.width) * k),
-            static_cast<std::uint32_t>(static_cast<float>(size.height) * k)};
-}
-
 }  // namespace
 
 bool ExportPreview(Panorama& panorama, const std::wstring& path, const Camera& camera,
@@ -44,7 +31,10 @@ bool ExportPreview(Panorama& panorama, const std::wstring& path, const Camera& c
     PictureSize size = PreviewSize(panorama.settings.resolution3);
     if (forScreen) {
         if (!panorama.viewTarget) return false;
-        size = FittedTo(panorama.viewTarget->Size(), size);
+        const ClientSize client = panorama.viewTarget->Size();
+        if (client.width < 1 || client.height < 1) return false;
+        size = FitInto(size,
+                       {static_cast<std::uint32_t>(client.width), static_cast<std::uint32_t>(client.height)});
         if (size.width < 1 || size.height < 1) return false;
     }
     const Matrix4 turn = YawPitchRollMatrix(camera.heading, camera.pitch, camera.roll);

@@ -1,7 +1,6 @@
 #include "settings/text_file.h"
 
 #include <algorithm>
-#include <limits>
 #include <string_view>
 
 #include "settings/number_text.h"
@@ -51,6 +50,9 @@ void TextFileReader::Start(std::span<const std::byte> bytes) {
     text_ = DecodeText(bytes, encoding_);
 }
 
+/// Fields of a line beyond these are left out: a file of nothing but tabs must not fill the memory.
+constexpr std::size_t kMostFields = 4096;
+
 bool TextFileReader::NextLine() {
     fields_.clear();
     if (position_ >= text_.size()) return false;
@@ -59,13 +61,12 @@ bool TextFileReader::NextLine() {
     position_ = end + 1;
     if (line.ends_with(L'\r')) line.remove_suffix(1);
     bool more = true;
-    while (more) more = TakeField(line, fields_.emplace_back());
+    while (more && fields_.size() < kMostFields) more = TakeField(line, fields_.emplace_back());
     return true;
 }
 
 std::int32_t TextFileReader::FieldCount() const {
-    constexpr std::size_t kMost = std::numeric_limits<std::int32_t>::max();
-    return static_cast<std::int32_t>(std::min(fields_.size(), kMost));
+    return static_cast<std::int32_t>(fields_.size());
 }
 
 const std::wstring& TextFileReader::Raw(std::int32_t field) const {
