@@ -109,15 +109,18 @@ TEST(SamplePanorama, LogoDiscAtTheNadir) {
     EXPECT_NE(at(0.19f, 0), Color8(1, 2, 3, 255)) << "nothing to show where the background is transparent";
     // Row 0 of the logo towards the front, column 0 towards the left.
     t.settings.logo = L"held in memory";
-    t.panorama.logoPicture = Image(2, 2, PixelFormat::Rgba8);
     Image& logo = t.panorama.logoPicture;
-    logo.SetPixel(0, 0, Color8(255, 0, 0, 255));
-    logo.SetPixel(1, 0, Color8(0, 255, 0, 255));
-    logo.SetPixel(0, 1, Color8(0, 0, 255, 255));
-    logo.SetPixel(1, 1, Color8(255, 255, 0, 255));
-    EXPECT_EQ(at(-0.12f, 0.12f), Color8(255, 0, 0, 255)) << "front left";
-    EXPECT_EQ(at(0.04f, 0.12f), Color8(0, 255, 0, 255)) << "front, right of the middle";
-    EXPECT_EQ(at(-0.12f, -0.04f), Color8(0, 0, 255, 255)) << "left, behind the middle";
+    logo = Image(20, 20, PixelFormat::Rgba8);
+    for (int y = 0; y < 20; ++y) {
+        for (int x = 0; x < 20; ++x) {
+            const std::uint8_t right = x < 10 ? 0 : 255, low = y < 10 ? 0 : 255;
+            logo.SetPixel(x, y, Color8(255, right, low, 255));
+        }
+    }
+    EXPECT_EQ(at(-0.1f, 0.1f), Color8(255, 0, 0, 255)) << "front left";
+    EXPECT_EQ(at(0.1f, 0.1f), Color8(255, 255, 0, 255)) << "front right";
+    EXPECT_EQ(at(-0.1f, -0.1f), Color8(255, 0, 255, 255)) << "back left";
+    EXPECT_EQ(at(0.1f, -0.1f), Color8(255, 255, 255, 255)) << "back right";
 }
 
 TEST(ExportSize, NeverMoreThanTheSourceAndSaysSo) {
@@ -138,6 +141,9 @@ TEST(ExportSize, NeverMoreThanTheSourceAndSaysSo) {
     EXPECT_EQ(t.feedback.information[1],
               L"The resolution has been changed from 1000 to 1024 to make it a power of 2");
     t.feedback.information.clear();
+    EXPECT_EQ(ChooseExportSize(t.panorama, SizeKind::Equirectangular, 4096, true, true), 4096)
+        << "just enough";
+    EXPECT_TRUE(t.feedback.information.empty());
     t.settings.resolution2 = 99;
     EXPECT_EQ(ChooseExportSize(t.panorama, SizeKind::Square, 100, false, false), 100);
     EXPECT_EQ(ChooseExportSize(t.panorama, SizeKind::Square, 0, false, true), 256);
@@ -331,6 +337,14 @@ TEST(ExportPreview, LooksThroughTheCamera) {
         ASSERT_EQ(t.target.shown.width, 640u);
         ASSERT_EQ(t.target.shown.height, 360u);
         EXPECT_LT(Degrees(DirectionOf(t.target.shown.GetPixel16(320, 180)), c.centre), 1.0);
+    }
+    // To the pixel: the middle column and row look straight ahead, rows count downwards.
+    ASSERT_TRUE(ExportPreview(t.panorama, L"", {}, log));
+    for (const auto& [x, y] : {std::pair{320, 180}, {0, 0}, {639, 359}, {100, 300}}) {
+        const Direction d{static_cast<float>(x - 320), static_cast<float>(180 - y), 640 * 0.2f};
+        Image expected(1, 1, PixelFormat::Rgb8);
+        expected.SetPixel(0, 0, SamplePanorama(t.panorama, d));
+        EXPECT_EQ(t.target.shown.GetPixel8(x, y), expected.GetPixel8(0, 0)) << x << " " << y;
     }
     // The edge looks where the focal depth says: half the width over width × FOV.
     t.settings.previewFov = 0.5f;
