@@ -48,6 +48,12 @@ bool IsTransparent(const PixelValue& value) {
     return true;
 }
 
+/// top · a + bottom · (1 − a), truncated.
+template <typename Channel>
+Channel Mix(Channel top, Channel bottom, float a) {
+    return static_cast<Channel>(static_cast<float>(top) * a + static_cast<float>(bottom) * (1.0f - a));
+}
+
 }  // namespace
 
 LogoHit HitLogoDisc(const Direction& d, float logoSize) {
@@ -79,25 +85,17 @@ PixelValue BlendLogo(const PixelValue& logo, const PixelValue& under) {
         case ChannelKind::Int8: {
             const Color8 l = over.As8();
             const float a = static_cast<float>(l.alpha) / 255.0f;
-            const auto blend = [a](std::uint8_t top, std::uint8_t bottom) {
-                const float mixed = static_cast<float>(top) * a + static_cast<float>(bottom) * (1.0f - a);
-                return static_cast<std::uint8_t>(mixed);
-            };
-            result.color8.red = blend(l.red, under.color8.red);
-            result.color8.green = blend(l.green, under.color8.green);
-            result.color8.blue = blend(l.blue, under.color8.blue);
+            result.color8.red = Mix(l.red, under.color8.red, a);
+            result.color8.green = Mix(l.green, under.color8.green, a);
+            result.color8.blue = Mix(l.blue, under.color8.blue, a);
             break;
         }
         case ChannelKind::Int16: {
             const Color16 l = over.As16();
             const float a = static_cast<float>(l.alpha) / 65535.0f;
-            const auto blend = [a](std::uint16_t top, std::uint16_t bottom) {
-                const float mixed = static_cast<float>(top) * a + static_cast<float>(bottom) * (1.0f - a);
-                return static_cast<std::uint16_t>(mixed);
-            };
-            result.color16.red = blend(l.red, under.color16.red);
-            result.color16.green = blend(l.green, under.color16.green);
-            result.color16.blue = blend(l.blue, under.color16.blue);
+            result.color16.red = Mix(l.red, under.color16.red, a);
+            result.color16.green = Mix(l.green, under.color16.green, a);
+            result.color16.blue = Mix(l.blue, under.color16.blue, a);
             break;
         }
         case ChannelKind::Half: {
