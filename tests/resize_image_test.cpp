@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
+
 #include "projection/build_faces.h"
 #include "tests/test_panorama.h"
 
@@ -34,16 +36,25 @@ TEST(ResizeImage, AveragesBoxesAndTruncates) {
 }
 
 TEST(ResizeImage, TheFastHalvingIsTheAverage) {
-    for (const PixelFormat format : test::AllFormats()) {
+    for (const PixelFormat format :
+         {PixelFormat::Grey8, PixelFormat::Rgb8, PixelFormat::Grey16, PixelFormat::Rgb16}) {
         const Image source = test::RandomImage(38, 22, format);
         const Image halved = ResizeImage(source, 19, 11, format, true, false);
         ASSERT_TRUE(halved.IsValid());
+        const bool wide = ChannelType(format) == ChannelKind::Int16;
+        const auto channels = [wide](const Image& image, int x, int y) {
+            const Color8 c = image.GetPixel8(x, y);
+            const Color16 w = image.GetPixel16(x, y);
+            return wide ? std::array<int, 3>{w.red, w.green, w.blue}
+                        : std::array<int, 3>{c.red, c.green, c.blue};
+        };
         for (int y = 0; y < 11; ++y) {
             for (int x = 0; x < 19; ++x) {
-                if (ChannelType(format) != ChannelKind::Int16 || HasAlpha(format)) continue;
-                int sum = 0;
-                for (int i = 0; i < 4; ++i) sum += source.GetPixel16(2 * x + (i & 1), 2 * y + i / 2).blue;
-                ASSERT_EQ(halved.GetPixel16(x, y).blue, sum / 4) << FormatName(format);
+                for (std::size_t c = 0; c < 3; ++c) {
+                    int sum = 0;
+                    for (int i = 0; i < 4; ++i) sum += channels(source, 2 * x + (i & 1), 2 * y + i / 2)[c];
+                    ASSERT_EQ(channels(halved, x, y)[c], sum / 4) << FormatName(format);
+                }
             }
         }
     }
