@@ -1,0 +1,87 @@
+// What the program asks of a DDS library: headers, pixels, block compression.
+//
+// Implemented twice behind this header: dds_container_directxtex.cpp where CMake finds DirectXTex, and
+// dds_container_builtin.cpp otherwise. Both accept and refuse the same files.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+
+namespace skyvault {
+
+/// The DXGI formats the program handles, by their DXGI_FORMAT number; a file may hold any other number.
+enum class DdsFormat : std::uint32_t {
+    Unknown = 0,
+    Rgba16Float = 10,
+    Rgba16Unorm = 11,
+    Rgba16Uint = 12,
+    Rgba8Unorm = 28,
+    Rgba8Uint = 30,
+    Bc1 = 71,
+    Bc2 = 74,
+    Bc3 = 77,
+    Bc4 = 80,
+    Bc5 = 83,
+    Bgra8 = 87,
+    Bgrx8 = 88,
+    Bc7 = 98,
+};
+
+/// The formats DecompressDds takes.
+bool IsBlockCompressed(DdsFormat format);
+
+struct DdsMetadata {
+    std::uint32_t width = 0, height = 0;
+    std::uint32_t depth = 1;
+    std::uint32_t arraySize = 1;  ///< six for each cube of a cube map
+    std::uint32_t mipLevels = 1;
+    DdsFormat format = DdsFormat::Unknown;
+};
+
+/// One picture of a texture in its own format: row 0 first, rows rowPitch bytes apart (of 4 × 4 blocks for
+/// block-compressed formats), slicePitch bytes in all. Not owned.
+struct DdsItem {
+    const std::byte* pixels = nullptr;
+    std::uint32_t width = 0, height = 0;
+    std::size_t rowPitch = 0, slicePitch = 0;
+};
+
+/// A texture in memory.
+class DdsTexture {
+  public:
+    DdsTexture();
+    ~DdsTexture();
+    DdsTexture(DdsTexture&&) noexcept;
+    DdsTexture& operator=(DdsTexture&&) noexcept;
+
+    const DdsMetadata& Metadata() const;
+
+    /// The largest mip level of an array item, its first slice; pixels null when the texture has none.
+    DdsItem Item(std::uint32_t item) const;
+
+    struct Contents;
+    std::unique_ptr<Contents> contents;  ///< never null but after a move
+};
+
+/// The header alone. False for a file that cannot be opened or whose header no reader would accept.
+bool ReadDdsMetadata(const std::wstring& path, DdsMetadata& metadata);
+
+/// The whole file. False also when it is shorter than its header says, or without memory; memory is asked
+/// for only after the header was found to fit the file's size.
+bool LoadDds(const std::wstring& path, DdsTexture& texture);
+
+/// Block-compressed to Rgba8Unorm, every array item's largest mip level: BC4 as grey, BC5 with blue 0, both
+/// opaque. False for any other format, or without memory.
+bool DecompressDds(const DdsTexture& compressed, DdsTexture& result);
+
+/// Rgba8Unorm items to BC1. Pixels whose alpha is below one half become transparent, all others opaque.
+bool CompressToBc1(const DdsMetadata& metadata, std::span<const DdsItem> items, DdsTexture& result);
+
+/// Writes the items, one per array item, as a DDS file with one mip level; six as a cube map. The bytes go
+/// straight to the path: give it a temporary name. False when the file cannot be written whole.
+bool SaveDds(const std::wstring& path, const DdsMetadata& metadata, std::span<const DdsItem> items);
+
+}  // namespace skyvault

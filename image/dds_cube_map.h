@@ -1,0 +1,40 @@
+// DDS files as the program reads and writes them: a cube map, or a single picture.
+//
+// A cube map's array items are +X, −X, +Y, −Y, +Z, −Z: the faces right, left, top, bottom, front, back, none
+// of them turned or mirrored.
+#pragma once
+
+#include <array>
+#include <string>
+
+#include "image/image.h"
+
+namespace skyvault {
+
+enum class DdsKind {
+    Unusable,  ///< no readable header, no size, or an array of neither one nor six square pictures
+    Picture,
+    Volume,
+    CubeMap,  ///< six square array items, whether or not the file calls itself a cube map
+};
+
+/// Looks at the header only.
+DdsKind GetDdsKind(const std::wstring& path);
+
+/// Reads the six faces in the order front, right, back, left, top, bottom. An item that cannot be read leaves
+/// its face as it was. Without keepAlpha every pixel is composited over opaque black.
+bool LoadDdsCubeMap(const std::wstring& path, std::array<Image, 6>& faces, bool keepAlpha);
+
+/// Writes six faces of the front face's size and channel type: RGBA of 8 or 16 bits or halves, alpha full
+/// unless keepAlpha. compress: 8-bit faces as BC1. infoLog: when given, on success Path, Size, Resolution,
+/// Projection and Format are appended; on failure it is emptied. The file appears under its name only when
+/// whole.
+bool SaveDdsCubeMap(const std::wstring& path, const std::array<Image, 6>& faces, bool keepAlpha,
+                    bool compress, std::wstring* infoLog);
+
+/// The DDS branches of LoadPicture and SavePicture (image/picture_files.h). Written: 8 bits as BC1, more
+/// uncompressed, in RGBA; alpha is kept when `format` has it. path of the writer: a temporary name.
+bool ReadDdsPicture(const std::wstring& path, Image& image);
+bool WriteDdsPicture(const Image& image, const std::wstring& path, PixelFormat format);
+
+}  // namespace skyvault
