@@ -1,6 +1,7 @@
 #include "projection/import_panorama.h"
 
 #include "projection/equirectangular.h"
+#include "projection/interior_square.h"
 
 namespace skyvault {
 
@@ -10,6 +11,9 @@ void ImportPanorama(Panorama& panorama, const std::vector<std::wstring>& paths, 
     switch (format) {
         case PanoramaFormat::Equirectangular:
             ImportEquirectangular(panorama, first);
+            return;
+        case PanoramaFormat::InteriorSquare:
+            ImportInteriorSquare(panorama, first);
             return;
         default:
             return;

@@ -6,6 +6,7 @@
 #include "platform/path_text.h"
 #include "platform/text_case.h"
 #include "projection/equirectangular.h"
+#include "projection/interior_square.h"
 
 namespace skyvault {
 namespace {
@@ -114,7 +115,9 @@ constexpr std::array kLayouts = {
               .importCommand = 32914,
               .exportCommand = 32918,
               .viewCommand = 32911,
-              .importTitle = L"Select interior square"},
+              .importTitle = L"Select interior square",
+              .importReady = true,
+              .exportTo = WithoutCamera<ExportInteriorSquare>},
     LayoutRow{.format = PanoramaFormat::Preview,
               .name = L"Preview",
               .consoleName = "preview",
