@@ -38,32 +38,54 @@ class Background {
     std::byte pixels_[kBlockSize * 8];
 };
 
-/// Writes rows firstRow .. firstRow + rowCount − 1 of the grid at destination.
-void RenderRows(const LayoutGrid& grid, const ViewSampler& sampler, const Background& background,
-                std::uint32_t bytesPerPixel, std::uint32_t firstRow, std::uint32_t rowCount,
-                std::byte* destination, std::size_t stride) {
-    DirectionBlock block;
+/// A block whose pixels were found and are on their way from memory.
+struct PendingBlock {
+    ViewSampler::Lookup lookup;
+    std::byte* target = nullptr;  ///< null: none
+    bool whole = true;            ///< else `inside` says which pixels count
     std::uint8_t inside[kBlockSize];
-    std::byte pixels[kBlockSize * 8];
-    for (std::uint32_t first = 0; first < grid.width; first += kBlockSize) {
-        const int count = static_cast<int>(std::min<std::uint32_t>(kBlockSize, grid.width - first));
-        for (std::uint32_t row = 0; row < rowCount; ++row) {
-            const Coverage coverage = grid.directions(firstRow + row, first, count, block, inside);
-            std::byte* target = destination + row * stride + std::size_t{first} * bytesPerPixel;
-            if (coverage == Coverage::All) {
-                sampler.Sample(block, count, target);
-                continue;
-            }
-            background.Fill(target, count);
-            if (coverage == Coverage::None) continue;
-            sampler.Sample(block, count, pixels);
-            for (int i = 0; i < count; ++i) {
+
+    void Finish(const ViewSampler& sampler, std::uint32_t bytesPerPixel) {
+        if (!target) return;
+        if (whole) {
+            sampler.Fetch(lookup, target);
+        } else {
+            std::byte pixels[kBlockSize * 8];
+            sampler.Fetch(lookup, pixels);
+            for (int i = 0; i < lookup.count; ++i) {
                 if (!inside[i]) continue;
                 const std::size_t at = static_cast<std::size_t>(i) * bytesPerPixel;
                 std::copy_n(pixels + at, bytesPerPixel, target + at);
             }
         }
+        target = nullptr;
     }
+};
+
+/// Writes rows firstRow .. firstRow + rowCount − 1 of the grid at destination. Each block is fetched after
+/// the next one was found, so that its pixels have time to arrive.
+void RenderRows(const LayoutGrid& grid, const ViewSampler& sampler, const Background& background,
+                std::uint32_t bytesPerPixel, std::uint32_t firstRow, std::uint32_t rowCount,
+                std::byte* destination, std::size_t stride) {
+    DirectionBlock block;
+    PendingBlock pending[2];
+    int current = 0;
+    for (std::uint32_t first = 0; first < grid.width; first += kBlockSize) {
+        const int count = static_cast<int>(std::min<std::uint32_t>(kBlockSize, grid.width - first));
+        for (std::uint32_t row = 0; row < rowCount; ++row) {
+            PendingBlock& found = pending[current];
+            const Coverage coverage = grid.directions(firstRow + row, first, count, block, found.inside);
+            std::byte* target = destination + row * stride + std::size_t{first} * bytesPerPixel;
+            if (coverage != Coverage::All) background.Fill(target, count);
+            if (coverage == Coverage::None) continue;
+            sampler.Find(block, count, found.lookup);
+            found.target = target;
+            found.whole = coverage == Coverage::All;
+            current = 1 - current;
+            pending[current].Finish(sampler, bytesPerPixel);
+        }
+    }
+    pending[1 - current].Finish(sampler, bytesPerPixel);
 }
 
 bool OutOfMemory(Panorama& panorama, Image& result) {
