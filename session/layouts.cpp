@@ -5,6 +5,7 @@
 
 #include "platform/path_text.h"
 #include "platform/text_case.h"
+#include "projection/dds.h"
 #include "projection/equirectangular.h"
 
 namespace skyvault {
@@ -36,7 +37,9 @@ constexpr std::array kLayouts = {
               .importTitle = L"Select DirectX DDS",
               .openDialog = FileDialogKind::OpenDds,
               .saveDialog = FileDialogKind::SaveDds,
-              .exportPrefix = L"Cubemap_"},
+              .exportPrefix = L"Cubemap_",
+              .importReady = true,
+              .exportTo = WithoutCamera<ExportCubeMapDDS>},
     LayoutRow{.format = PanoramaFormat::QuickTimeVr,
               .name = L"QuickTime VR",
               .consoleName = "qtvr",
