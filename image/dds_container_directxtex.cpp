@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "image/dds_container.h"
+#include "platform/file_handle.h"
 #include "platform/file_stream.h"
 #include "platform/files.h"
 
@@ -44,7 +45,8 @@ bool WriteTexture(const std::wstring& path, const TexMetadata& metadata, const s
 constexpr std::size_t kLargestHeader = 148;  // magic number, header, DX10 extension
 
 bool ReadMetadata(const std::wstring& path, TexMetadata& metadata) {
-    FileStream file(path, FileUse::Read);
+    FileHandle file;
+    if (!file.Open(path, false, true)) return false;
     const std::size_t size = static_cast<std::size_t>(std::min<std::uint64_t>(file.Size(), kLargestHeader));
     std::byte header[kLargestHeader];
     return file.Read(header, size) &&
@@ -57,28 +59,23 @@ bool ReadTexture(const std::wstring& path, ScratchImage& image) {
            SUCCEEDED(DirectX::LoadFromDDSMemory(bytes.data(), bytes.size(), DDS_FLAGS_NONE, nullptr, image));
 }
 
-/// The image's rows without what may lie between them.
-bool WriteImage(FileStream& file, const Image& image) {
-    std::size_t rowBytes = 0, imageBytes = 0;
-    if (FAILED(DirectX::ComputePitch(image.format, image.width, image.height, rowBytes, imageBytes))) {
-        return false;
-    }
-    if (imageBytes == image.slicePitch) return file.Write(image.pixels, imageBytes);
-    for (std::size_t row = 0; row < imageBytes / rowBytes; ++row) {
-        if (!file.Write(image.pixels + image.rowPitch * row, rowBytes)) return false;
-    }
-    return true;
-}
-
 bool WriteTexture(const std::wstring& path, const TexMetadata& metadata, const std::vector<Image>& images) {
     std::byte header[kLargestHeader];
-    std::size_t size = 0;
-    if (FAILED(DirectX::EncodeDDSHeader(metadata, DDS_FLAGS_NONE, header, sizeof header, size))) return false;
-    FileStream file(path, FileUse::Write);
-    return file.Write(header, size) &&
-           std::all_of(images.begin(), images.end(),
-                       [&](const Image& image) { return WriteImage(file, image); }) &&
-           file.Close();
+    std::size_t size = 0, rowBytes = 0, imageBytes = 0;
+    if (FAILED(DirectX::EncodeDDSHeader(metadata, DDS_FLAGS_NONE, header, sizeof header, size)) ||
+        FAILED(
+            DirectX::ComputePitch(metadata.format, metadata.width, metadata.height, rowBytes, imageBytes))) {
+        return false;
+    }
+    FileHandle file;
+    if (!file.Open(path, true, false) || !file.Write(header, size)) return false;
+    for (const Image& image : images) {
+        // Without what may lie between the rows.
+        for (std::size_t row = 0; row < imageBytes / rowBytes; ++row) {
+            if (!file.Write(image.pixels + image.rowPitch * row, rowBytes)) return false;
+        }
+    }
+    return file.Truncate(size + imageBytes * images.size()) && file.Close();
 }
 
 #endif
