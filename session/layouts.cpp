@@ -5,6 +5,7 @@
 
 #include "platform/path_text.h"
 #include "platform/text_case.h"
+#include "projection/dds.h"
 #include "projection/equirectangular.h"
 #include "projection/interior_square.h"
 
@@ -37,7 +38,9 @@ constexpr std::array kLayouts = {
               .importTitle = L"Select DirectX DDS",
               .openDialog = FileDialogKind::OpenDds,
               .saveDialog = FileDialogKind::SaveDds,
-              .exportPrefix = L"Cubemap_"},
+              .exportPrefix = L"Cubemap_",
+              .importReady = true,
+              .exportTo = WithoutCamera<ExportCubeMapDDS>},
     LayoutRow{.format = PanoramaFormat::QuickTimeVr,
               .name = L"QuickTime VR",
               .consoleName = "qtvr",
