@@ -1,6 +1,9 @@
 #include "projection/import_panorama.h"
 
 #include "projection/equirectangular.h"
+#include "projection/heart.h"
+#include "projection/mirror_ball.h"
+#include "projection/sphere_map.h"
 
 namespace skyvault {
 
@@ -10,6 +13,15 @@ void ImportPanorama(Panorama& panorama, const std::vector<std::wstring>& paths, 
     switch (format) {
         case PanoramaFormat::Equirectangular:
             ImportEquirectangular(panorama, first);
+            return;
+        case PanoramaFormat::SphereMap:
+            ImportSphereMap(panorama, first);
+            return;
+        case PanoramaFormat::MirrorBall:
+            ImportMirrorBall(panorama, first);
+            return;
+        case PanoramaFormat::Heart:
+            ImportHeart(panorama, first);
             return;
         default:
             return;
