@@ -29,15 +29,33 @@ static int SphereMapDirections(const SquareSpan& span, int n, DirectionBlock& bl
     }
     if (count == 0) return 0;
 
-    // x = 2u − 1, y = 2v − 1, n = √(1 − x² − y²): (2n·x, 2n·y, 2n² − 1). Just inside the rim of an odd
-    // size the root may be of a negative number; the direction is NaN then.
     float* SKYVAULT_RESTRICT bx = block.x;
     float* SKYVAULT_RESTRICT by = block.y;
     float* SKYVAULT_RESTRICT bz = block.z;
-    const std::int32_t first = span.first;
     const double size = span.size;
+    const std::int32_t first = span.first;
+    // With u and v from 0 to 1, x = 2u − 1, y = 2v − 1 and n = √(1 − x² − y²): (2n·x, 2n·y, 2n² − 1).
     const double v = 1.0 - span.row / size;
     const double y = 2.0 * v - 1.0;
+    if ((span.size & (span.size - 1)) == 0) {
+        // Sizes are powers of two as a rule. Then nothing is rounded before the last step, and whole numbers
+        // give the same bits at a quarter of the cost.
+        const std::int32_t square = span.size * span.size;
+        const std::int32_t rest = square / 4 - downSquared;
+        const float unit = static_cast<float>(4.0 / size / size);
+        const float step = static_cast<float>(2.0 / size);
+        const float singleY = static_cast<float>(y);
+        for (int i = 0; i < n; ++i) {
+            const std::int32_t across = left + i;
+            const std::int32_t depth = rest - across * across;  // n²
+            const float twice = 2.0f * SquareRoot(static_cast<float>(depth) * unit);
+            bx[i] = static_cast<float>(across) * step * twice;
+            by[i] = singleY * twice;
+            bz[i] = static_cast<float>(2 * depth - square / 4) * unit;
+        }
+        return count;
+    }
+    // Just inside the rim of an odd size the root may be of a negative number, and the direction is none.
     const double vv4 = 4.0 * v * v, v4 = 4.0 * v;
     for (int i = 0; i < n; ++i) {
         const double u = static_cast<double>(first + i) / size;
@@ -75,9 +93,23 @@ static int MirrorBallDirections(const SquareSpan& span, int n, DirectionBlock& b
     return count;
 }
 
+constexpr float kHeartPole = HeartShape::kCone + HeartShape::kParallel;
+
+/// Whether all of the span is clearly outside. Below the pole the pixels inside are one stretch around the
+/// axis: the longitude, angle · ρ / cos φ, grows with |x|, for so do all three. The pixel nearest to the axis
+/// speaks for the span then, with a margin that covers roundings.
+SKYVAULT_INLINE bool MissesHeart(float firstX, float lastX, float y) {
+    constexpr float kMargin = 0.01f;
+    const float x = firstX > 0.0f ? firstX : lastX;
+    if (y <= 0.0f || firstX * lastX <= 0.0f) return false;
+    const float radius = SquareRoot(x * x + y * y);
+    const float latitude = kHeartPole - radius;
+    const float cosine = SinCos(latitude).cosine;
+    return latitude < -kPi / 2 - kMargin || Atan2(std::fabs(x), y) * radius > (kPi + kMargin) * cosine;
+}
+
 static int HeartDirections(const SquareSpan& span, int n, DirectionBlock& block,
                            std::uint8_t* SKYVAULT_RESTRICT inside) {
-    constexpr float kPole = HeartShape::kCone + HeartShape::kParallel;
     constexpr float kHalfPi = 1.5707964f;
     float* SKYVAULT_RESTRICT bx = block.x;
     float* SKYVAULT_RESTRICT by = block.y;
@@ -90,17 +122,19 @@ static int HeartDirections(const SquareSpan& span, int n, DirectionBlock& block,
     alignas(64) float radii[kBlockSize], longitudes[kBlockSize], cosines[kBlockSize];
     for (int i = 0; i < n; ++i) {
         const float x = static_cast<float>(first + i) * HeartShape::kWidth / size - HeartShape::kLeft;
+        bx[i] = x;
         radii[i] = SquareRoot(x * x + yy);
-        longitudes[i] = Atan2(x, y);
     }
+    if (MissesHeart(bx[0], bx[n - 1], y)) return 0;
+    for (int i = 0; i < n; ++i) longitudes[i] = Atan2(bx[i], y);
     for (int i = 0; i < n; ++i) {
-        const SineCosineSingle latitude = SinCos(kPole - radii[i]);
+        const SineCosineSingle latitude = SinCos(kHeartPole - radii[i]);
         by[i] = latitude.sine;
         cosines[i] = latitude.cosine;
     }
     int count = 0;
     for (int i = 0; i < n; ++i) {
-        const float latitude = kPole - radii[i];
+        const float latitude = kHeartPole - radii[i];
         const float cosine = cosines[i];
         const float longitude = longitudes[i] * (radii[i] / cosine) + kPi;
         const int poles = std::fabs(latitude) <= kHalfPi ? 1 : 0;
@@ -159,7 +193,6 @@ static void MirrorBallPixels(const DirectionBlock& block, int n, std::uint32_t w
 
 static void HeartPixels(const DirectionBlock& block, int n, std::uint32_t width, std::uint32_t height,
                         std::int32_t* SKYVAULT_RESTRICT columns, std::int32_t* SKYVAULT_RESTRICT rows) {
-    constexpr float kPole = HeartShape::kCone + HeartShape::kParallel;
     const float* SKYVAULT_RESTRICT x = block.x;
     const float* SKYVAULT_RESTRICT y = block.y;
     const float* SKYVAULT_RESTRICT z = block.z;
@@ -173,13 +206,13 @@ static void HeartPixels(const DirectionBlock& block, int n, std::uint32_t width,
     }
     for (int i = 0; i < n; ++i) latitudes[i] = Atan2(y[i], SquareRoot(x[i] * x[i] + z[i] * z[i]));
     for (int i = 0; i < n; ++i) {
-        const float radius = kPole - latitudes[i];
+        const float radius = kHeartPole - latitudes[i];
         const float angle = SinCos(latitudes[i]).cosine * longitudes[i] / radius;
         // On the circle of latitude that shrinks to a point every angle will do.
         angles[i] = radius == 0.0f ? 0.0f : angle;
     }
     for (int i = 0; i < n; ++i) {
-        const float radius = kPole - latitudes[i];
+        const float radius = kHeartPole - latitudes[i];
         const SineCosineSingle angle = SinCos(angles[i]);
         const float across = angle.sine * radius;
         const float up = HeartShape::kCone - angle.cosine * radius;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cassert>
+#include <cstring>
 
 #include "image/pixel_convert.h"
 #include "platform/parallel_rows.h"
@@ -20,47 +21,65 @@ constexpr std::uint32_t kBandRows = 64;
 /// Below this many pixels, waking other threads costs more than it saves (0.8 ms under Wine).
 constexpr std::uint64_t kParallelPixels = 1'000'000;
 
+/// The colour outside of a shape, a block's worth of it ready to be copied.
+class Background {
+  public:
+    Background(PixelFormat format, const Color8& colour) : bytesPerPixel_(BytesPerPixel(format)) {
+        for (std::size_t i = 0; i < kBlockSize; ++i)
+            WriteColor8(format, pixels_ + i * bytesPerPixel_, colour);
+    }
+    void Fill(std::byte* row, int first, int end) const {
+        std::memcpy(row + static_cast<std::size_t>(first) * bytesPerPixel_, pixels_,
+                    static_cast<std::size_t>(end - first) * bytesPerPixel_);
+    }
+
+  private:
+    std::uint32_t bytesPerPixel_;
+    std::byte pixels_[kBlockSize * 8] = {};
+};
+
+/// Writes a block of which some pixels lie inside the shape. Only the stretch from the first to the last of
+/// them is sampled.
+void WritePartly(const ViewSampler& sampler, DirectionBlock& block, int count, const std::uint8_t* inside,
+                 const Background& background, std::uint32_t bytesPerPixel, std::byte* target) {
+    int first = 0, end = count;
+    while (first < end && !inside[first]) ++first;
+    while (end > first && !inside[end - 1]) --end;
+    background.Fill(target, 0, first);
+    background.Fill(target, end, count);
+    if (first > 0) {
+        for (float* v : {block.x, block.y, block.z}) std::copy(v + first, v + end, v);
+    }
+    sampler.Sample(block, end - first, target + static_cast<std::size_t>(first) * bytesPerPixel);
+    for (int i = first; i < end; ++i) {
+        if (!inside[i]) background.Fill(target, i, i + 1);
+    }
+}
+
 /// Writes rows firstRow .. firstRow + rowCount − 1 of the grid at destination.
-void RenderRows(const LayoutGrid& grid, const ViewSampler& sampler, std::uint32_t bytesPerPixel,
+void RenderRows(const LayoutGrid& grid, const ViewSampler& sampler,
+                const std::optional<Background>& background, std::uint32_t bytesPerPixel,
                 std::uint32_t firstRow, std::uint32_t rowCount, std::byte* destination, std::size_t stride) {
     DirectionBlock block;
     std::uint8_t inside[kBlockSize];
-    std::byte pixels[kBlockSize * 8];
     for (std::uint32_t first = 0; first < grid.width; first += kBlockSize) {
         const int count = static_cast<int>(std::min<std::uint32_t>(kBlockSize, grid.width - first));
         for (std::uint32_t row = 0; row < rowCount; ++row) {
             const Coverage coverage = grid.directions(firstRow + row, first, count, block, inside);
-            if (coverage == Coverage::None) continue;
             std::byte* target = destination + row * stride + std::size_t{first} * bytesPerPixel;
             if (coverage == Coverage::All) {
                 sampler.Sample(block, count, target);
                 continue;
             }
-            sampler.Sample(block, count, pixels);
-            for (int i = 0; i < count; ++i) {
-                if (!inside[i]) continue;
-                const std::size_t at = static_cast<std::size_t>(i) * bytesPerPixel;
-                std::copy_n(pixels + at, bytesPerPixel, target + at);
+            assert(background && "a shape needs a colour for the pixels outside");
+            if (coverage == Coverage::None) {
+                background->Fill(target, 0, count);
+            } else {
+                WritePartly(sampler, block, count, inside, *background, bytesPerPixel, target);
             }
         }
     }
 }
-
-/// One pixel's bytes, repeated over rows.
-class Background {
-  public:
-    Background(PixelFormat format, const Color8& colour) : bytesPerPixel_(BytesPerPixel(format)) {
-        WriteColor8(format, pixel_, colour);
-    }
-    void Fill(std::byte* rows, std::size_t byteCount) const {
-        for (std::size_t at = 0; at < byteCount; at += bytesPerPixel_)
-            std::copy_n(pixel_, bytesPerPixel_, rows + at);
-    }
-
-  private:
-    std::uint32_t bytesPerPixel_;
-    std::byte pixel_[8] = {};
-};
 
 bool OutOfMemory(Panorama& panorama, Image& result) {
     result.Clear();
@@ -93,8 +112,8 @@ bool RenderLayout(Panorama& panorama, const LayoutGrid& grid, const RenderOption
         const std::uint32_t first = static_cast<std::uint32_t>(band) * kBandRows;
         const std::uint32_t rows = std::min(kBandRows, height - first);
         if (!options.halve) {
-            if (background) background->Fill(result.Row(first), std::size_t{result.stride} * rows);
-            RenderRows(grid, sampler, bytesPerPixel, first, rows, result.Row(first), result.stride);
+            RenderRows(grid, sampler, background, bytesPerPixel, first, rows, result.Row(first),
+                       result.stride);
             return;
         }
         Image doubled(grid.width, 2 * rows, options.format);
@@ -102,8 +121,8 @@ bool RenderLayout(Panorama& panorama, const LayoutGrid& grid, const RenderOption
             failed = true;
             return;
         }
-        if (background) background->Fill(doubled.Row(0), doubled.ByteCount());
-        RenderRows(grid, sampler, bytesPerPixel, 2 * first, 2 * rows, doubled.Row(0), doubled.stride);
+        RenderRows(grid, sampler, background, bytesPerPixel, 2 * first, 2 * rows, doubled.Row(0),
+                   doubled.stride);
         BoxGrid bandGrid = halving;
         bandGrid.height = rows;
         for (std::uint32_t row = 0; row < rows; ++row) {
