@@ -2,6 +2,7 @@
 
 #include "projection/equirectangular.h"
 #include "projection/heart.h"
+#include "projection/interior_square.h"
 #include "projection/mirror_ball.h"
 #include "projection/sphere_map.h"
 
@@ -22,6 +23,9 @@ void ImportPanorama(Panorama& panorama, const std::vector<std::wstring>& paths, 
             return;
         case PanoramaFormat::Heart:
             ImportHeart(panorama, first);
+            return;
+        case PanoramaFormat::InteriorSquare:
+            ImportInteriorSquare(panorama, first);
             return;
         default:
             return;
