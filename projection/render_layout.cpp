@@ -62,6 +62,26 @@ struct PendingBlock {
     }
 };
 
+/// A block's pixels from the first to the last inside the shape.
+struct Stretch {
+    int first = 0, count = 0;
+    bool whole = true;  ///< all of them are inside
+};
+
+/// Moves the stretch to the start of the block and of the mask, so that nothing around it is sampled. At
+/// the rims of round shapes that is half of all the pixels in blocks.
+Stretch CutToShape(DirectionBlock& block, int count, std::uint8_t* inside) {
+    int first = 0, end = count;
+    while (first < end && !inside[first]) ++first;
+    while (end > first && !inside[end - 1]) --end;
+    if (first > 0) {
+        for (float* v : {block.x, block.y, block.z}) std::copy(v + first, v + end, v);
+        std::copy(inside + first, inside + end, inside);
+    }
+    const int stretch = end - first;
+    return {first, stretch, std::count(inside, inside + stretch, 0) == 0};
+}
+
 /// Writes rows firstRow .. firstRow + rowCount − 1 of the grid at destination. Each block is fetched after
 /// the next one was found, so that its pixels have time to arrive.
 void RenderRows(const LayoutGrid& grid, const ViewSampler& sampler, const Background& background,
@@ -78,9 +98,14 @@ void RenderRows(const LayoutGrid& grid, const ViewSampler& sampler, const Backgr
             std::byte* target = destination + row * stride + std::size_t{first} * bytesPerPixel;
             if (coverage != Coverage::All) background.Fill(target, count);
             if (coverage == Coverage::None) continue;
-            sampler.Find(block, count, found.lookup);
+            Stretch inside{0, count};
+            if (coverage == Coverage::Some) {
+                inside = CutToShape(block, count, found.inside);
+                target += static_cast<std::size_t>(inside.first) * bytesPerPixel;
+            }
+            sampler.Find(block, inside.count, found.lookup);
             found.target = target;
-            found.whole = coverage == Coverage::All;
+            found.whole = inside.whole;
             current = 1 - current;
             pending[current].Finish(sampler, bytesPerPixel);
         }
