@@ -1,6 +1,8 @@
 #include "projection/import_panorama.h"
 
+#include "projection/cube_layouts.h"
 #include "projection/equirectangular.h"
+#include "projection/single_files.h"
 
 namespace skyvault {
 
@@ -10,6 +12,18 @@ void ImportPanorama(Panorama& panorama, const std::vector<std::wstring>& paths, 
     switch (format) {
         case PanoramaFormat::Equirectangular:
             ImportEquirectangular(panorama, first);
+            return;
+        case PanoramaFormat::HorizontalCross:
+        case PanoramaFormat::VerticalCross:
+        case PanoramaFormat::Strip:
+        case PanoramaFormat::StripXyz:
+            ImportFaceLayout(panorama, first, format);
+            return;
+        case PanoramaFormat::SingleFiles:
+            ImportSingleFiles(panorama, paths);
+            return;
+        case PanoramaFormat::InteriorStrip:
+            ImportInteriorStrip(panorama, first);
             return;
         default:
             return;

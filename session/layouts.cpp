@@ -5,7 +5,9 @@
 
 #include "platform/path_text.h"
 #include "platform/text_case.h"
+#include "projection/cube_layouts.h"
 #include "projection/equirectangular.h"
+#include "projection/single_files.h"
 
 namespace skyvault {
 namespace {
@@ -13,6 +15,11 @@ namespace {
 template <bool (*exportPicture)(Panorama&, const std::wstring&, std::wstring&)>
 bool WithoutCamera(Panorama& panorama, const std::wstring& path, const Camera&, std::wstring& infoLog) {
     return exportPicture(panorama, path, infoLog);
+}
+
+template <PanoramaFormat format>
+bool ExportStripAs(Panorama& panorama, const std::wstring& path, const Camera&, std::wstring& infoLog) {
+    return ExportStrip(panorama, path, format, infoLog);
 }
 
 constexpr const wchar_t* kSelectPalette = L"Select palette picture";
@@ -51,34 +58,44 @@ constexpr std::array kLayouts = {
               .importCommand = 32782,
               .exportCommand = 32789,
               .viewCommand = 32775,
-              .importTitle = L"Select horizontal cross"},
+              .importTitle = L"Select horizontal cross",
+              .importReady = true,
+              .exportTo = WithoutCamera<ExportHorizontalCross>},
     LayoutRow{.format = PanoramaFormat::VerticalCross,
               .name = L"Vertical cross",
               .consoleName = "vertical-cross",
               .importCommand = 32783,
               .exportCommand = 32790,
               .viewCommand = 32774,
-              .importTitle = L"Select vertical cross"},
+              .importTitle = L"Select vertical cross",
+              .importReady = true,
+              .exportTo = WithoutCamera<ExportVerticalCross>},
     LayoutRow{.format = PanoramaFormat::Strip,
               .name = L"Strip",
               .consoleName = "strip",
               .importCommand = 32784,
               .exportCommand = 32791,
               .viewCommand = 32776,
-              .importTitle = L"Select strip"},
+              .importTitle = L"Select strip",
+              .importReady = true,
+              .exportTo = ExportStripAs<PanoramaFormat::Strip>},
     LayoutRow{.format = PanoramaFormat::StripXyz,
               .name = L"Strip XYZ",
               .consoleName = "strip-xyz",
               .importCommand = 32813,
               .exportCommand = 32814,
               .viewCommand = 32812,
-              .importTitle = L"Select strip XYZ"},
+              .importTitle = L"Select strip XYZ",
+              .importReady = true,
+              .exportTo = ExportStripAs<PanoramaFormat::StripXyz>},
     LayoutRow{.format = PanoramaFormat::SingleFiles,
               .name = L"Single files",
               .consoleName = "single-files",
               .importCommand = 32803,
               .exportCommand = 32805,
-              .viewCommand = 32802},
+              .viewCommand = 32802,
+              .importReady = true,
+              .exportTo = WithoutCamera<ExportSingleFiles>},
     LayoutRow{.format = PanoramaFormat::SphereMap,
               .name = L"Sphere map",
               .consoleName = "sphere-map",
@@ -107,7 +124,9 @@ constexpr std::array kLayouts = {
               .importCommand = 32920,
               .exportCommand = 32921,
               .viewCommand = 32913,
-              .importTitle = L"Select interior strip"},
+              .importTitle = L"Select interior strip",
+              .importReady = true,
+              .exportTo = WithoutCamera<ExportInteriorStrip>},
     LayoutRow{.format = PanoramaFormat::InteriorSquare,
               .name = L"Interior square",
               .consoleName = "interior-square",
