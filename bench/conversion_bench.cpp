@@ -10,7 +10,6 @@
 #include "bench/bench_panorama.h"
 #include "platform/parallel_rows.h"
 #include "projection/build_faces.h"
-#include "projection/cube_layouts.h"
 #include "projection/fast_math.h"
 #include "projection/render_layout.h"
 
@@ -151,38 +150,6 @@ void EquirectangularToFaces(benchmark::State& state) {
     CountPixels(state, 6.0 * kFace * kFace);
     SetThreadCount(0);
 }
-/// Six faces in one picture, 1024² each: the picture as the window would show it, whose format is the
-/// source's.
-void ToCubeLayout(benchmark::State& state, ClientSize pictureSize,
-                  bool (*exportPicture)(Panorama&, const std::wstring&, std::wstring&)) {
-    struct Target : ViewTarget {
-        ClientSize size;
-        ClientSize Size() const override { return size; }
-        bool Show(const Image&) override { return true; }
-    } target;
-    target.size = pictureSize;
-    BenchPanorama p;
-    p.SetEquirectangular(kWidth, PixelFormat::Rgb8);
-    p.panorama.viewTarget = &target;
-    SetThreadCount(static_cast<int>(state.range(0)));
-    std::wstring log;
-    exportPicture(p.panorama, L"", log);
-    for (auto _ : state) exportPicture(p.panorama, L"", log);
-    CountPixels(state, 6.0 * 1024 * 1024);
-    SetThreadCount(0);
-}
-void EquirectangularToCross(benchmark::State& state) {
-    ToCubeLayout(state, {4096, 3072}, ExportHorizontalCross);
-}
-void EquirectangularToStrip(benchmark::State& state) {
-    ToCubeLayout(state, {6144, 1024}, ExportInteriorStrip);
-}
-/// For comparison: the same source to an equirectangular picture of about as many pixels.
-void EquirectangularToHalfSize(benchmark::State& state) {
-    BenchPanorama p;
-    p.SetEquirectangular(kWidth, PixelFormat::Rgb8);
-    Render(state, p, EquirectangularGrid(3548, 1774), PixelFormat::Rgb8, false);
-}
 
 #define CONVERSION(name) BENCHMARK(name)->Arg(1)->Unit(benchmark::kMillisecond)->MinTime(1)
 CONVERSION(FetchStraight);
@@ -193,9 +160,6 @@ CONVERSION(EquirectangularTurnedBaseline);
 CONVERSION(EquirectangularAntialiased);
 CONVERSION(EquirectangularToFaces);
 CONVERSION(FacesToEquirectangular);
-CONVERSION(EquirectangularToHalfSize);
-CONVERSION(EquirectangularToCross);
-CONVERSION(EquirectangularToStrip);
 
 }  // namespace
 

@@ -54,6 +54,21 @@ std::wstring FileObstacle(const std::wstring& path, const ConvertOptions& option
     return {};
 }
 
+float Radians(float degrees) {
+    return static_cast<float>(static_cast<double>(degrees) * 0.017453292519943295);
+}
+
+void Modify(Modifications& modifications, const ConvertOptions& options) {
+    for (const HeadingPitchRoll& turn : options.turns) {
+        RotatePanorama(modifications, Radians(turn.heading), Radians(turn.pitch), Radians(turn.roll));
+    }
+    if (options.horizon) modifications.horizonPower = *options.horizon;
+    if (options.logoSize) modifications.logoSize = *options.logoSize;
+    modifications.flipHorizontal = options.flipHorizontal;
+    modifications.mirrorTopToBottom = options.mirrorTopToBottom;
+    modifications.mirrorFrontToBack = options.mirrorFrontToBack;
+}
+
 std::wstring OutputObstacle(const ConvertOptions& options, const AppState& settings) {
     if (options.to->format != PanoramaFormat::SingleFiles || FolderExists(options.output)) {
         return FileObstacle(options.output, options);
@@ -79,21 +94,6 @@ void TellOfMissingFaces(const Panorama& panorama, const ConvertOptions& options)
         WriteMessage(L"Could not open " + Quoted(options.inputs[f]) + L"; there is no " + kNames[f] +
                      L" face");
     }
-}
-
-float Radians(float degrees) {
-    return static_cast<float>(static_cast<double>(degrees) * 0.017453292519943295);
-}
-
-void Modify(Modifications& modifications, const ConvertOptions& options) {
-    for (const HeadingPitchRoll& turn : options.turns) {
-        RotatePanorama(modifications, Radians(turn.heading), Radians(turn.pitch), Radians(turn.roll));
-    }
-    if (options.horizon) modifications.horizonPower = *options.horizon;
-    if (options.logoSize) modifications.logoSize = *options.logoSize;
-    modifications.flipHorizontal = options.flipHorizontal;
-    modifications.mirrorTopToBottom = options.mirrorTopToBottom;
-    modifications.mirrorFrontToBack = options.mirrorFrontToBack;
 }
 
 }  // namespace

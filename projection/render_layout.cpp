@@ -53,13 +53,8 @@ class Background {
         WriteColor8(format, pixel_, colour);
     }
     void Fill(std::byte* rows, std::size_t byteCount) const {
-        std::size_t filled = std::min<std::size_t>(bytesPerPixel_, byteCount);
-        std::copy_n(pixel_, filled, rows);
-        while (filled < byteCount) {
-            const std::size_t more = std::min(filled, byteCount - filled);
-            std::copy_n(rows, more, rows + filled);
-            filled += more;
-        }
+        for (std::size_t at = 0; at < byteCount; at += bytesPerPixel_)
+            std::copy_n(pixel_, bytesPerPixel_, rows + at);
     }
 
   private:
