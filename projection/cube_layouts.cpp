@@ -131,7 +131,7 @@ bool ExportLayout(Panorama& panorama, const std::wstring& path, PanoramaFormat f
         const PlacedFace& cell = layout.cells[f];
         faces.places[f] = {cell.face, cell.left * size, cell.top * size, cell.turn};
     }
-    if (layout.rows > 1) options.background = EmptyColour(panorama.settings);
+    options.background = EmptyColour(panorama.settings);
     const LayoutGrid grid = faces.Grid(layout.columns * size, layout.rows * size);
     if (!RenderLayout(panorama, grid, options, panorama.resultPicture)) return false;
     return DeliverResult(panorama, path, infoLog);

@@ -2,6 +2,7 @@
 
 #include "projection/cube_layouts.h"
 #include "projection/equirectangular.h"
+#include "projection/interior_square.h"
 #include "projection/single_files.h"
 
 namespace skyvault {
@@ -24,6 +25,9 @@ void ImportPanorama(Panorama& panorama, const std::vector<std::wstring>& paths, 
             return;
         case PanoramaFormat::InteriorStrip:
             ImportInteriorStrip(panorama, first);
+            return;
+        case PanoramaFormat::InteriorSquare:
+            ImportInteriorSquare(panorama, first);
             return;
         default:
             return;

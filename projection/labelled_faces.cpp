@@ -15,13 +15,16 @@ constexpr const wchar_t* kFaceNames[kFaceCount] = {L"Front", L"Right", L"Back", 
 /// The longest label: "Bottom", a gap of two letters, "*_bottom".
 constexpr std::int32_t kLongestLabel = 16;
 
+/// Dots between a face and its label.
+constexpr std::int32_t kSpaceAbove = 2;
+
 /// Where everything goes, in pixels.
 struct Arrangement {
     std::int32_t columns = 0, rows = 0;
     std::int32_t edge = 0;    ///< of a face; < 1 when nothing fits
     std::int32_t gap = 0;     ///< between the faces and around them
     std::int32_t label = 0;   ///< height of the label under a face
-    std::int32_t letter = 0;  ///< edge of one dot of the letters; 0: no labels
+    std::int32_t letter = 0;  ///< edge of a dot of the letters; 0: no labels
     std::int32_t left = 0, top = 0;
 
     std::int32_t CellLeft(std::int32_t index) const { return left + index % columns * (edge + gap); }
@@ -32,7 +35,7 @@ struct Arrangement {
 Arrangement Arrange(const ClientSize& client, std::int32_t letter) {
     Arrangement best;
     const std::int32_t gap = std::min(client.width, client.height) / 40;
-    const std::int32_t label = letter > 0 ? letter * (kPixelLetterHeight + 2) : 0;
+    const std::int32_t label = letter > 0 ? letter * (kPixelLetterHeight + kSpaceAbove) : 0;
     for (const std::int32_t columns : {3, 2, 6, 1}) {
         const std::int32_t rows = kFaceCount / columns;
         const std::int32_t across = (client.width - (columns + 1) * gap) / columns;
@@ -54,7 +57,7 @@ Arrangement Arrange(const ClientSize& client, std::int32_t letter) {
 }
 
 Arrangement Arrange(const ClientSize& client) {
-    constexpr std::int32_t kEdgePerLetter = 150, kSmallestLabelled = 6 * kPixelLetterWidth;
+    constexpr std::int32_t kEdgePerLetter = 120, kSmallestLabelled = 6 * kPixelLetterWidth;
     const Arrangement bare = Arrange(client, 0);
     for (std::int32_t letter = std::max(bare.edge / kEdgePerLetter, 1); letter > 0; --letter) {
         const Arrangement labelled = Arrange(client, letter);
@@ -81,7 +84,7 @@ void DrawLabels(const Arrangement& plan, const AppState& settings, Image& pictur
     const Color8 colour = TextColour(settings.backgroundColour);
     const bool roomForPattern = plan.edge >= kLongestLabel * kPixelLetterWidth * plan.letter;
     for (std::int32_t f = 0; f < kFaceCount; ++f) {
-        const std::int32_t y = plan.CellTop(f) + plan.edge + plan.letter;
+        const std::int32_t y = plan.CellTop(f) + plan.edge + plan.letter * kSpaceAbove;
         DrawPixelText(picture, plan.CellLeft(f), y, plan.letter, kFaceNames[f], colour);
         if (!roomForPattern) continue;
         const std::wstring pattern = FilePattern(settings.fileNamingSystem, f);

@@ -20,9 +20,28 @@ constexpr std::uint32_t kBandRows = 64;
 /// Below this many pixels, waking other threads costs more than it saves (0.8 ms under Wine).
 constexpr std::uint64_t kParallelPixels = 1'000'000;
 
+/// A block of background pixels, to be copied where the shape is not.
+class Background {
+  public:
+    Background(PixelFormat format, const Color8& colour) : bytesPerPixel_(BytesPerPixel(format)) {
+        for (int i = 0; i < kBlockSize; ++i) {
+            WriteColor8(format, pixels_ + static_cast<std::size_t>(i) * bytesPerPixel_, colour);
+        }
+    }
+    /// count ≤ kBlockSize pixels at destination.
+    void Fill(std::byte* destination, int count) const {
+        std::copy_n(pixels_, static_cast<std::size_t>(count) * bytesPerPixel_, destination);
+    }
+
+  private:
+    std::uint32_t bytesPerPixel_;
+    std::byte pixels_[kBlockSize * 8];
+};
+
 /// Writes rows firstRow .. firstRow + rowCount − 1 of the grid at destination.
-void RenderRows(const LayoutGrid& grid, const ViewSampler& sampler, std::uint32_t bytesPerPixel,
-                std::uint32_t firstRow, std::uint32_t rowCount, std::byte* destination, std::size_t stride) {
+void RenderRows(const LayoutGrid& grid, const ViewSampler& sampler, const Background& background,
+                std::uint32_t bytesPerPixel, std::uint32_t firstRow, std::uint32_t rowCount,
+                std::byte* destination, std::size_t stride) {
     DirectionBlock block;
     std::uint8_t inside[kBlockSize];
     std::byte pixels[kBlockSize * 8];
@@ -30,12 +49,13 @@ void RenderRows(const LayoutGrid& grid, const ViewSampler& sampler, std::uint32_
         const int count = static_cast<int>(std::min<std::uint32_t>(kBlockSize, grid.width - first));
         for (std::uint32_t row = 0; row < rowCount; ++row) {
             const Coverage coverage = grid.directions(firstRow + row, first, count, block, inside);
-            if (coverage == Coverage::None) continue;
             std::byte* target = destination + row * stride + std::size_t{first} * bytesPerPixel;
             if (coverage == Coverage::All) {
                 sampler.Sample(block, count, target);
                 continue;
             }
+            background.Fill(target, count);
+            if (coverage == Coverage::None) continue;
             sampler.Sample(block, count, pixels);
             for (int i = 0; i < count; ++i) {
                 if (!inside[i]) continue;
@@ -45,22 +65,6 @@ void RenderRows(const LayoutGrid& grid, const ViewSampler& sampler, std::uint32_
         }
     }
 }
-
-/// One pixel's bytes, repeated over rows.
-class Background {
-  public:
-    Background(PixelFormat format, const Color8& colour) : bytesPerPixel_(BytesPerPixel(format)) {
-        WriteColor8(format, pixel_, colour);
-    }
-    void Fill(std::byte* rows, std::size_t byteCount) const {
-        for (std::size_t at = 0; at < byteCount; at += bytesPerPixel_)
-            std::copy_n(pixel_, bytesPerPixel_, rows + at);
-    }
-
-  private:
-    std::uint32_t bytesPerPixel_;
-    std::byte pixel_[8] = {};
-};
 
 bool OutOfMemory(Panorama& panorama, Image& result) {
     result.Clear();
@@ -85,16 +89,15 @@ bool RenderLayout(Panorama& panorama, const LayoutGrid& grid, const RenderOption
     const std::uint32_t bytesPerPixel = BytesPerPixel(options.format);
     const int bandCount = static_cast<int>((height + kBandRows - 1) / kBandRows);
     const BoxGrid halving = MakeBoxGrid(grid.width, grid.height, width, height);
-    std::optional<Background> background;
-    if (options.background) background.emplace(options.format, *options.background);
+    const Background background(options.format, options.background);
     std::atomic<bool> failed{false};
 
     const auto renderBand = [&](int band) {
         const std::uint32_t first = static_cast<std::uint32_t>(band) * kBandRows;
         const std::uint32_t rows = std::min(kBandRows, height - first);
         if (!options.halve) {
-            if (background) background->Fill(result.Row(first), std::size_t{result.stride} * rows);
-            RenderRows(grid, sampler, bytesPerPixel, first, rows, result.Row(first), result.stride);
+            RenderRows(grid, sampler, background, bytesPerPixel, first, rows, result.Row(first),
+                       result.stride);
             return;
         }
         Image doubled(grid.width, 2 * rows, options.format);
@@ -102,8 +105,8 @@ bool RenderLayout(Panorama& panorama, const LayoutGrid& grid, const RenderOption
             failed = true;
             return;
         }
-        if (background) background->Fill(doubled.Row(0), doubled.ByteCount());
-        RenderRows(grid, sampler, bytesPerPixel, 2 * first, 2 * rows, doubled.Row(0), doubled.stride);
+        RenderRows(grid, sampler, background, bytesPerPixel, 2 * first, 2 * rows, doubled.Row(0),
+                   doubled.stride);
         BoxGrid bandGrid = halving;
         bandGrid.height = rows;
         for (std::uint32_t row = 0; row < rows; ++row) {

@@ -7,6 +7,7 @@
 #include "platform/text_case.h"
 #include "projection/cube_layouts.h"
 #include "projection/equirectangular.h"
+#include "projection/interior_square.h"
 #include "projection/single_files.h"
 
 namespace skyvault {
@@ -133,7 +134,9 @@ constexpr std::array kLayouts = {
               .importCommand = 32914,
               .exportCommand = 32918,
               .viewCommand = 32911,
-              .importTitle = L"Select interior square"},
+              .importTitle = L"Select interior square",
+              .importReady = true,
+              .exportTo = WithoutCamera<ExportInteriorSquare>},
     LayoutRow{.format = PanoramaFormat::Preview,
               .name = L"Preview",
               .consoleName = "preview",
