@@ -9,6 +9,7 @@
 #include "platform/utf8.h"
 #include "projection/build_faces.h"
 #include "projection/dds.h"
+#include "session/import_panorama.h"
 #include "tests/made_files.h"
 #include "tests/temporary_folder.h"
 #include "tests/test_panorama.h"
@@ -414,7 +415,9 @@ struct Imported {
     Panorama panorama;
 
     Imported(const std::wstring& path, PanoramaFormat format, bool transparency = false)
-        : settings(WithTransparency(transparency)), panorama(feedback, settings, nullptr, {path}, format) {}
+        : settings(WithTransparency(transparency)), panorama(feedback, settings, nullptr) {
+        ImportPanorama(panorama, {path}, format);
+    }
 
     static AppState WithTransparency(bool on) {
         AppState settings;
