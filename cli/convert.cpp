@@ -1,7 +1,10 @@
 #include "cli/convert.h"
 
+#include <algorithm>
+
 #include "cli/console_feedback.h"
 #include "cli/terminal.h"
+#include "image/dds_cube_map.h"
 #include "image/picture_codec.h"
 #include "image/picture_files.h"
 #include "platform/files.h"
@@ -47,11 +50,37 @@ std::wstring OutputObstacle(const ConvertOptions& options) {
     const std::wstring folder(FolderPart(path));
     if (!folder.empty() && !FolderExists(folder)) return start + L"there is no folder " + Quoted(folder);
     const std::wstring extension = UpperExtension(FileNamePart(path));
+    const bool dds = extension == L"DDS";
+    if (options.to->saveDialog == FileDialogKind::SaveDds && !dds) {
+        return start + L"its extension is not dds";
+    }
     const bool picture = options.to->saveDialog == FileDialogKind::SavePicture;
-    if (picture && extension != L"DDS" && ContainerOfExtension(extension) == PictureContainer::None) {
-        return start + L"its extension is none of bmp gif heic jpg png tif";
+    if (picture && !dds && ContainerOfExtension(extension) == PictureContainer::None) {
+        return start + L"its extension is none of bmp dds gif heic jpg png tif";
     }
     return {};
+}
+
+/// A picture's description with what a panorama made of it would have; empty when it cannot be read.
+std::wstring DescribePicture(const std::wstring& path) {
+    const Image picture = LoadPicture(path);
+    if (!picture.IsValid()) return {};
+    const std::wstring faceSize = std::to_wstring(picture.width / 4);
+    return PictureInfo(path, picture.width, picture.height, picture.format) + L"Frames\t\t" +
+           std::to_wstring(picture.frameCount) + L"\nPanorama\tfaces " + faceSize + L" x " + faceSize + L"\n";
+}
+
+std::wstring DescribeCubeMap(const std::wstring& path) {
+    CubeFaces faces;
+    if (!LoadDdsCubeMap(path, faces, true)) return {};
+    const auto face =
+        std::find_if(faces.begin(), faces.end(), [](const Image& image) { return image.IsValid(); });
+    return face != faces.end() ? CubeMapInfo(path, face->width, face->format) : std::wstring();
+}
+
+std::wstring DescribeFile(const std::wstring& path) {
+    const bool cubeMap = UpperExtension(path) == L"DDS" && GetDdsKind(path) == DdsKind::CubeMap;
+    return cubeMap ? DescribeCubeMap(path) : DescribePicture(path);
 }
 
 float Radians(float degrees) {
@@ -113,13 +142,9 @@ ExitStatus RunConvert(const ConvertOptions& options) {
 }
 
 ExitStatus RunInfo(const InfoOptions& options) {
-    const Image picture = LoadPicture(options.path);
-    if (!picture.IsValid()) return Fail(L"Could not open " + Quoted(options.path));
-    const std::wstring faceSize = std::to_wstring(picture.width / 4);
-    WriteText(OutputStream::Standard,
-              PictureInfo(options.path, picture.width, picture.height, picture.format) + L"Frames\t\t" +
-                  std::to_wstring(picture.frameCount) + L"\nPanorama\tfaces " + faceSize + L" x " + faceSize +
-                  L"\n");
+    const std::wstring description = DescribeFile(options.path);
+    if (description.empty()) return Fail(L"Could not open " + Quoted(options.path));
+    WriteText(OutputStream::Standard, description);
     return kDone;
 }
 

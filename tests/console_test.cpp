@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstring>
 
+#include "image/dds_cube_map.h"
 #include "image/picture_files.h"
 #include "platform/files.h"
 #include "platform/utf8.h"
@@ -232,6 +233,7 @@ TEST(Console, FailuresSayWhyInOneLineAndLeaveNothingBehind) {
     const std::string olderBytes = folder.Read(L"older.png");
     const std::wstring cut = folder.Write(L"cut.png", folder.Read(L"in.png").substr(0, 700));
     const std::wstring text = folder.Write(L"text.jpg", "no picture");
+    const std::wstring noCube = folder.Write(L"no.dds", "no cube map");
     ASSERT_TRUE(CreateFolder(folder / L"sub"));
     const std::wstring missing = folder / L"missing.png";
     const std::wstring longName = folder / (std::wstring(280, L'x') + L".png");
@@ -250,6 +252,9 @@ TEST(Console, FailuresSayWhyInOneLineAndLeaveNothingBehind) {
          L"none"},
         {Convert(L"preview", {input, folder / L"out.webp"}), L"out.webp"},
         {Convert(L"preview", {input, folder / L"png"}), L"png"},
+        {Convert(L"dds", {input, folder / L"out.png"}), L"out.png"},
+        {Convert(L"preview", {noCube, older}), noCube},
+        {{L"info", noCube}, noCube},
         {Convert(L"equirectangular", {L"--set", L"Antialiasing=N", input, longName}), longName},
         {Convert(L"preview", {L"--settings", missing, input, older}), missing},
         {{L"info", missing}, missing},
@@ -310,6 +315,26 @@ TEST(Console, InfoDescribesThePictureAndItsPanorama) {
     EXPECT_EQ(result.exitStatus, 0) << result.err;
     EXPECT_EQ(result.out, ToUtf8(PictureInfo(path, 403, 10, PixelFormat::Rgba8)) +
                               "Frames\t\t1\nPanorama\tfaces 100 x 100\n");
+}
+
+TEST(Console, DdsCubeMapsAreWrittenDescribedAndReadBack) {
+    const TemporaryFolder folder;
+    const std::wstring input = Save(RandomImage(1024, 512, PixelFormat::Rgb16), folder / L"in.png");
+    const std::wstring cube = folder / L"out.DDS", flat = folder / L"flat.png";
+    ProgramResult result = RunConvert(L"dds", {L"--set", L"Resolution0=0", input, cube});
+    EXPECT_EQ(result.exitStatus, 0) << result.err;
+    EXPECT_EQ(result.out, ToUtf8(CubeMapInfo(cube, 256, PixelFormat::Rgb16)));
+    EXPECT_EQ(Names(folder), (Arguments{L"in.png", L"out.DDS"})) << "no prefix is added";
+
+    // Every DDS cube map has four channels.
+    result = RunConsole({L"info", cube});
+    EXPECT_EQ(result.exitStatus, 0) << result.err;
+    EXPECT_EQ(result.out, ToUtf8(CubeMapInfo(cube, 256, PixelFormat::Rgba16)));
+
+    result = RunConvert(L"equirectangular", {L"--set", L"Resolution1=0", cube, flat});
+    EXPECT_EQ(result.exitStatus, 0) << result.err;
+    EXPECT_EQ(result.err, "skyvault-cli: \"out.DDS\" is a cubemap. Now switching to cubemap.\n");
+    EXPECT_EQ(LoadPicture(flat).format, PixelFormat::Rgba16);
 }
 
 TEST(Console, AnyNumberOfThreadsWritesTheSameFile) {
