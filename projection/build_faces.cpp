@@ -2,60 +2,20 @@
 
 #include "image/bleed_alpha.h"
 #include "image/mvector.h"
+#include "projection/face_rows.h"
 #include "projection/resize_image.h"
 
 namespace skyvault {
 
 namespace {
 
-/// Positions along a face's edge: pixel p of the panorama's own grid sits at p · s − c. False without memory.
+/// Positions of a face's pixels when its edge of faceSize pixels is scaled to `size`. False without memory.
 bool EdgePositions(std::uint32_t faceSize, std::uint32_t size, MVector<float>& positions) {
     const std::int32_t count = static_cast<std::int32_t>(size);
     if (!positions.Resize(count, false)) return false;
-    const std::int32_t n = static_cast<std::int32_t>(faceSize);
-    const float c = static_cast<float>(n - 2) / static_cast<float>(n - 1);
-    const float s = 2.0f * c / static_cast<float>(n - 1);
-    for (std::int32_t i = 0; i < count; ++i) {
-        const std::int64_t p = std::int64_t{faceSize} * i / size;
-        positions[i] = static_cast<float>(p) * s - c;
-    }
+    const EdgeScale scale(static_cast<std::int32_t>(faceSize));
+    for (std::int32_t i = 0; i < count; ++i) positions[i] = scale(std::int64_t{faceSize} * i / size);
     return true;
-}
-
-/// Writes the vectors to the pixels of one row of a face: a runs along the columns, b is the row's.
-void FaceRow(CubeFace which, const float* a, float b, int count, DirectionBlock& block) {
-    float* x = block.x;
-    float* y = block.y;
-    float* z = block.z;
-    const auto fill = [count](float* v, float value) {
-        for (int i = 0; i < count; ++i) v[i] = value;
-    };
-    const auto along = [a, count](float* v) {
-        for (int i = 0; i < count; ++i) v[i] = a[i];
-    };
-    const auto against = [a, count](float* v) {
-        for (int i = 0; i < count; ++i) v[i] = -a[i];
-    };
-    switch (which) {
-        case CubeFace::Front:
-            along(x), fill(y, -b), fill(z, 1.0f);
-            return;
-        case CubeFace::Right:
-            fill(x, 1.0f), fill(y, -b), against(z);
-            return;
-        case CubeFace::Back:
-            against(x), fill(y, -b), fill(z, -1.0f);
-            return;
-        case CubeFace::Left:
-            fill(x, -1.0f), fill(y, -b), along(z);
-            return;
-        case CubeFace::Top:
-            along(x), fill(y, 1.0f), fill(z, b);
-            return;
-        case CubeFace::Bottom:
-            along(x), fill(y, -1.0f), fill(z, -b);
-            return;
-    }
 }
 
 }  // namespace
@@ -66,8 +26,7 @@ bool BuildFace(Panorama& panorama, Image& face, CubeFace which, std::uint32_t si
         panorama.feedback.Error(L"Out of memory");
         return false;
     }
-    const RowKernels& kernels = Kernels();
-    LayoutGrid grid{
+    const LayoutGrid grid{
         size, size,
         [&](std::uint32_t row, std::uint32_t first, int count, DirectionBlock& block, std::uint8_t*) {
             if (panorama.faceSize == 0) {
@@ -75,9 +34,8 @@ bool BuildFace(Panorama& panorama, Image& face, CubeFace which, std::uint32_t si
                 block = {};
                 return Coverage::All;
             }
-            FaceRow(which, positions.Data() + first, positions.Data()[row], count, block);
-            // Face directions are unit vectors by definition; the sampler normalises once more.
-            kernels.normalize(block.x, block.y, block.z, count);
+            FaceRowDirections(which, positions.Data() + first, positions.Data()[row], count, block.x, block.y,
+                              block.z);
             return Coverage::All;
         }};
     RenderOptions options;

@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "projection/face_rows.h"
 #include "projection/fast_math.h"
 
 namespace skyvault {
@@ -10,10 +11,9 @@ namespace {
 
 /// The vector from the middle of the cube to a face pixel, before it is given unit length.
 Direction FacePixelVector(int faceSize, CubeFace face, int column, int row) {
-    const float c = static_cast<float>(faceSize - 2) / static_cast<float>(faceSize - 1);
-    const float s = 2.0f * c / static_cast<float>(faceSize - 1);
-    const float a = static_cast<float>(column) * s - c;
-    const float b = static_cast<float>(row) * s - c;
+    const EdgeScale scale(faceSize);
+    const float a = scale(column);
+    const float b = scale(row);
     switch (face) {
         case CubeFace::Front:
             return {a, -b, 1.0f};

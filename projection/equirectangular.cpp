@@ -4,8 +4,8 @@
 #include <array>
 
 #include "image/mvector.h"
-#include "image/picture_files.h"
 #include "projection/export_size.h"
+#include "projection/face_import.h"
 #include "projection/fast_math.h"
 #include "projection/render_layout.h"
 
@@ -99,18 +99,13 @@ void MagnifiedRow(const MagnifyingGlass& glass, std::uint32_t width, std::uint32
 
 bool ImportEquirectangular(Panorama& panorama, const std::wstring& path) {
     panorama.equirectSource.Clear();
-    panorama.equirectSource = LoadPicture(path);
-    Image& source = panorama.equirectSource;
+    panorama.equirectSource = LoadLayoutPicture(panorama, path);
+    const Image& source = panorama.equirectSource;
     if (!source.IsValid()) {
         panorama.feedback.Error(L"Could not open \"" + path + L"\"");
         return false;
     }
     panorama.faceSize = static_cast<std::uint32_t>(static_cast<float>(source.width) * 0.25f);
-    if (!panorama.settings.transparency) {
-        Color8 background = panorama.settings.backgroundColour;
-        background.alpha = 255;
-        source.FlattenAlpha(background);
-    }
     return true;
 }
 
@@ -164,8 +159,7 @@ bool ExportEquirectangular(Panorama& panorama, const std::wstring& path, std::ws
     options.halve = doubled && !forScreen;
     if (!forScreen) options.progressText = L"Exporting equirectangular...";
     if (!RenderLayout(panorama, grid, options, panorama.resultPicture)) return false;
-    if (forScreen) return ShowResult(panorama);
-    return SavePicture(panorama.resultPicture, path, PixelFormat::None, &infoLog, true);
+    return DeliverResult(panorama, path, infoLog);
 }
 
 }  // namespace skyvault

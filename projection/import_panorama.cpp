@@ -4,6 +4,10 @@
 #include "platform/path_text.h"
 #include "projection/dds.h"
 #include "projection/equirectangular.h"
+#include "projection/heart.h"
+#include "projection/interior_square.h"
+#include "projection/mirror_ball.h"
+#include "projection/sphere_map.h"
 
 namespace skyvault {
 
@@ -35,6 +39,18 @@ void ImportPanorama(Panorama& panorama, const std::vector<std::wstring>& paths, 
     switch (CorrectedFormat(panorama, first, format)) {
         case PanoramaFormat::Equirectangular:
             ImportEquirectangular(panorama, first);
+            return;
+        case PanoramaFormat::SphereMap:
+            ImportSphereMap(panorama, first);
+            return;
+        case PanoramaFormat::MirrorBall:
+            ImportMirrorBall(panorama, first);
+            return;
+        case PanoramaFormat::Heart:
+            ImportHeart(panorama, first);
+            return;
+        case PanoramaFormat::InteriorSquare:
+            ImportInteriorSquare(panorama, first);
             return;
         case PanoramaFormat::DirectXDds:
             ImportCubeMapDds(panorama, first);

@@ -36,8 +36,19 @@ bool LoadLogo(Panorama& panorama) {
     return panorama.logoPicture.IsValid();
 }
 
+Color8 EmptyColour(const AppState& settings) {
+    Color8 colour = settings.backgroundColour;
+    colour.alpha = settings.transparency ? 0 : 255;
+    return colour;
+}
+
 bool ShowResult(Panorama& panorama) {
     return panorama.viewTarget && panorama.viewTarget->Show(panorama.resultPicture);
+}
+
+bool DeliverResult(Panorama& panorama, const std::wstring& path, std::wstring& infoLog) {
+    if (path.empty()) return ShowResult(panorama);
+    return SavePicture(panorama.resultPicture, path, PixelFormat::None, &infoLog, true);
 }
 
 }  // namespace skyvault

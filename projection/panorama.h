@@ -50,7 +50,14 @@ PixelFormat ExportPixelFormat(const Panorama& panorama, bool forScreen);
 /// Makes sure the logo is loaded when the settings name one; true when there is a logo picture.
 bool LoadLogo(Panorama& panorama);
 
+/// What an export shows where the panorama is not: the background colour, transparent with "Transparency".
+Color8 EmptyColour(const AppState& settings);
+
 /// Shows resultPicture in the view target; false without one.
 bool ShowResult(Panorama& panorama);
+
+/// The end of every export of one picture: writes resultPicture to `path`, or shows it when path is empty.
+/// infoLog receives the description of the written file.
+bool DeliverResult(Panorama& panorama, const std::wstring& path, std::wstring& infoLog);
 
 }  // namespace skyvault

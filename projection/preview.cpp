@@ -1,6 +1,5 @@
 #include "projection/preview.h"
 
-#include "image/picture_files.h"
 #include "image/picture_size.h"
 #include "projection/render_layout.h"
 
@@ -58,8 +57,7 @@ bool ExportPreview(Panorama& panorama, const std::wstring& path, const Camera& c
     RenderOptions options;
     options.format = format;
     if (!RenderLayout(panorama, grid, options, panorama.resultPicture)) return false;
-    if (forScreen) return ShowResult(panorama);
-    return SavePicture(panorama.resultPicture, path, PixelFormat::None, &infoLog, true);
+    return DeliverResult(panorama, path, infoLog);
 }
 
 }  // namespace skyvault

@@ -1,45 +1,16 @@
 #include "projection/view_sampler.h"
 
 #include <cassert>
-#include <cstring>
 #include <utility>
 
 #include "image/pixel_convert.h"
+#include "projection/copy_pixels.h"
 #include "projection/fast_math.h"
 #include "projection/sample_panorama.h"
 
 namespace skyvault {
 
 namespace {
-
-/// Copies one pixel of kBytes bytes from each address.
-template <int kBytes>
-void CopyPixels(const std::byte* const* addresses, int count, std::byte* destination) {
-    for (int i = 0; i < count; ++i) {
-        std::memcpy(destination, addresses[i], kBytes);
-        destination += kBytes;
-    }
-}
-
-void CopyPixels(const std::byte* const* addresses, int count, std::uint32_t bytesPerPixel,
-                std::byte* destination) {
-    switch (bytesPerPixel) {
-        case 1:
-            return CopyPixels<1>(addresses, count, destination);
-        case 2:
-            return CopyPixels<2>(addresses, count, destination);
-        case 3:
-            return CopyPixels<3>(addresses, count, destination);
-        case 4:
-            return CopyPixels<4>(addresses, count, destination);
-        case 6:
-            return CopyPixels<6>(addresses, count, destination);
-        case 8:
-            return CopyPixels<8>(addresses, count, destination);
-        default:
-            return;
-    }
-}
 
 void Prefetch([[maybe_unused]] const std::byte* address) {
 #if defined(__GNUC__)
@@ -48,16 +19,6 @@ void Prefetch([[maybe_unused]] const std::byte* address) {
 }
 
 }  // namespace
-
-/// What a block's directions look at.
-struct ViewSampler::Lookup {
-    const std::byte* addresses[kBlockSize];  ///< never null: a missing pixel looks at some other
-    bool someMissing = false;
-    int logoHits = 0;
-    bool missing[kBlockSize];  ///< meaningful only with someMissing
-    std::int16_t logoLanes[kBlockSize];
-    LogoHit logoPoints[kBlockSize];
-};
 
 ViewSampler::ViewSampler(Panorama& panorama, PixelFormat format, bool applyOrientation)
     : panorama_(panorama),
@@ -86,21 +47,19 @@ ViewSampler::ViewSampler(Panorama& panorama, PixelFormat format, bool applyOrien
 }
 
 void ViewSampler::Sample(DirectionBlock& directions, int count, std::byte* destination) const {
-    if (!uniform_) {
-        for (int i = 0; i < count; ++i) {
-            const Direction d{directions.x[i], directions.y[i], directions.z[i]};
-            WritePixel(format_, destination + i * std::size_t{bytesPerPixel_},
-                       SampleWithLoadedLogo(panorama_, d, applyOrientation_));
-        }
-        return;
-    }
     Lookup lookup;
-    FindPixels(directions, count, lookup);
-    Fetch(lookup, count, destination);
-    if (lookup.someMissing || lookup.logoHits > 0) FixRarePixels(lookup, count, destination);
+    Find(directions, count, lookup);
+    Fetch(lookup, destination);
 }
 
-void ViewSampler::FindPixels(DirectionBlock& directions, int count, Lookup& lookup) const {
+void ViewSampler::Find(DirectionBlock& directions, int count, Lookup& lookup) const {
+    lookup.count = count;
+    if (!uniform_) {
+        lookup.directions = directions;
+        return;
+    }
+    lookup.someMissing = false;
+    lookup.logoHits = 0;
     const Modifications& m = panorama_.modifications;
     float* x = directions.x;
     float* y = directions.y;
@@ -158,20 +117,29 @@ void ViewSampler::FindPixels(DirectionBlock& directions, int count, Lookup& look
     }
 }
 
-void ViewSampler::Fetch(const Lookup& lookup, int count, std::byte* destination) const {
-    if (sourceFormat_ == format_) {
-        CopyPixels(lookup.addresses, count, bytesPerPixel_, destination);
+void ViewSampler::Fetch(const Lookup& lookup, std::byte* destination) const {
+    if (!uniform_) {
+        for (int i = 0; i < lookup.count; ++i) {
+            const Direction d{lookup.directions.x[i], lookup.directions.y[i], lookup.directions.z[i]};
+            WritePixel(format_, destination + i * std::size_t{bytesPerPixel_},
+                       SampleWithLoadedLogo(panorama_, d, applyOrientation_));
+        }
         return;
     }
-    std::byte gathered[kBlockSize * 8];
-    CopyPixels(lookup.addresses, count, BytesPerPixel(sourceFormat_), gathered);
-    ConvertRow(sourceFormat_, gathered, format_, destination, static_cast<std::size_t>(count));
+    if (sourceFormat_ == format_) {
+        CopyPixels(lookup.addresses, lookup.count, bytesPerPixel_, destination);
+    } else {
+        std::byte gathered[kBlockSize * 8];
+        CopyPixels(lookup.addresses, lookup.count, BytesPerPixel(sourceFormat_), gathered);
+        ConvertRow(sourceFormat_, gathered, format_, destination, static_cast<std::size_t>(lookup.count));
+    }
+    if (lookup.someMissing || lookup.logoHits > 0) FixRarePixels(lookup, destination);
 }
 
-void ViewSampler::FixRarePixels(const Lookup& lookup, int count, std::byte* destination) const {
+void ViewSampler::FixRarePixels(const Lookup& lookup, std::byte* destination) const {
     const PixelValue white(kOpaqueWhite);
     if (lookup.someMissing) {
-        for (int i = 0; i < count; ++i) {
+        for (int i = 0; i < lookup.count; ++i) {
             if (lookup.missing[i]) WritePixel(format_, destination + i * std::size_t{bytesPerPixel_}, white);
         }
     }

@@ -7,6 +7,10 @@
 #include "platform/text_case.h"
 #include "projection/dds.h"
 #include "projection/equirectangular.h"
+#include "projection/heart.h"
+#include "projection/interior_square.h"
+#include "projection/mirror_ball.h"
+#include "projection/sphere_map.h"
 
 namespace skyvault {
 namespace {
@@ -89,21 +93,27 @@ constexpr std::array kLayouts = {
               .exportCommand = 32788,
               .viewCommand = 32778,
               .importTitle = L"Select spheremap",
-              .exportPrefix = L"Spheremap_"},
+              .exportPrefix = L"Spheremap_",
+              .importReady = true,
+              .exportTo = WithoutCamera<ExportSphereMap>},
     LayoutRow{.format = PanoramaFormat::MirrorBall,
               .name = L"Mirror ball",
               .consoleName = "mirror-ball",
               .importCommand = 32807,
               .exportCommand = 32808,
               .viewCommand = 32806,
-              .importTitle = L"Select mirror ball"},
+              .importTitle = L"Select mirror ball",
+              .importReady = true,
+              .exportTo = WithoutCamera<ExportMirrorBall>},
     LayoutRow{.format = PanoramaFormat::Heart,
               .name = L"Heart",
               .consoleName = "heart",
               .importCommand = 32811,
               .exportCommand = 32810,
               .viewCommand = 32809,
-              .importTitle = L"Select heart"},
+              .importTitle = L"Select heart",
+              .importReady = true,
+              .exportTo = WithoutCamera<ExportHeart>},
     LayoutRow{.format = PanoramaFormat::InteriorStrip,
               .name = L"Interior strip",
               .consoleName = "interior-strip",
@@ -117,7 +127,9 @@ constexpr std::array kLayouts = {
               .importCommand = 32914,
               .exportCommand = 32918,
               .viewCommand = 32911,
-              .importTitle = L"Select interior square"},
+              .importTitle = L"Select interior square",
+              .importReady = true,
+              .exportTo = WithoutCamera<ExportInteriorSquare>},
     LayoutRow{.format = PanoramaFormat::Preview,
               .name = L"Preview",
               .consoleName = "preview",

@@ -1,0 +1,38 @@
+// Building the six faces out of a layout's picture, for the imports whose faces are not simply cut out.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+
+#include "projection/panorama.h"
+#include "projection/row_kernels.h"
+
+namespace skyvault {
+
+/// The picture of a layout, composited over the background colour unless "Transparency" is on. Invalid when
+/// it cannot be read; nothing is reported.
+Image LoadLayoutPicture(const Panorama& panorama, const std::wstring& path);
+
+/// Makes faceSize × faceSize pictures of the six faces, one after the other, and hands each to `fill`.
+/// A face without memory is reported ("Out of memory"), stays empty and is not filled. Progress: "Creating
+/// cube faces...". Sets the panorama's faceSize.
+void CreateFaces(Panorama& panorama, std::uint32_t faceSize, PixelFormat format,
+                 const std::function<void(CubeFace which, Image& face)>& fill);
+
+/// Which pixel of a picture each of the pixels first .. first + count − 1 of a face's row shows. Any whole
+/// numbers: positions wrap around the picture's edges. Called from several threads at once.
+using PixelLookup = std::function<void(std::uint32_t row, std::uint32_t first, int count,
+                                       std::int32_t* columns, std::int32_t* rows)>;
+
+/// Fills a face from a picture.
+void FillFace(Image& face, const Image& picture, const PixelLookup& lookup);
+
+/// Which pixel of a picture is seen along each of the unit directions of a block.
+using DirectionLookup =
+    std::function<void(const DirectionBlock& block, int count, std::int32_t* columns, std::int32_t* rows)>;
+
+/// Fills a face from a picture by its pixels' directions.
+void FillFaceByDirection(CubeFace which, Image& face, const Image& picture, const DirectionLookup& lookup);
+
+}  // namespace skyvault
