@@ -10,6 +10,8 @@
 #include "platform/files.h"
 #include "platform/parallel_rows.h"
 #include "platform/path_text.h"
+#include "projection/single_files.h"
+#include "session/import_panorama.h"
 #include "session/progress_scope.h"
 #include "settings/settings_file.h"
 
@@ -43,8 +45,7 @@ AppState DefaultSettings() {
 }
 
 /// Why nothing can be written there, found out before the work; empty when nothing speaks against it.
-std::wstring OutputObstacle(const ConvertOptions& options) {
-    const std::wstring& path = options.output;
+std::wstring FileObstacle(const std::wstring& path, const ConvertOptions& options) {
     const std::wstring start = L"Could not write " + Quoted(path) + L": ";
     if (FolderExists(path)) return start + L"it is a folder";
     const std::wstring folder(FolderPart(path));
@@ -98,10 +99,37 @@ void Modify(Modifications& modifications, const ConvertOptions& options) {
     modifications.mirrorFrontToBack = options.mirrorFrontToBack;
 }
 
+std::wstring OutputObstacle(const ConvertOptions& options, const AppState& settings) {
+    if (options.to->format != PanoramaFormat::SingleFiles || FolderExists(options.output)) {
+        return FileObstacle(options.output, options);
+    }
+    const int system = settings.fileNamingSystem;
+    if (*FaceAffix(system, 0) == L'\0') {
+        return L"Could not write " + Quoted(options.output) + L": FileNamingSystem goes from 0 to 5, not " +
+               std::to_wstring(system);
+    }
+    for (int f = 0; f < kFaceCount; ++f) {
+        std::wstring obstacle =
+            FileObstacle(SingleFilePath(options.output, system, static_cast<CubeFace>(f)), options);
+        if (!obstacle.empty()) return obstacle;
+    }
+    return {};
+}
+
+/// Faces that are missing are white; somebody who named their files wants to know.
+void TellOfMissingFaces(const Panorama& panorama, const ConvertOptions& options) {
+    constexpr const wchar_t* kNames[kFaceCount] = {L"front", L"right", L"back", L"left", L"top", L"bottom"};
+    for (std::size_t f = 0; f < options.inputs.size(); ++f) {
+        if (panorama.faces[f].IsValid()) continue;
+        WriteMessage(L"Could not open " + Quoted(options.inputs[f]) + L"; there is no " + kNames[f] +
+                     L" face");
+    }
+}
+
 }  // namespace
 
 ExitStatus RunConvert(const ConvertOptions& options) {
-    if (!options.from->importReady) {
+    if (!options.from->ImportReady()) {
         return Fail(std::wstring(options.from->name) + L" cannot be read by this version: " +
                     Quoted(options.inputs.front()));
     }
@@ -109,26 +137,29 @@ ExitStatus RunConvert(const ConvertOptions& options) {
         return Fail(std::wstring(options.to->name) + L" cannot be written by this version: " +
                     Quoted(options.output));
     }
-    const std::wstring obstacle = OutputObstacle(options);
-    if (!obstacle.empty()) return Fail(obstacle);
-
     AppState settings = DefaultSettings();
     if (!options.settingsFile.empty()) {
         LoadSettings(settings, options.settingsFile, {});
         if (!settings.settingsLoaded) return Fail(L"Could not open " + Quoted(options.settingsFile));
     }
     for (const auto& [setting, value] : options.settings) SetFromText(settings, *setting, value);
+    const std::wstring obstacle = OutputObstacle(options, settings);
+    if (!obstacle.empty()) return Fail(obstacle);
     SetThreadCount(options.threads);
 
     ConsoleFeedback feedback(options.quiet);
     std::wstring infoLog;
     bool imported = false;
     bool exported = false;
+    bool hasPixelFormat = false;
     {
         const ProgressScope progress(feedback);
-        Panorama panorama(feedback, settings, nullptr, options.inputs, options.from->format);
+        Panorama panorama(feedback, settings, nullptr);
+        ImportPanorama(panorama, options.inputs, options.from->format);
         imported = !panorama.IsEmpty() && feedback.FirstError().empty();
         if (imported) {
+            if (options.from->format == PanoramaFormat::SingleFiles) TellOfMissingFaces(panorama, options);
+            hasPixelFormat = ExportPixelFormat(panorama, false) != PixelFormat::None;
             Modify(panorama.modifications, options);
             const Camera camera{Radians(options.camera.heading), Radians(options.camera.pitch),
                                 Radians(options.camera.roll)};
@@ -136,6 +167,10 @@ ExitStatus RunConvert(const ConvertOptions& options) {
         }
     }
     if (!imported) return FailAbout(options.inputs.front(), feedback, L"Could not open");
+    if (!exported && !hasPixelFormat) {
+        return Fail(L"Could not write " + Quoted(options.output) +
+                    L": there is no front face, which decides the pixel format");
+    }
     if (!exported) return FailAbout(options.output, feedback, L"Could not write");
     if (!options.quiet) WriteText(OutputStream::Standard, infoLog);
     return kDone;

@@ -22,7 +22,7 @@ std::string LayoutNames(bool (*fits)(const LayoutRow&)) {
 }
 
 bool CanRead(const LayoutRow& layout) {
-    return IsImportLayout(layout) && layout.importReady;
+    return IsImportLayout(layout) && layout.ImportReady();
 }
 bool CanWrite(const LayoutRow& layout) {
     return IsExportLayout(layout) && layout.ExportReady();

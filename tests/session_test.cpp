@@ -196,7 +196,7 @@ TEST_F(SessionTest, WhatIsNotThereYetSaysSoAndKeepsThePanorama) {
         SCOPED_TRACE(row.consoleName);
         const Calls box = {"information"};
         const std::wstring text = std::wstring(row.name) + L" is not available in this version yet.";
-        if (row.importCommand != 0 && !row.importReady) {
+        if (row.importCommand != 0 && !row.ImportReady()) {
             Forget();
             settings.importPath.clear();
             host.answers = {folder.Path(L"sky.tga")};

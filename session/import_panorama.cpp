@@ -1,13 +1,8 @@
-#include "projection/import_panorama.h"
+#include "session/import_panorama.h"
 
 #include "image/dds_cube_map.h"
 #include "platform/path_text.h"
-#include "projection/dds.h"
-#include "projection/equirectangular.h"
-#include "projection/heart.h"
-#include "projection/interior_square.h"
-#include "projection/mirror_ball.h"
-#include "projection/sphere_map.h"
+#include "session/layouts.h"
 
 namespace skyvault {
 
@@ -35,29 +30,9 @@ PanoramaFormat CorrectedFormat(Panorama& panorama, const std::wstring& path, Pan
 
 void ImportPanorama(Panorama& panorama, const std::vector<std::wstring>& paths, PanoramaFormat format) {
     ResetModifications(panorama.modifications);
-    const std::wstring first = paths.empty() ? std::wstring() : paths.front();
-    switch (CorrectedFormat(panorama, first, format)) {
-        case PanoramaFormat::Equirectangular:
-            ImportEquirectangular(panorama, first);
-            return;
-        case PanoramaFormat::SphereMap:
-            ImportSphereMap(panorama, first);
-            return;
-        case PanoramaFormat::MirrorBall:
-            ImportMirrorBall(panorama, first);
-            return;
-        case PanoramaFormat::Heart:
-            ImportHeart(panorama, first);
-            return;
-        case PanoramaFormat::InteriorSquare:
-            ImportInteriorSquare(panorama, first);
-            return;
-        case PanoramaFormat::DirectXDds:
-            ImportCubeMapDds(panorama, first);
-            return;
-        default:
-            return;
-    }
+    panorama.path = paths.empty() ? std::wstring() : paths.front();
+    const LayoutRow* layout = FindLayout(CorrectedFormat(panorama, panorama.path, format));
+    if (layout != nullptr && layout->importFrom != nullptr) layout->importFrom(panorama, paths);
 }
 
 }  // namespace skyvault
