@@ -2,8 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include <vector>
+#include <algorithm>
 
+#include "image/block_decode_builtin.h"
+#include "image/block_encode_builtin.h"
 #include "tests/made_dds.h"
 #include "tests/temporary_folder.h"
 
@@ -63,6 +65,25 @@ TEST(DdsBuiltin, WithoutMemoryNothingIsLoadedOrConverted) {
     ASSERT_TRUE(CompressToBc1(texture.Metadata(), {&item, 1}, result));
     const OutOfMemory none(0);
     EXPECT_FALSE(DecompressDds(result, texture));
+}
+
+TEST(DdsBuiltin, EndPointsGoWhereMostPixelsAre) {
+    // One transparent pixel, one of 40, seven each of 80 and 200: the best ends are near 75 and 200, not at
+    // the extremes 40 and 200, which leave the 80s 40 away from any colour.
+    BlockPixels pixels;
+    for (std::size_t i = 0; i < 16; ++i) {
+        std::fill_n(pixels.begin() + 4 * i, 3, static_cast<std::uint8_t>(i < 2 ? 40 : i % 2 ? 80 : 200));
+        pixels[4 * i + 3] = i == 0 ? 0 : 255;
+    }
+    std::byte block[8];
+    EncodeBc1Block(pixels, block);
+    BlockPixels decoded;
+    DecodeBlock(DdsFormat::Bc1, block, decoded);
+    for (std::size_t i = 0; i < 16; ++i) {
+        EXPECT_EQ(decoded[4 * i + 3], pixels[4 * i + 3]);
+        if (i < 2) continue;
+        EXPECT_NEAR(decoded[4 * i], pixels[4 * i], 8) << i;
+    }
 }
 
 }  // namespace
