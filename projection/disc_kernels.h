@@ -18,7 +18,7 @@ struct HeartShape {
     static constexpr float kParallel = 1.7453293f;  ///< 100° in radians
     static constexpr float kCone = -0.17632699f;    ///< 1 / tan kParallel
     static constexpr float kWidth = 4.040308f, kHeight = 4.058762f;
-    static constexpr float kLeft = 2.020586f;   ///< from the left edge to the axis
+    static constexpr float kLeft = 2.020586f;    ///< from the left edge to the axis
     static constexpr float kBelow = 3.3161261f;  ///< from the bottom edge to the origin
     static constexpr float kAbove = 0.742636f;   ///< from the origin to the top edge
 };

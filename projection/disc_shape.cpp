@@ -19,15 +19,15 @@ bool ImportDisc(Panorama& panorama, const std::wstring& path, DiscKernels::Pixel
 }
 
 LayoutGrid DiscGrid(std::uint32_t size, DiscKernels::Directions directions) {
-    return {size, size,
-            [=](std::uint32_t row, std::uint32_t first, int count, DirectionBlock& block,
-                std::uint8_t* inside) {
-                const SquareSpan span{static_cast<std::int32_t>(size), static_cast<std::int32_t>(row),
-                                      static_cast<std::int32_t>(first)};
-                const int within = directions(span, count, block, inside);
-                if (within == 0) return Coverage::None;
-                return within == count ? Coverage::All : Coverage::Some;
-            }};
+    return {
+        size, size,
+        [=](std::uint32_t row, std::uint32_t first, int count, DirectionBlock& block, std::uint8_t* inside) {
+            const SquareSpan span{static_cast<std::int32_t>(size), static_cast<std::int32_t>(row),
+                                  static_cast<std::int32_t>(first)};
+            const int within = directions(span, count, block, inside);
+            if (within == 0) return Coverage::None;
+            return within == count ? Coverage::All : Coverage::Some;
+        }};
 }
 
 bool ExportDisc(Panorama& panorama, const std::wstring& path, DiscKernels::Directions directions,

@@ -1,5 +1,5 @@
-// What the sphere map, the mirror ball and the heart share: both ways between panorama and picture, around the
-// passes that differ.
+// What the sphere map, the mirror ball and the heart share: both ways between panorama and picture, around
+// the passes that differ.
 #pragma once
 
 #include <string>
