@@ -13,11 +13,11 @@ namespace skyvault {
 namespace baseline_kernels {
 extern const RowKernels kKernels;
 extern const DiscKernels kDiscKernels;
-}
+}  // namespace baseline_kernels
 namespace avx2_kernels {
 extern const RowKernels kKernels;
 extern const DiscKernels kDiscKernels;
-}
+}  // namespace avx2_kernels
 
 namespace {
 
