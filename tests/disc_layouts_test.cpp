@@ -9,11 +9,11 @@
 #include "projection/disc_kernels.h"
 #include "projection/disc_shape.h"
 #include "projection/heart.h"
-#include "projection/import_panorama.h"
 #include "projection/mirror_ball.h"
 #include "projection/resize_image.h"
 #include "projection/sample_panorama.h"
 #include "projection/sphere_map.h"
+#include "session/import_panorama.h"
 #include "tests/temporary_folder.h"
 #include "tests/test_panorama.h"
 
