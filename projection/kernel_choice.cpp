@@ -47,6 +47,10 @@ const RowKernels& Kernels() {
     return *kernels;
 }
 
+KernelSet ChosenKernels() {
+    return &Kernels() == &avx2_kernels::kKernels ? KernelSet::Avx2 : KernelSet::Baseline;
+}
+
 bool UseKernels(KernelSet set) {
     if (set == KernelSet::Avx2 && !ProcessorHasAvx2()) return false;
     chosen = set == KernelSet::Fastest ? FastestKernels()
