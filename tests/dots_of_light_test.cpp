@@ -91,7 +91,7 @@ TEST_F(LightsTest, TheSameOnEveryPlatform) {
     GeneratorPanorama t;
     t.settings.transparency = true;
     const std::wstring path = Palette(64, 40, PixelFormat::Rgba8);
-    test::ExpectTheSameEverywhere(t.settings, 0, L"Generating lights...",
+    test::ExpectTheSameEverywhere(t.settings, 3753359162735282087u, L"Generating lights...",
                                   [&](Panorama& p) { return GenerateLights(p, path); });
 }
 

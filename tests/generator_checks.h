@@ -91,10 +91,13 @@ inline void ExpectTheSameEverywhere(const AppState& settings, std::uint64_t chec
             ASSERT_TRUE(generate(t.panorama));
             EXPECT_EQ(Checksum(t.panorama), checksum) << Kernels().name << ", threads " << threads;
             EXPECT_EQ(t.panorama.faceSize, kFaceEdge);
-            ASSERT_FALSE(t.feedback.fractions.empty());
-            EXPECT_TRUE(std::is_sorted(t.feedback.fractions.begin(), t.feedback.fractions.end()));
-            EXPECT_EQ(t.feedback.fractions.back(), 1.0f);
-            for (const std::wstring& told : t.feedback.progressTexts) ASSERT_EQ(told, text);
+            float before = 0.0f;
+            for (std::size_t i = 0; i < t.feedback.fractions.size(); ++i) {
+                if (t.feedback.progressTexts[i] != text) continue;  // antialiasing starts anew
+                EXPECT_GE(t.feedback.fractions[i], before);
+                before = t.feedback.fractions[i];
+            }
+            EXPECT_EQ(before, 1.0f);
         }
     }
 }

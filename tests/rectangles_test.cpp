@@ -123,7 +123,7 @@ TEST_F(RectanglesTest, TheSameOnEveryPlatform) {
     t.settings.antialiasing = true;
     t.settings.backgroundColour = Color8(200, 210, 220, 255);
     const std::wstring path = Palette(64, 40, PixelFormat::Rgba8);
-    test::ExpectTheSameEverywhere(t.settings, 0, L"Generating rectangles...",
+    test::ExpectTheSameEverywhere(t.settings, 16426651352553609826u, L"Generating rectangles...",
                                   [&](Panorama& p) { return GenerateRectangles(p, path); });
 }
 
