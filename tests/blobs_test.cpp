@@ -1,6 +1,7 @@
 // Blobs, and palettes along a diagonal.
 #include "generators/blobs.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -8,6 +9,7 @@
 #include <limits>
 #include <vector>
 
+#include "generators/field_kernels.h"
 #include "generators/palette.h"
 #include "tests/generator_checks.h"
 
@@ -148,6 +150,30 @@ TEST_F(BlobsTest, PalettesOfOnePixelMissingAndNotNamed) {
     EXPECT_TRUE(GenerateBlobs(untouched.panorama, path)) << "faces without memory are skipped";
     FailAllocationsAfter(-1);
     EXPECT_TRUE(untouched.panorama.IsEmpty());
+}
+
+TEST_F(BlobsTest, LoopsAtTheirBorders) {
+    for (const KernelSet set : {KernelSet::Baseline, KernelSet::Avx2}) {
+        if (!UseKernels(set)) continue;
+        DirectionBlock directions;
+        for (int i = 0; i < kBlockSize; ++i) {
+            directions.x[i] = i == 5 ? 0.6f : 0.0f;
+            directions.y[i] = i == 5 ? 0.8f : 1.0f;
+            directions.z[i] = 0.0f;
+        }
+        const RandomXyz points[] = {{0.6f, 0.8f, 0.0f}, {0.0f, 0.0f, 1.0f}};
+        float sums[kBlockSize];
+        FieldLoops().pull(directions, 7, points, 2, 0.5f, sums);
+        EXPECT_EQ(sums[5], 1000.0f) << "a point at the pixel itself; the other one is too far away";
+        EXPECT_NEAR(sums[6], 0.25f, 1e-6f) << "only what is nearer than the root of 0.5 pulls";
+
+        float v[] = {127.5f, 127.4f, 127.6f, 0.0f, 1e30f};
+        float lowest = 2.0f, highest = -1.0f;
+        FieldLoops().ramp(v, 5, 1.0f, lowest, highest);
+        EXPECT_THAT(v, testing::ElementsAre(0.0f, 0.0f, 1.0f, 0.0f, 1.0f)) << "0.5 itself is below";
+        EXPECT_EQ(lowest, 0.0f);
+        EXPECT_EQ(highest, 1.0f);
+    }
 }
 
 TEST(Palette, RunsAlongTheDiagonal) {
