@@ -108,6 +108,34 @@ SKYVAULT_INLINE float Cos(float x) {
     return static_cast<float>(SinCosWide(static_cast<double>(x)).cosine);
 }
 
+/// Sine and cosine together in single precision, a quarter of the cost of Sin and Cos: at most 2 units off
+/// for |x| ≤ 100, off by up to |x| · 2^-23 more beyond that. |x| ≤ 1e5; NaN in, NaN out. The polynomials
+/// interpolate at Chebyshev nodes.
+struct SineCosineSingle {
+    float sine, cosine;
+};
+
+SKYVAULT_INLINE SineCosineSingle SinCos(float x) {
+    constexpr float kRoundToInteger = 12582912.0f;  // 1.5 · 2^23
+    // π/2 in three parts; the first two have 18 bits, so that their multiples below 2^6 are exact.
+    constexpr float kHalfPiHigh = 1.5707932f, kHalfPiMiddle = 3.1749369e-06f, kHalfPiLow = 2.563344e-12f;
+    const float shifted = x * 0.63661975f + kRoundToInteger;
+    std::int32_t bits;
+    std::memcpy(&bits, &shifted, sizeof bits);
+    const float k = shifted - kRoundToInteger;
+    const float r = ((x - k * kHalfPiHigh) - k * kHalfPiMiddle) - k * kHalfPiLow;
+    const float u = r * r;
+    const float sine = r + r * u * ((-0.00019581439f * u + 0.008332718f) * u - 0.16666664f);
+    const float cosine =
+        (1.0f - 0.5f * u) + u * u * ((2.4541477e-05f * u - 0.0013888273f) * u + 0.041666664f);
+    const bool odd = (bits & 1) != 0;
+    const bool negateSine = (bits & 2) != 0;
+    const bool negateCosine = ((bits + 1) & 2) != 0;
+    const float s = odd ? cosine : sine;
+    const float c = odd ? sine : cosine;
+    return {negateSine ? -s : s, negateCosine ? -c : c};
+}
+
 /// base^exponent for a finite exponent > 0, base up to the largest float. 0 gives 0, a negative or NaN base
 /// NaN. Worked out in double precision: log2 by the series of the inverse hyperbolic tangent, then 2^f by a
 /// polynomial on −½..½.
