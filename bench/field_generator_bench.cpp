@@ -46,7 +46,7 @@ void Pull(benchmark::State& state) {
     for (RandomXyz& point : points) point = RandomVector(2.0f);
     float sums[kBlockSize];
     for (auto _ : state) {
-        FieldLoops().pull(block, kBlockSize, points.data(), 20, 7.0f, sums);
+        FieldPasses().pull(block, kBlockSize, points.data(), 20, 7.0f, sums);
         benchmark::ClobberMemory();
     }
     Count(state, "time/Gstep", 20.0 * kBlockSize);
@@ -60,7 +60,7 @@ void AddLight(benchmark::State& state) {
     const LightSpread spread{2.0, -1.0f, false};
     float red[kBlockSize] = {}, green[kBlockSize] = {}, blue[kBlockSize] = {};
     for (auto _ : state) {
-        FieldLoops().addLight(block, kBlockSize, light, spread, red, green, blue);
+        FieldPasses().addLight(block, kBlockSize, light, spread, red, green, blue);
         benchmark::ClobberMemory();
     }
     Count(state, "time/Gstep", kBlockSize);

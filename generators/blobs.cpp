@@ -43,9 +43,9 @@ struct Blobs {
 
     /// The field of a run, and what it reaches in it.
     void Field(const DirectionBlock& directions, int count, float* v, float& lowest, float& highest) const {
-        const FieldKernels& loops = FieldLoops();
-        loops.pull(directions, count, points.data(), pointCount, power, v);
-        loops.ramp(v, count, contrast, lowest, highest);
+        const FieldKernels& passes = FieldPasses();
+        passes.pull(directions, count, points.data(), pointCount, power, v);
+        passes.ramp(v, count, contrast, lowest, highest);
     }
 };
 
@@ -101,7 +101,7 @@ bool GenerateBlobs(Panorama& panorama, const std::wstring& palettePicturePath, s
             blobs.Field(directions, run.count, v, lowest, highest);
         }
         std::int32_t entries[kBlockSize];
-        FieldLoops().paletteEntries(v, run.count, lowest, highest, kPaletteEntries, entries);
+        FieldPasses().paletteEntries(v, run.count, lowest, highest, kPaletteEntries, entries);
         for (int i = 0; i < run.count; ++i) colours[i] = blobs.palette[static_cast<std::size_t>(entries[i])];
     };
     PaintFaces(panorama, size, kText, paint, {0.5f, 1.0f});

@@ -68,13 +68,13 @@ bool GenerateLights(Panorama& panorama, const std::wstring& palettePicturePath) 
     }
 
     const auto paint = [&](const FaceRun& run, DirectionBlock& directions, Color8* colours) {
-        const FieldKernels& loops = FieldLoops();
+        const FieldKernels& passes = FieldPasses();
         alignas(64) float red[kBlockSize] = {}, green[kBlockSize] = {}, blue[kBlockSize] = {};
         for (std::int32_t i = 0; i < count; ++i) {
-            loops.addLight(directions, run.count, lights[i], spread, red, green, blue);
+            passes.addLight(directions, run.count, lights[i], spread, red, green, blue);
         }
         std::uint32_t packed[kBlockSize];
-        loops.packColours(red, green, blue, run.count, packed);
+        passes.packColours(red, green, blue, run.count, packed);
         std::memcpy(colours, packed, sizeof(Color8) * static_cast<std::size_t>(run.count));
     };
     PaintFaces(panorama, GeneratorFaceSize(panorama, false), L"Generating lights...", paint);

@@ -9,7 +9,7 @@ namespace avx2_kernels {
 extern const FieldKernels kFieldKernels;
 }
 
-const FieldKernels& FieldLoops() {
+const FieldKernels& FieldPasses() {
     return ChosenKernels() == KernelSet::Avx2 ? avx2_kernels::kFieldKernels : baseline_kernels::kFieldKernels;
 }
 

@@ -62,6 +62,6 @@ struct FieldKernels {
 };
 
 /// The set that goes with Kernels().
-const FieldKernels& FieldLoops();
+const FieldKernels& FieldPasses();
 
 }  // namespace skyvault

@@ -66,16 +66,16 @@ bool GenerateRectangles(Panorama& panorama, const std::wstring& palettePicturePa
 
     const Color8 background = EmptyColour(settings);
     const auto paint = [&](const FaceRun& run, DirectionBlock& directions, Color8* colours) {
-        const FieldKernels& loops = FieldLoops();
+        const FieldKernels& passes = FieldPasses();
         const auto direction = [&](int i) {
             return Direction{directions.x[i], directions.y[i], directions.z[i]};
         };
         std::int32_t seen[kMostRectangles], owners[kBlockSize];
-        loops.rectanglesInRun(rectangles.planes, direction(0), direction(run.count - 1), seen);
+        passes.rectanglesInRun(rectangles.planes, direction(0), direction(run.count - 1), seen);
         for (int i = 0; i < run.count; ++i) owners[i] = -1;
         bool open = true;
         for (int k = 0; k < count && open; ++k) {
-            if (seen[k]) open = loops.coverRectangle(directions, run.count, rectangles.planes, k, owners);
+            if (seen[k]) open = passes.coverRectangle(directions, run.count, rectangles.planes, k, owners);
         }
         for (int i = 0; i < run.count; ++i) {
             colours[i] = owners[i] < 0 ? background : rectangles.colours[owners[i]];

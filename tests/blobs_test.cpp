@@ -163,13 +163,13 @@ TEST_F(BlobsTest, LoopsAtTheirBorders) {
         }
         const RandomXyz points[] = {{0.6f, 0.8f, 0.0f}, {0.0f, 0.0f, 1.0f}};
         float sums[kBlockSize];
-        FieldLoops().pull(directions, 7, points, 2, 0.5f, sums);
+        FieldPasses().pull(directions, 7, points, 2, 0.5f, sums);
         EXPECT_EQ(sums[5], 1000.0f) << "a point at the pixel itself; the other one is too far away";
         EXPECT_NEAR(sums[6], 0.25f, 1e-6f) << "only what is nearer than the root of 0.5 pulls";
 
         float v[] = {127.5f, 127.4f, 127.6f, 0.0f, 1e30f};
         float lowest = 2.0f, highest = -1.0f;
-        FieldLoops().ramp(v, 5, 1.0f, lowest, highest);
+        FieldPasses().ramp(v, 5, 1.0f, lowest, highest);
         EXPECT_THAT(v, testing::ElementsAre(0.0f, 0.0f, 1.0f, 0.0f, 1.0f)) << "0.5 itself is below";
         EXPECT_EQ(lowest, 0.0f);
         EXPECT_EQ(highest, 1.0f);
