@@ -49,11 +49,9 @@ void Import(benchmark::State& state, DiscKernels::Pixels pixels) {
     SetThreadCount(1);
     for (auto _ : state) {
         for (int f = 0; f < kFaceCount; ++f) {
-            FillFaceByDirection(
-                static_cast<CubeFace>(f), face, picture,
-                [&](const DirectionBlock& block, int count, std::int32_t* columns, std::int32_t* rows) {
-                    pixels(block, count, size, size, columns, rows);
-                });
+            FillFaceByDirection(static_cast<CubeFace>(f), face, picture,
+                                [&](const DirectionBlock& block, int count, std::int32_t* columns,
+                                    std::int32_t* rows) { pixels(block, count, size, size, columns, rows); });
         }
     }
     bench::CountPixels(state, 24.0 * size * size);

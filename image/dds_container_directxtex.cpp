@@ -119,6 +119,22 @@ std::vector<Image> ToImages(std::span<const DdsItem> items, DdsFormat format) {
     return images;
 }
 
+/// The formats that have a name here: others, which the library reads too, are of no use to the program.
+bool IsKnown(DdsFormat format) {
+    switch (format) {
+        case DdsFormat::Rgba16Float:
+        case DdsFormat::Rgba16Unorm:
+        case DdsFormat::Rgba16Uint:
+        case DdsFormat::Rgba8Unorm:
+        case DdsFormat::Rgba8Uint:
+        case DdsFormat::Bgra8:
+        case DdsFormat::Bgrx8:
+            return true;
+        default:
+            return IsBlockCompressed(format);
+    }
+}
+
 /// The library asks for the memory a header speaks of before it looks at how long the file is. Formats it
 /// widens while reading grow at most fourfold.
 bool FitsFile(const TexMetadata& metadata, std::uint64_t fileSize) {
@@ -207,7 +223,8 @@ bool ReadDdsMetadata(const std::wstring& path, DdsMetadata& metadata) {
 bool LoadDds(const std::wstring& path, DdsTexture& texture) {
     TexMetadata metadata{};
     ScratchImage image;
-    if (!FileExists(path) || !ReadMetadata(path, metadata) || !FitsFile(metadata, FileSizeOf(path)) ||
+    if (!FileExists(path) || !ReadMetadata(path, metadata) ||
+        !IsKnown(static_cast<DdsFormat>(metadata.format)) || !FitsFile(metadata, FileSizeOf(path)) ||
         !ReadTexture(path, image)) {
         return false;
     }

@@ -25,8 +25,8 @@ struct HeartShape {
 
 struct DiscKernels {
     /// The directions of a span of a shape. inside[i] is 1 for the pixels within the shape and 0 for the
-    /// others, whose directions may be anything. Gives the number of those within; when there are none
-    /// the directions are not written.
+    /// others, whose directions may be anything. Gives the number of those within; when there are none,
+    /// inside may be left unwritten.
     using Directions = int (*)(const SquareSpan& span, int n, DirectionBlock& block, std::uint8_t* inside);
     Directions sphereMapDirections, mirrorBallDirections, heartDirections;
 

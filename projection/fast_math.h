@@ -129,11 +129,17 @@ SKYVAULT_INLINE SineCosineSingle SinCos(float x) {
     const float cosine =
         (1.0f - 0.5f * u) + u * u * ((2.4541477e-05f * u - 0.0013888273f) * u + 0.041666664f);
     const bool odd = (bits & 1) != 0;
-    const bool negateSine = (bits & 2) != 0;
-    const bool negateCosine = ((bits + 1) & 2) != 0;
-    const float s = odd ? cosine : sine;
-    const float c = odd ? sine : cosine;
-    return {negateSine ? -s : s, negateCosine ? -c : c};
+    float s = odd ? cosine : sine;
+    float c = odd ? sine : cosine;
+    // The signs by their bits: the second bit of the quadrant, and of the next one.
+    std::uint32_t sineBits, cosineBits;
+    std::memcpy(&sineBits, &s, sizeof sineBits);
+    std::memcpy(&cosineBits, &c, sizeof cosineBits);
+    sineBits ^= static_cast<std::uint32_t>(bits & 2) << 30;
+    cosineBits ^= static_cast<std::uint32_t>((bits + 1) & 2) << 30;
+    std::memcpy(&s, &sineBits, sizeof s);
+    std::memcpy(&c, &cosineBits, sizeof c);
+    return {s, c};
 }
 
 /// base^exponent for a finite exponent > 0, base up to the largest float. 0 gives 0, a negative or NaN base

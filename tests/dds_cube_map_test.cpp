@@ -10,7 +10,7 @@
 #include "projection/build_faces.h"
 #include "projection/dds.h"
 #include "session/import_panorama.h"
-#include "tests/made_files.h"
+#include "tests/made_dds.h"
 #include "tests/temporary_folder.h"
 #include "tests/test_panorama.h"
 
@@ -20,34 +20,20 @@ namespace {
 using enum PixelFormat;
 using Faces = std::array<Image, 6>;
 
-constexpr std::uint32_t kVolume = 4, kFlat = 3;
+// With the DX10 header, which can say anything.
 
-/// A DDS file with the DX10 header, which can say anything: the pixels follow as they are.
-struct DdsBytes {
-    std::uint32_t dxgiFormat = 28;
-    std::uint32_t width = 4, height = 4, depth = 1;
-    std::uint32_t arraySize = 1;
-    bool cubeFlag = false;
-    std::uint32_t dimension = kFlat;
-    Bytes pixels = {};
-
-    Bytes File() const {
-        Bytes file = {'D', 'D', 'S', ' '};
-        const bool volume = dimension == kVolume;
-        for (const std::uint32_t value :
-             {124u, 0x1007u | (volume ? 0x800000u : 0u), height, width, 0u, depth, 1u})
-            AddLittle(file, value, 4);
-        for (int i = 0; i < 11; ++i) AddLittle(file, 0, 4);
-        Add(file, {32, 0, 0, 0, 4, 0, 0, 0, 'D', 'X', '1', '0'});
-        for (int i = 0; i < 5; ++i) AddLittle(file, 0, 4);
-        for (const std::uint32_t value : {0x1000u, volume ? 0x200000u : 0u, 0u, 0u, 0u})
-            AddLittle(file, value, 4);
-        for (const std::uint32_t value : {dxgiFormat, dimension, cubeFlag ? 4u : 0u, arraySize, 0u})
-            AddLittle(file, value, 4);
-        Add(file, pixels);
-        return file;
-    }
-};
+DdsFields Picture(std::uint32_t format = 28, DdsFields fields = {}) {
+    return Dx10({.format = format}, fields);
+}
+DdsFields Array(std::uint32_t count, DdsFields fields = {}) {
+    return Dx10({.arraySize = count}, fields);
+}
+DdsFields Cubes(std::uint32_t count = 1, std::uint32_t format = 28) {
+    return Dx10({.format = format, .misc = 4, .arraySize = count});
+}
+DdsFields Volume(std::uint32_t depth) {
+    return Dx10({.dimension = 4}, {.depth = depth, .flags = 0x801007});
+}
 
 Bytes Repeated(const Bytes& bytes, std::size_t count) {
     Bytes all;
@@ -80,24 +66,24 @@ TEST(DdsCubeMap, TheHeaderTellsTheKind) {
     const TemporaryFolder folder;
     const struct {
         const char* what;
-        DdsBytes dds;
+        DdsFields dds;
         DdsKind kind;
     } rows[] = {
-        {"picture", {}, DdsKind::Picture},
-        {"volume", {.depth = 2, .dimension = kVolume}, DdsKind::Volume},
-        {"volume of one slice", {.depth = 1, .dimension = kVolume}, DdsKind::Picture},
-        {"cube map", {.cubeFlag = true}, DdsKind::CubeMap},
-        {"six pictures", {.width = 512, .height = 512, .arraySize = 6}, DdsKind::CubeMap},
-        {"six oblong pictures", {.width = 512, .height = 256, .arraySize = 6}, DdsKind::Unusable},
-        {"oblong picture", {.width = 8, .height = 4}, DdsKind::Picture},
-        {"five pictures", {.arraySize = 5}, DdsKind::Unusable},
-        {"two cubes", {.arraySize = 2, .cubeFlag = true}, DdsKind::Unusable},
-        {"no width", {.width = 0}, DdsKind::Unusable},
-        {"no height", {.height = 0}, DdsKind::Unusable},
-        {"a format nobody reads", {.dxgiFormat = 29, .cubeFlag = true}, DdsKind::CubeMap},
+        {"picture", Picture(), DdsKind::Picture},
+        {"volume", Volume(2), DdsKind::Volume},
+        {"volume of one slice", Volume(1), DdsKind::Picture},
+        {"cube map", Cubes(), DdsKind::CubeMap},
+        {"six pictures", Array(6, {.width = 512, .height = 512}), DdsKind::CubeMap},
+        {"six oblong pictures", Array(6, {.width = 512, .height = 256}), DdsKind::Unusable},
+        {"oblong picture", Picture(28, {.width = 8}), DdsKind::Picture},
+        {"five pictures", Array(5), DdsKind::Unusable},
+        {"two cubes", Cubes(2), DdsKind::Unusable},
+        {"no width", Picture(28, {.width = 0}), DdsKind::Unusable},
+        {"no height", Picture(28, {.height = 0}), DdsKind::Unusable},
+        {"a format nobody reads", Cubes(1, 29), DdsKind::CubeMap},
     };
     for (const auto& row : rows) {
-        ASSERT_TRUE(WriteFile(folder / L"a.dds", row.dds.File()));
+        ASSERT_TRUE(WriteFile(folder / L"a.dds", MakeDds(row.dds)));
         EXPECT_EQ(GetDdsKind(folder / L"a.dds"), row.kind) << row.what;
     }
     folder.Write(L"junk.dds", "no DDS");
@@ -232,13 +218,10 @@ TEST(DdsCubeMap, StoredFormatsAreReadOrRefused) {
     for (const auto& row : rows) {
         SCOPED_TRACE(row.dxgiFormat);
         const std::size_t count = 16 / (row.pixels * row.pixels);
-        ASSERT_TRUE(WriteFile(
-            folder / L"cube.dds",
-            DdsBytes{.dxgiFormat = row.dxgiFormat, .cubeFlag = true, .pixels = Repeated(row.pixel, 6 * count)}
-                .File()));
+        ASSERT_TRUE(WriteFile(folder / L"cube.dds",
+                              MakeDds(Cubes(1, row.dxgiFormat), Repeated(row.pixel, 6 * count))));
         ASSERT_TRUE(
-            WriteFile(folder / L"one.dds",
-                      DdsBytes{.dxgiFormat = row.dxgiFormat, .pixels = Repeated(row.pixel, count)}.File()));
+            WriteFile(folder / L"one.dds", MakeDds(Picture(row.dxgiFormat), Repeated(row.pixel, count))));
         Faces faces;
         EXPECT_EQ(LoadDdsCubeMap(folder / L"cube.dds", faces, true), row.format != None);
         const Image picture = LoadPicture(folder / L"one.dds");
@@ -429,72 +412,44 @@ struct Imported {
 TEST(DdsImport, AFileSaysItselfWhetherItIsACubeMap) {
     const TemporaryFolder folder;
     const Bytes rgba(16 * 4 * 6, 99);
+    enum Result { Nothing, Equirectangular, Cube };
+    const wchar_t* const isCube = L"\" is a cubemap.\n\nNow switching to cubemap.";
+    const wchar_t* const isNone = L"\" is not a cubemap.\n\nNow switching to equirectangular.";
     const struct {
         const wchar_t* name;
-        DdsBytes dds;
+        DdsFields dds;
         PanoramaFormat format;
         const wchar_t* said;  ///< after the file's name; null: nothing
-        bool equirectangular, cubeMap;
+        Result result;
     } rows[] = {
-        {L"cube.dds", {.cubeFlag = true}, PanoramaFormat::DirectXDds, nullptr, false, true},
-        {L"cube.dds",
-         {.cubeFlag = true},
-         PanoramaFormat::Equirectangular,
-         L"\" is a cubemap.\n\nNow switching to cubemap.",
-         false,
-         true},
-        {L"array.Dds",
-         {.arraySize = 6},
-         PanoramaFormat::SingleFiles,
-         L"\" is a cubemap.\n\nNow switching to cubemap.",
-         false,
-         true},
-        {L"palette.DDS",
-         {.cubeFlag = true},
-         PanoramaFormat::Voronoi,
-         L"\" is a cubemap.\n\nNow switching to cubemap.",
-         false,
-         true},
-        {L"one.dds",
-         {},
-         PanoramaFormat::DirectXDds,
-         L"\" is not a cubemap.\n\nNow switching to equirectangular.",
-         true,
-         false},
-        {L"one.dds", {}, PanoramaFormat::Equirectangular, nullptr, true, false},
-        {L"volume.dds",
-         {.depth = 2, .dimension = kVolume},
-         PanoramaFormat::DirectXDds,
-         nullptr,
-         false,
-         false},
-        {L"volume.dds",
-         {.depth = 2, .dimension = kVolume},
-         PanoramaFormat::Equirectangular,
-         nullptr,
-         false,
-         false},
-        {L"two.dds", {.arraySize = 2}, PanoramaFormat::DirectXDds, nullptr, false, false},
-        {L"two.dds", {.arraySize = 2}, PanoramaFormat::Equirectangular, nullptr, false, false},
-        {L"cube.dds.bin", {.cubeFlag = true}, PanoramaFormat::DirectXDds, nullptr, false, true},
+        {L"cube.dds", Cubes(), PanoramaFormat::DirectXDds, nullptr, Cube},
+        {L"cube.dds", Cubes(), PanoramaFormat::Equirectangular, isCube, Cube},
+        {L"array.Dds", Array(6), PanoramaFormat::SingleFiles, isCube, Cube},
+        {L"palette.DDS", Cubes(), PanoramaFormat::Voronoi, isCube, Cube},
+        {L"one.dds", Picture(), PanoramaFormat::DirectXDds, isNone, Equirectangular},
+        {L"one.dds", Picture(), PanoramaFormat::Equirectangular, nullptr, Equirectangular},
+        {L"volume.dds", Volume(2), PanoramaFormat::DirectXDds, nullptr, Nothing},
+        {L"volume.dds", Volume(2), PanoramaFormat::Equirectangular, nullptr, Nothing},
+        {L"two.dds", Array(2), PanoramaFormat::DirectXDds, nullptr, Nothing},
+        {L"two.dds", Array(2), PanoramaFormat::Equirectangular, nullptr, Nothing},
+        {L"cube.dds.bin", Cubes(), PanoramaFormat::DirectXDds, nullptr, Cube},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(ToUtf8(row.name) + " as " + std::to_string(static_cast<int>(row.format)));
-        DdsBytes dds = row.dds;
-        dds.pixels = rgba;
         const std::wstring path = folder / row.name;
-        ASSERT_TRUE(WriteFile(path, dds.File()));
+        ASSERT_TRUE(WriteFile(path, MakeDds(row.dds, rgba)));
         const Imported imported(path, row.format);
         std::vector<std::wstring> said;
         if (row.said) said.push_back(L"\"" + std::wstring(row.name) + row.said);
         EXPECT_EQ(imported.feedback.information, said);
-        EXPECT_EQ(imported.panorama.equirectSource.IsValid(), row.equirectangular);
-        for (const Image& face : imported.panorama.faces) EXPECT_EQ(face.IsValid(), row.cubeMap);
-        EXPECT_EQ(imported.panorama.faceSize, row.cubeMap ? 4u : row.equirectangular ? 1u : 0u);
-        const bool empty = !row.cubeMap && !row.equirectangular;
-        EXPECT_EQ(imported.feedback.errors,
-                  empty ? std::vector<std::wstring>{L"Could not open \"" + path + L"\""}
-                        : std::vector<std::wstring>());
+        EXPECT_EQ(imported.panorama.equirectSource.IsValid(), row.result == Equirectangular);
+        for (const Image& face : imported.panorama.faces) EXPECT_EQ(face.IsValid(), row.result == Cube);
+        EXPECT_EQ(imported.panorama.faceSize, row.result == Cube              ? 4u
+                                              : row.result == Equirectangular ? 1u
+                                                                              : 0u);
+        std::vector<std::wstring> errors;
+        if (row.result == Nothing) errors.push_back(L"Could not open \"" + path + L"\"");
+        EXPECT_EQ(imported.feedback.errors, errors);
     }
 }
 
