@@ -108,15 +108,15 @@ SKYVAULT_INLINE float Cos(float x) {
     return static_cast<float>(SinCosWide(static_cast<double>(x)).cosine);
 }
 
-/// base^exponent for a finite exponent > 0, base up to the largest float. 0 gives 0, a negative or NaN base
-/// NaN. Worked out in double precision: log2 by the series of the inverse hyperbolic tangent, then 2^f by a
-/// polynomial on −½..½.
-SKYVAULT_INLINE float PowPositive(float base, double exponent) {
+/// base^exponent in double precision for a finite exponent and a normal base > 0, within 2^±1000: results
+/// beyond are one of these two. log2 by the series of the inverse hyperbolic tangent, then 2^f by a
+/// polynomial on −½..½; each is good to about 1e-14, and log2's error grows with the exponent.
+/// A base of 0 counts as about 2^−1023. A negative or NaN base gives any number.
+SKYVAULT_INLINE double PowWide(double base, double exponent) {
     constexpr double kRoundToInteger = 6755399441055744.0;
     // log2(base): split into 2^e · m with m in √½..√2.
-    const double wide = static_cast<double>(base);
     std::uint64_t bits;
-    std::memcpy(&bits, &wide, sizeof bits);
+    std::memcpy(&bits, &base, sizeof bits);
     constexpr std::uint64_t kSqrtHalfBits = 0x3fe6a09e667f3bcd;
     constexpr std::uint64_t kOneBits = 0x3ff0000000000000;
     constexpr std::uint64_t kMantissa = 0x000fffffffffffff;
@@ -144,7 +144,7 @@ SKYVAULT_INLINE float PowPositive(float base, double exponent) {
                  u +
              2.8853900817779268);
     const double product = exponent * (exponentOfBase + log2m);
-    // 2^product, kept within what a double holds; single precision overflows or vanishes long before.
+    // 2^product, kept within what a double holds.
     const double low = product < -1000.0 ? -1000.0 : product;
     const double y = low > 1000.0 ? 1000.0 : low;
     const double shifted = y + kRoundToInteger;
@@ -175,6 +175,13 @@ SKYVAULT_INLINE float PowPositive(float base, double exponent) {
     powerBits += whole << 52;
     double power;
     std::memcpy(&power, &powerBits, sizeof power);
+    return power;
+}
+
+/// base^exponent for a finite exponent > 0, base up to the largest float. 0 gives 0, a negative or NaN base
+/// NaN. Worked out in double precision; single precision overflows or vanishes long before PowWide does.
+SKYVAULT_INLINE float PowPositive(float base, double exponent) {
+    const double power = PowWide(static_cast<double>(base), exponent);
     constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
     const float atMostZero = base == 0.0f ? 0.0f : kNan;
     return base > 0.0f ? static_cast<float>(power) : atMostZero;

@@ -70,4 +70,7 @@ enum class KernelSet { Fastest, Baseline, Avx2 };
 /// processor cannot run it.
 bool UseKernels(KernelSet set);
 
+/// Baseline or Avx2, for kernels that other folders have built twice (skyvault_row_kernels in CMake).
+KernelSet ChosenKernelSet();
+
 }  // namespace skyvault
