@@ -105,31 +105,130 @@ static void NearestWithBorder(const float* x, const float* y, const float* z, in
 
 static constexpr int kAnyPower = -1;
 
-/// kPower: the exponent where exact products serve, else kAnyPower. A distance of 0 needs no case of its
-/// own: it gives infinity or a large number, which is cut to 100 as well.
+/// Seeds weighed together: they share divisions, 1/a and 1/b being b · 1/(ab) and a · 1/(ab).
+static constexpr int kSeedGroup = 4;
+
+/// Below this squared distance every weight is at its limit of 100, and above 111 before it is cut.
+static constexpr float kLimitDistance = 0.009f;
+
+/// q^kPower; with q above 0.009 products of four of them stay far from what a double holds.
 template <int kPower>
-SKYVAULT_INLINE float Weight(float q, double power) {
-    const double base = static_cast<double>(q) * 100.0;
-    double weight;
-    if constexpr (kPower == kAnyPower) {
-        weight = 100.0 * PowWide(base, -power);
-    } else if constexpr (kPower == 0) {
-        weight = 100.0;
-    } else if constexpr (kPower == 1) {
-        weight = 100.0 / base;
+SKYVAULT_INLINE double ExactPower(float distance) {
+    const double q = static_cast<double>(distance);
+    if constexpr (kPower == 1) {
+        return q;
     } else if constexpr (kPower == 2) {
-        weight = 100.0 / (base * base);
+        return q * q;
     } else if constexpr (kPower == 3) {
-        weight = 100.0 / (base * base * base);
+        return q * q * q;
     } else {
-        weight = 100.0 / (base * base * base * base);
+        return (q * q) * (q * q);
     }
-    return static_cast<float>(weight > 100.0 ? 100.0 : weight);
+}
+
+SKYVAULT_INLINE float CutToLimit(double weight) {
+    const float w = static_cast<float>(weight);
+    return w < 100.0f ? w : 100.0f;
+}
+
+/// weights := 100 / (100 q)^kPower in double precision, at most 100, of four seeds. One division serves all
+/// four: 1/a and 1/b are b · 1/(ab) and a · 1/(ab).
+template <int kPower>
+SKYVAULT_INLINE void WeighByProducts(const float (&q)[kSeedGroup][kGroup], float* SKYVAULT_RESTRICT weights) {
+    // 100 / (100 q)^n = 100^(1 − n) / q^n
+    constexpr double kNumerator = kPower == 1 ? 1.0 : kPower == 2 ? 1e-2 : kPower == 3 ? 1e-4 : 1e-6;
+    for (int i = 0; i < kGroup; ++i) {
+        const double a = ExactPower<kPower>(q[0][i]), b = ExactPower<kPower>(q[1][i]);
+        const double c = ExactPower<kPower>(q[2][i]), d = ExactPower<kPower>(q[3][i]);
+        const double ab = a * b, cd = c * d;
+        const double all = kNumerator / (ab * cd);
+        const double overAb = all * cd, overCd = all * ab;
+        weights[i] = CutToLimit(overAb * b);
+        weights[i + kGroup] = CutToLimit(overAb * a);
+        weights[i + 2 * kGroup] = CutToLimit(overCd * d);
+        weights[i + 3 * kGroup] = CutToLimit(overCd * c);
+    }
+}
+
+/// The same for any power.
+SKYVAULT_INLINE void WeighByLogarithm(const float (&q)[kSeedGroup][kGroup], double power,
+                                      float* SKYVAULT_RESTRICT weights) {
+    // 100 / (100 q)^p = 2^((1 − p) log2(100) − p log2(q)); within 2^±960 for p ≤ 100.
+    const double scale = (1.0 - power) * 6.643856189774724;
+    alignas(64) double exponent[kSeedGroup][kGroup], numerator[kSeedGroup][kGroup];
+    alignas(64) double denominator[kSeedGroup][kGroup];
+    for (int s = 0; s < kSeedGroup; ++s) {
+        for (int i = 0; i < kGroup; ++i) {
+            const Log2Parts parts = SplitForLog2(static_cast<double>(q[s][i]));
+            exponent[s][i] = parts.exponent;
+            numerator[s][i] = parts.numerator;
+            denominator[s][i] = parts.denominator;
+        }
+    }
+    for (int i = 0; i < kGroup; ++i) {
+        const double a = denominator[0][i], b = denominator[1][i];
+        const double c = denominator[2][i], d = denominator[3][i];
+        const double ab = a * b, cd = c * d;
+        const double all = 1.0 / (ab * cd);
+        const double overAb = all * cd, overCd = all * ab;
+        numerator[0][i] *= overAb * b;
+        numerator[1][i] *= overAb * a;
+        numerator[2][i] *= overCd * d;
+        numerator[3][i] *= overCd * c;
+    }
+    for (int s = 0; s < kSeedGroup; ++s) {
+        for (int i = 0; i < kGroup; ++i) {
+            exponent[s][i] = scale - power * Log2OfParts(exponent[s][i], numerator[s][i]);
+        }
+        for (int i = 0; i < kGroup; ++i) weights[s * kGroup + i] = CutToLimit(Exp2Wide(exponent[s][i]));
+    }
 }
 
 /// A channel as a byte. Where all weights vanished there is no number, and black.
 SKYVAULT_INLINE std::uint32_t Channel(float value) {
     return static_cast<std::uint32_t>(static_cast<std::int32_t>(value > 0.0f ? value : 0.0f));
+}
+
+/// Running values of a group of pixels.
+struct Running {
+    alignas(64) float sum[kGroup], smallest[kGroup], second[kGroup];
+};
+
+/// Weighs four seeds, the first `used` of which are counted.
+template <int kPower, bool kBorder>
+SKYVAULT_INLINE void AddSeeds(const Group& group, const SeedArrays& seeds, int first, int used, double power,
+                              float* SKYVAULT_RESTRICT weights, Running& running) {
+    alignas(64) float q[kSeedGroup][kGroup];
+    for (int s = 0; s < kSeedGroup; ++s) {
+        const int k = first + (s < used ? s : 0);
+        const float seedX = seeds.x[k], seedY = seeds.y[k], seedZ = seeds.z[k];
+        for (int i = 0; i < kGroup; ++i) {
+            q[s][i] = SquaredDistance(group.x[i], group.y[i], group.z[i], seedX, seedY, seedZ);
+        }
+    }
+    if constexpr (kBorder) {
+        for (int s = 0; s < used; ++s) {
+            for (int i = 0; i < kGroup; ++i) {
+                const float before = running.smallest[i];
+                const float larger = q[s][i] > before ? q[s][i] : before;
+                running.second[i] = larger < running.second[i] ? larger : running.second[i];
+                running.smallest[i] = q[s][i] < before ? q[s][i] : before;
+            }
+        }
+    }
+    for (int s = 0; s < kSeedGroup; ++s) {
+        for (int i = 0; i < kGroup; ++i) q[s][i] = q[s][i] > kLimitDistance ? q[s][i] : kLimitDistance;
+    }
+    if constexpr (kPower == 0) {
+        for (int i = 0; i < kSeedGroup * kGroup; ++i) weights[i] = 100.0f;
+    } else if constexpr (kPower == kAnyPower) {
+        WeighByLogarithm(q, power, weights);
+    } else {
+        WeighByProducts<kPower>(q, weights);
+    }
+    for (int s = 0; s < used; ++s) {
+        for (int i = 0; i < kGroup; ++i) running.sum[i] += weights[s * kGroup + i];
+    }
 }
 
 template <int kPower, bool kBorder>
@@ -138,31 +237,18 @@ SKYVAULT_INLINE void BlendOfAll(const float* x, const float* y, const float* z, 
                                 float border, std::uint32_t* SKYVAULT_RESTRICT result) {
     const double wide = static_cast<double>(power);
     const int count = seeds.count;
-    alignas(64) float weights[kMostSeeds * kGroup];
+    alignas(64) float weights[(kMostSeeds + kSeedGroup) * kGroup];
     for (int first = 0; first < n; first += kGroup) {
         Group group;
         LoadGroup(x, y, z, first, n, group);
-        alignas(64) float sum[kGroup], smallest[kGroup], second[kGroup];
+        Running running;
         for (int i = 0; i < kGroup; ++i) {
-            sum[i] = 0.0f;
-            smallest[i] = second[i] = kFarAway;
+            running.sum[i] = 0.0f;
+            running.smallest[i] = running.second[i] = kFarAway;
         }
-        for (int k = 0; k < count; ++k) {
-            const float seedX = seeds.x[k], seedY = seeds.y[k], seedZ = seeds.z[k];
-            float* SKYVAULT_RESTRICT weight = weights + k * kGroup;
-            alignas(64) float q[kGroup];
-            for (int i = 0; i < kGroup; ++i) {
-                q[i] = SquaredDistance(group.x[i], group.y[i], group.z[i], seedX, seedY, seedZ);
-            }
-            for (int i = 0; i < kGroup; ++i) weight[i] = Weight<kPower>(q[i], wide);
-            for (int i = 0; i < kGroup; ++i) sum[i] += weight[i];
-            if (kBorder) {
-                for (int i = 0; i < kGroup; ++i) {
-                    const float larger = q[i] > smallest[i] ? q[i] : smallest[i];
-                    second[i] = larger < second[i] ? larger : second[i];
-                    smallest[i] = q[i] < smallest[i] ? q[i] : smallest[i];
-                }
-            }
+        for (int k = 0; k < count; k += kSeedGroup) {
+            const int used = count - k < kSeedGroup ? count - k : kSeedGroup;
+            AddSeeds<kPower, kBorder>(group, seeds, k, used, wide, weights + k * kGroup, running);
         }
         alignas(64) float red[kGroup], green[kGroup], blue[kGroup];
         for (int i = 0; i < kGroup; ++i) red[i] = green[i] = blue[i] = 0.0f;
@@ -170,7 +256,7 @@ SKYVAULT_INLINE void BlendOfAll(const float* x, const float* y, const float* z, 
             const float seedRed = colours.red[k], seedGreen = colours.green[k], seedBlue = colours.blue[k];
             const float* SKYVAULT_RESTRICT weight = weights + k * kGroup;
             for (int i = 0; i < kGroup; ++i) {
-                const float share = weight[i] / sum[i];
+                const float share = weight[i] / running.sum[i];
                 red[i] += share * seedRed;
                 green[i] += share * seedGreen;
                 blue[i] += share * seedBlue;
@@ -180,9 +266,9 @@ SKYVAULT_INLINE void BlendOfAll(const float* x, const float* y, const float* z, 
         for (int i = 0; i < kGroup; ++i) {
             mixed[i] = Channel(blue[i]) | Channel(green[i]) << 8 | Channel(red[i]) << 16 | 0xff000000u;
         }
-        if (kBorder) {
+        if constexpr (kBorder) {
             for (int i = 0; i < kGroup; ++i) {
-                mixed[i] = border > second[i] - smallest[i] ? kBlack : mixed[i];
+                mixed[i] = border > running.second[i] - running.smallest[i] ? kBlack : mixed[i];
             }
         }
         for (int i = 0; i < group.count; ++i) result[first + i] = mixed[i];
