@@ -61,8 +61,12 @@ void KeepCandidates(const SeedArrays& seeds, const Ball& ball, float border, Can
     int left = 0;
     for (int k = 0; k < count; ++k) {
         const float dx = seeds.x[k] - x, dy = seeds.y[k] - y, dz = seeds.z[k] - z;
-        const float lead = distance[k] - sure;
-        const bool ruledOut = lead > 0.0f && lead * lead > reach * (dx * dx + dy * dy + dz * dz);
+        const float along = dx * ball.x + dy * ball.y + dz * ball.z;
+        const float acrossX = dx - along * ball.x, acrossY = dy - along * ball.y,
+                    acrossZ = dz - along * ball.z;
+        const float across = acrossX * acrossX + acrossY * acrossY + acrossZ * acrossZ;
+        const float lead = distance[k] - sure - ball.radius * ball.radius * std::fabs(along);
+        const bool ruledOut = lead > 0.0f && lead * lead > reach * across;
         kept.x[left] = seeds.x[k];
         kept.y[left] = seeds.y[k];
         kept.z[left] = seeds.z[k];

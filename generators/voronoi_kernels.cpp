@@ -28,22 +28,34 @@ static constexpr std::uint32_t kBlack = 0xff000000u;  // the bytes of Color8(0, 
 /// length become vectors without a remainder.
 static constexpr int kGroup = 32;
 
-/// The directions of a group; those beyond the last pixel are zero and their results ignored.
+/// The directions of a group.
 struct Group {
-    alignas(64) float x[kGroup], y[kGroup], z[kGroup];
-    int count;
+    const float *x, *y, *z;
 };
 
-SKYVAULT_INLINE void LoadGroup(const float* x, const float* y, const float* z, int first, int n,
-                               Group& group) {
-    group.count = n - first < kGroup ? n - first : kGroup;
-    if (group.count < kGroup) {
-        for (int i = 0; i < kGroup; ++i) group.x[i] = group.y[i] = group.z[i] = 0.0f;
+/// Room for the last group when it is not full; what lies beyond the last pixel is worked on and ignored.
+struct PartialGroup {
+    alignas(64) float x[kGroup], y[kGroup], z[kGroup];
+};
+
+SKYVAULT_INLINE Group GroupAt(const float* x, const float* y, const float* z, int first, int n,
+                              PartialGroup& partial) {
+    if (n - first >= kGroup) return {x + first, y + first, z + first};
+    for (int i = 0; i < kGroup; ++i) partial.x[i] = partial.y[i] = partial.z[i] = 0.0f;
+    for (int i = 0; i < n - first; ++i) {
+        partial.x[i] = x[first + i];
+        partial.y[i] = y[first + i];
+        partial.z[i] = z[first + i];
     }
-    for (int i = 0; i < group.count; ++i) {
-        group.x[i] = x[first + i];
-        group.y[i] = y[first + i];
-        group.z[i] = z[first + i];
+    return {partial.x, partial.y, partial.z};
+}
+
+SKYVAULT_INLINE void StoreGroup(const std::uint32_t* SKYVAULT_RESTRICT group, int first, int n,
+                                std::uint32_t* SKYVAULT_RESTRICT result) {
+    if (n - first >= kGroup) {
+        for (int i = 0; i < kGroup; ++i) result[first + i] = group[i];
+    } else {
+        for (int i = 0; i < n - first; ++i) result[first + i] = group[i];
     }
 }
 
@@ -52,44 +64,43 @@ SKYVAULT_INLINE float SquaredDistance(float x, float y, float z, float seedX, fl
     return dx * dx + dy * dy + dz * dz;
 }
 
-template <bool kBorder>
-SKYVAULT_INLINE void NearestOfGroup(const Group& SKYVAULT_RESTRICT group, const SeedArrays& seeds,
-                                    float border, std::uint32_t* SKYVAULT_RESTRICT result) {
-    alignas(64) float smallest[kGroup], second[kGroup];
-    alignas(64) std::uint32_t colour[kGroup];
-    for (int i = 0; i < kGroup; ++i) {
-        smallest[i] = second[i] = kFarAway;
-        colour[i] = 0;
-    }
-    const int count = seeds.count;
-    for (int k = 0; k < count; ++k) {
-        const float seedX = seeds.x[k], seedY = seeds.y[k], seedZ = seeds.z[k];
-        const std::uint32_t seedColour = seeds.colour[k];
-        for (int i = 0; i < kGroup; ++i) {
-            const float q = SquaredDistance(group.x[i], group.y[i], group.z[i], seedX, seedY, seedZ);
-            const float before = smallest[i];
-            if (kBorder) {
-                const float larger = q > before ? q : before;
-                second[i] = larger < second[i] ? larger : second[i];
-            }
-            colour[i] = q < before ? seedColour : colour[i];
-            smallest[i] = q < before ? q : before;
-        }
-    }
-    for (int i = 0; i < kGroup; ++i) {
-        result[i] = kBorder && border > second[i] - smallest[i] ? kBlack : colour[i];
-    }
-}
-
+/// seeds: at least one.
 template <bool kBorder>
 SKYVAULT_INLINE void NearestOfAll(const float* x, const float* y, const float* z, int n,
                                   const SeedArrays& seeds, float border, std::uint32_t* colours) {
+    const int count = seeds.count;
     for (int first = 0; first < n; first += kGroup) {
-        Group group;
-        LoadGroup(x, y, z, first, n, group);
-        alignas(64) std::uint32_t result[kGroup];
-        NearestOfGroup<kBorder>(group, seeds, border, result);
-        for (int i = 0; i < group.count; ++i) colours[first + i] = result[i];
+        PartialGroup partial;
+        const Group group = GroupAt(x, y, z, first, n, partial);
+        alignas(64) float smallest[kGroup], second[kGroup];
+        alignas(64) std::uint32_t colour[kGroup];
+        const float firstX = seeds.x[0], firstY = seeds.y[0], firstZ = seeds.z[0];
+        const std::uint32_t firstColour = seeds.colour[0];
+        for (int i = 0; i < kGroup; ++i) {
+            smallest[i] = SquaredDistance(group.x[i], group.y[i], group.z[i], firstX, firstY, firstZ);
+            second[i] = kFarAway;
+            colour[i] = firstColour;
+        }
+        for (int k = 1; k < count; ++k) {
+            const float seedX = seeds.x[k], seedY = seeds.y[k], seedZ = seeds.z[k];
+            const std::uint32_t seedColour = seeds.colour[k];
+            for (int i = 0; i < kGroup; ++i) {
+                const float q = SquaredDistance(group.x[i], group.y[i], group.z[i], seedX, seedY, seedZ);
+                const float before = smallest[i];
+                if constexpr (kBorder) {
+                    const float larger = q > before ? q : before;
+                    second[i] = larger < second[i] ? larger : second[i];
+                }
+                colour[i] = q < before ? seedColour : colour[i];
+                smallest[i] = q < before ? q : before;
+            }
+        }
+        if constexpr (kBorder) {
+            for (int i = 0; i < kGroup; ++i) {
+                colour[i] = border > second[i] - smallest[i] ? kBlack : colour[i];
+            }
+        }
+        StoreGroup(colour, first, n, colours);
     }
 }
 
@@ -239,8 +250,8 @@ SKYVAULT_INLINE void BlendOfAll(const float* x, const float* y, const float* z, 
     const int count = seeds.count;
     alignas(64) float weights[(kMostSeeds + kSeedGroup) * kGroup];
     for (int first = 0; first < n; first += kGroup) {
-        Group group;
-        LoadGroup(x, y, z, first, n, group);
+        PartialGroup partial;
+        const Group group = GroupAt(x, y, z, first, n, partial);
         Running running;
         for (int i = 0; i < kGroup; ++i) {
             running.sum[i] = 0.0f;
@@ -271,7 +282,7 @@ SKYVAULT_INLINE void BlendOfAll(const float* x, const float* y, const float* z, 
                 mixed[i] = border > running.second[i] - running.smallest[i] ? kBlack : mixed[i];
             }
         }
-        for (int i = 0; i < group.count; ++i) result[first + i] = mixed[i];
+        StoreGroup(mixed, first, n, result);
     }
 }
 
