@@ -23,13 +23,25 @@ struct Candidates {
     float x[kMostSeeds], y[kMostSeeds], z[kMostSeeds];
     std::uint32_t colour[kMostSeeds];
     int count = 0;
+    bool allBorder = false;  ///< the whole square is black
 
     SeedArrays Arrays() const { return {x, y, z, colour, count}; }
 };
 
-/// A ball around the directions of a square.
+/// A ball around the directions of a square; its middle is a unit vector.
 struct Ball {
     float x = 0, y = 0, z = 0, radius = 0;
+
+    /// Whether the difference of the squared distances to two seeds that are (dx, dy, dz) apart changes by
+    /// less than `limit` between the middle and any direction of the ball: by 2r times what the seeds are
+    /// apart across the viewing direction, and by r² times what they are apart along it.
+    bool ChangesLess(float dx, float dy, float dz, float limit) const {
+        const float along = dx * x + dy * y + dz * z;
+        const float acrossX = dx - along * x, acrossY = dy - along * y, acrossZ = dz - along * z;
+        const float across = acrossX * acrossX + acrossY * acrossY + acrossZ * acrossZ;
+        const float rest = limit - radius * radius * std::fabs(along);
+        return rest > 0.0f && rest * rest > 4.0f * radius * radius * across;
+    }
 };
 
 /// A cap of the sphere below a hemisphere that holds the corners holds what lies between them, too.
@@ -45,35 +57,60 @@ Ball BallAround(const FaceRect& rect, const TileCanvas& canvas) {
     return ball;
 }
 
+/// Looks at seeds from the middle of a ball.
+class SeedView {
+  public:
+    SeedView(const SeedArrays& seeds, const Ball& ball) : seeds_(seeds), ball_(ball) {
+        for (int k = 0; k < seeds.count; ++k) {
+            const float dx = seeds.x[k] - ball.x, dy = seeds.y[k] - ball.y, dz = seeds.z[k] - ball.z;
+            distance_[k] = dx * dx + dy * dy + dz * dz;
+        }
+    }
+
+    /// The seed nearest to the middle but for one, which may be −1 for none. There must be another.
+    int NearestBut(int other) const {
+        int nearest = other == 0 ? 1 : 0;
+        for (int k = nearest + 1; k < seeds_.count; ++k) {
+            if (k != other && distance_[k] < distance_[nearest]) nearest = k;
+        }
+        return nearest;
+    }
+
+    /// In the whole ball, the squared distance of a is larger than that of b by more than margin.
+    bool Farther(int a, int b, float margin) const {
+        const float lead = distance_[a] - distance_[b] - margin - kSlack;
+        return lead > 0.0f && ball_.ChangesLess(seeds_.x[a] - seeds_.x[b], seeds_.y[a] - seeds_.y[b],
+                                                seeds_.z[a] - seeds_.z[b], lead);
+    }
+
+  private:
+    const SeedArrays& seeds_;
+    const Ball& ball_;
+    float distance_[kMostSeeds];
+};
+
 /// From the seeds to those that may be nearest somewhere in the ball, or make a border there.
 void KeepCandidates(const SeedArrays& seeds, const Ball& ball, float border, Candidates& kept) {
-    float distance[kMostSeeds];
-    const int count = seeds.count;
-    for (int k = 0; k < count; ++k) {
-        const float dx = seeds.x[k] - ball.x, dy = seeds.y[k] - ball.y, dz = seeds.z[k] - ball.z;
-        distance[k] = dx * dx + dy * dy + dz * dz;
+    const SeedView view(seeds, ball);
+    const int nearest = view.NearestBut(-1);
+    const int second = border > 0.0f && seeds.count > 1 ? view.NearestBut(nearest) : -1;
+    // Borders everywhere: the two seeds are always so near that no other can be nearer by the border.
+    kept.allBorder = second >= 0;
+    kept.count = 0;
+    for (int k = 0; k < seeds.count; ++k) {
+        if (view.Farther(k, nearest, border)) continue;
+        if (second >= 0) {
+            // Neither the nearest nor the second nearest.
+            if (view.Farther(k, nearest, 0.0f) && view.Farther(k, second, 0.0f)) continue;
+            kept.allBorder =
+                kept.allBorder && view.Farther(k, nearest, -border) && view.Farther(k, second, -border);
+        }
+        kept.x[kept.count] = seeds.x[k];
+        kept.y[kept.count] = seeds.y[k];
+        kept.z[kept.count] = seeds.z[k];
+        kept.colour[kept.count] = seeds.colour[k];
+        ++kept.count;
     }
-    int nearest = 0;
-    for (int k = 1; k < count; ++k) nearest = distance[k] < distance[nearest] ? k : nearest;
-    const float x = seeds.x[nearest], y = seeds.y[nearest], z = seeds.z[nearest];
-    const float sure = distance[nearest] + kSlack + border;
-    const float reach = 4.0f * ball.radius * ball.radius;
-    int left = 0;
-    for (int k = 0; k < count; ++k) {
-        const float dx = seeds.x[k] - x, dy = seeds.y[k] - y, dz = seeds.z[k] - z;
-        const float along = dx * ball.x + dy * ball.y + dz * ball.z;
-        const float acrossX = dx - along * ball.x, acrossY = dy - along * ball.y,
-                    acrossZ = dz - along * ball.z;
-        const float across = acrossX * acrossX + acrossY * acrossY + acrossZ * acrossZ;
-        const float lead = distance[k] - sure - ball.radius * ball.radius * std::fabs(along);
-        const bool ruledOut = lead > 0.0f && lead * lead > reach * across;
-        kept.x[left] = seeds.x[k];
-        kept.y[left] = seeds.y[k];
-        kept.z[left] = seeds.z[k];
-        kept.colour[left] = seeds.colour[k];
-        left += ruledOut ? 0 : 1;
-    }
-    kept.count = left;
 }
 
 /// The lists of a square and of those it lies in, finest last.
@@ -85,7 +122,9 @@ struct Painter {
     void Paint(const FaceRect& rect, std::uint32_t edge, const SeedArrays& seeds, int level) {
         Candidates& kept = lists[level];
         KeepCandidates(seeds, BallAround(rect, canvas), border, kept);
-        if (kept.count == 1) {
+        if (kept.allBorder) {
+            canvas.Fill(rect, Color8());
+        } else if (kept.count == 1) {
             canvas.Fill(rect, std::bit_cast<Color8>(kept.colour[0]));
         } else if (level == kLevels - 1) {
             PaintPixels(rect, kept.Arrays());
