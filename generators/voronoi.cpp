@@ -58,12 +58,14 @@ void PaintVoronoi(Panorama& panorama, std::uint32_t size, const VoronoiSeeds& se
     const SeedArrays arrays = seeds.Arrays();
     const float border = look.border > 0.0f && arrays.count > 1 ? look.border : 0.0f;
     if (look.smooth) {
+        // A settings file may hold anything; powers that are no number leave all weights alike.
+        const float power = look.power == look.power ? look.power : 0.0f;
         const SeedColours seedColours = seeds.Colours();
         PaintFaces(panorama, size, kProgressText,
                    [&](const FaceRun& run, DirectionBlock& directions, Color8* colours) {
                        std::uint32_t packed[kBlockSize];
                        ChosenVoronoiKernels().blend(directions.x, directions.y, directions.z, run.count,
-                                                    arrays, seedColours, look.power, border, packed);
+                                                    arrays, seedColours, power, border, packed);
                        UnpackColours(packed, run.count, colours);
                    });
     } else {
