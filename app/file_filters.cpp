@@ -8,8 +8,8 @@
 namespace skyvault {
 namespace {
 
-/// Kinds this program reads on every machine. TGA is read without a codec.
-constexpr std::wstring_view kFixedPatterns = L"*.BMP;*.GIF;*.JPG;*.JPEG;*.PNG;*.TGA;*.TIF;*.TIFF;";
+/// Kinds this program reads on every machine. DDS and TGA are read without a codec.
+constexpr std::wstring_view kFixedPatterns = L"*.BMP;*.DDS;*.GIF;*.JPG;*.JPEG;*.PNG;*.TGA;*.TIF;*.TIFF;";
 
 struct SaveFilterRow {
     const wchar_t* name;

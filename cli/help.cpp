@@ -22,7 +22,7 @@ std::string LayoutNames(bool (*fits)(const LayoutRow&)) {
 }
 
 bool CanRead(const LayoutRow& layout) {
-    return IsImportLayout(layout) && layout.importReady;
+    return IsImportLayout(layout) && layout.ImportReady();
 }
 bool CanWrite(const LayoutRow& layout) {
     return IsExportLayout(layout) && layout.ExportReady();
@@ -49,8 +49,9 @@ std::string ConvertFooter() {
     return "Layouts this version reads (--from):\n" + LayoutNames(CanRead) +
            "Layouts this version writes (--to):\n" + LayoutNames(CanWrite) +
            "\n"
-           "OUTPUT's extension chooses the file type: bmp gif heic jpg png tif. An older file is\n"
-           "replaced once the new one is whole. The written file is described on stdout.\n\n"
+           "OUTPUT's extension chooses the file type: bmp dds gif heic jpg png tif; for --to dds it\n"
+           "is dds. An older file is replaced once the new one is whole. The written file is\n"
+           "described on stdout.\n\n"
            "Examples:\n"
            "  Turn a panorama 90 degrees to the right and level it by two degrees of roll:\n"
            "    skyvault-cli convert --from equirectangular --to equirectangular \\\n"
@@ -65,7 +66,8 @@ std::string ConvertFooter() {
 
 std::string InfoFooter() {
     return "Prints path, size, resolution, pixel format, number of frames, and the cube faces a\n"
-           "panorama of the picture would have; tab-separated, one a line.\n\n"
+           "panorama of the picture would have; of a DDS cube map the size of its six faces.\n"
+           "Tab-separated, one a line.\n\n"
            "Example:\n"
            "  skyvault-cli info \"Mountain lake.jpg\"";
 }

@@ -41,6 +41,11 @@ function(skyvault_sources variable folder)
   else()
     list(FILTER files EXCLUDE REGEX "_win[^/]*\\.cpp$")
   endif()
+  if(directxtex_FOUND)
+    list(FILTER files EXCLUDE REGEX "_builtin[^/]*\\.cpp$")
+  else()
+    list(FILTER files EXCLUDE REGEX "_directxtex[^/]*\\.cpp$")
+  endif()
   set(${variable} ${files} PARENT_SCOPE)
 endfunction()
 
@@ -54,10 +59,10 @@ function(skyvault_library folder)
   endforeach()
 endfunction()
 
-# skyvault_row_kernels(target file): the file is compiled as part of the target for the baseline
+# skyvault_row_kernels(target files...): the files are compiled as part of the target for the baseline
 # instruction set (by the folder's own glob) and once more for AVX2; the program chooses at run time.
-function(skyvault_row_kernels target file)
-  add_library(${target}_avx2 OBJECT ${file})
+function(skyvault_row_kernels target)
+  add_library(${target}_avx2 OBJECT ${ARGN})
   target_link_libraries(${target}_avx2 PRIVATE skyvault_options)
   target_compile_definitions(${target}_avx2 PRIVATE SKYVAULT_KERNELS_AVX2)
   if(MSVC)

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <array>
+#include <cstdint>
 #include <string>
 
 #include "image/image.h"
@@ -22,7 +23,8 @@ enum class DdsKind {
 DdsKind GetDdsKind(const std::wstring& path);
 
 /// Reads the six faces in the order front, right, back, left, top, bottom. An item that cannot be read leaves
-/// its face as it was. Without keepAlpha every pixel is composited over opaque black.
+/// its face as it was; false, without memory for one too, leaves all of them. Without keepAlpha every pixel
+/// is composited over opaque black.
 bool LoadDdsCubeMap(const std::wstring& path, std::array<Image, 6>& faces, bool keepAlpha);
 
 /// Writes six faces of the front face's size and channel type: RGBA of 8 or 16 bits or halves, alpha full
@@ -31,6 +33,9 @@ bool LoadDdsCubeMap(const std::wstring& path, std::array<Image, 6>& faces, bool 
 /// whole.
 bool SaveDdsCubeMap(const std::wstring& path, const std::array<Image, 6>& faces, bool keepAlpha,
                     bool compress, std::wstring* infoLog);
+
+/// The lines SaveDdsCubeMap appends to its info log.
+std::wstring CubeMapInfo(const std::wstring& path, std::uint32_t faceSize, PixelFormat format);
 
 /// The DDS branches of LoadPicture and SavePicture (image/picture_files.h). Written: 8 bits as BC1, more
 /// uncompressed, in RGBA; alpha is kept when `format` has it. path of the writer: a temporary name.

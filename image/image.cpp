@@ -6,6 +6,7 @@
 
 #include "image/pixel_access.h"
 #include "image/pixel_convert.h"
+#include "image/pixel_rows.h"
 
 namespace skyvault {
 
@@ -59,54 +60,6 @@ bool RowHasTransparency(const std::byte* row, std::uint32_t width) {
         below |= ConvertChannel<std::uint8_t>(alpha) < 255;
     }
     return below != 0;
-}
-
-using Rgba8 = FormatTraits<PixelFormat::Rgba8>;
-using Rgba16 = FormatTraits<PixelFormat::Rgba16>;
-using RgbaHalf = FormatTraits<PixelFormat::RgbaHalf>;
-
-void FlattenRow8(std::byte* row, std::uint32_t width, const float* background) {
-    for (std::uint32_t x = 0; x < width; ++x) {
-        std::byte* const p = row + std::size_t{x} * Rgba8::kBytes;
-        const std::uint8_t alpha = Rgba8::Get(p, 3);
-        if (alpha == 255) continue;
-        const float t = static_cast<float>(alpha / 255.0);
-        for (int channel = 0; channel < 3; ++channel) {
-            const float mixed =
-                background[channel] * (1.0f - t) + static_cast<float>(Rgba8::Get(p, channel)) * t;
-            Rgba8::Set(p, channel, static_cast<std::uint8_t>(static_cast<int>(mixed)));
-        }
-        Rgba8::Set(p, 3, 255);
-    }
-}
-
-void FlattenRow16(std::byte* row, std::uint32_t width, const float* background) {
-    for (std::uint32_t x = 0; x < width; ++x) {
-        std::byte* const p = row + std::size_t{x} * Rgba16::kBytes;
-        const std::uint16_t alpha = Rgba16::Get(p, 3);
-        if (alpha == 65535) continue;
-        const float t = static_cast<float>(alpha / 65535.0);
-        for (int channel = 0; channel < 3; ++channel) {
-            const float mixed =
-                background[channel] * (1.0f - t) * 256.0f + static_cast<float>(Rgba16::Get(p, channel)) * t;
-            Rgba16::Set(p, channel, static_cast<std::uint16_t>(static_cast<int>(mixed)));
-        }
-        Rgba16::Set(p, 3, 65535);
-    }
-}
-
-void FlattenRowHalf(std::byte* row, std::uint32_t width, const float* background) {
-    for (std::uint32_t x = 0; x < width; ++x) {
-        std::byte* const p = row + std::size_t{x} * RgbaHalf::kBytes;
-        const float a = HalfToFloat(RgbaHalf::Get(p, 3));
-        if (a == 1.0f) continue;
-        for (int channel = 0; channel < 3; ++channel) {
-            const float mixed =
-                HalfToFloat(RgbaHalf::Get(p, channel)) * a + background[channel] * (1.0f - a) / 255.0f;
-            RgbaHalf::Set(p, channel, FloatToHalf(mixed));
-        }
-        RgbaHalf::Set(p, 3, kHalfOne);
-    }
 }
 
 }  // namespace
@@ -243,9 +196,10 @@ bool Image::HasTransparency() const {
     if (!IsValid() || !HasAlpha(format)) return false;
     for (std::uint32_t y = 0; y < height; ++y) {
         const std::byte* const row = Row(y);
-        const bool found = format == PixelFormat::Rgba8    ? RowHasTransparency8(row, width)
-                           : format == PixelFormat::Rgba16 ? RowHasTransparency<Rgba16>(row, width)
-                                                           : RowHasTransparency<RgbaHalf>(row, width);
+        const bool found = format == PixelFormat::Rgba8 ? RowHasTransparency8(row, width)
+                           : format == PixelFormat::Rgba16
+                               ? RowHasTransparency<FormatTraits<PixelFormat::Rgba16>>(row, width)
+                               : RowHasTransparency<FormatTraits<PixelFormat::RgbaHalf>>(row, width);
         if (found) return true;
     }
     return false;
@@ -253,34 +207,12 @@ bool Image::HasTransparency() const {
 
 void Image::FlattenAlpha(const Color8& background) {
     if (!HasTransparency()) return;
-    const float red = background.red, green = background.green, blue = background.blue;
-    const float blueFirst[] = {blue, green, red}, redFirst[] = {red, green, blue};
-    for (std::uint32_t y = 0; y < height; ++y) {
-        if (format == PixelFormat::Rgba8) {
-            FlattenRow8(Row(y), width, blueFirst);
-        } else if (format == PixelFormat::Rgba16) {
-            FlattenRow16(Row(y), width, redFirst);
-        } else {
-            FlattenRowHalf(Row(y), width, redFirst);
-        }
-    }
+    for (std::uint32_t y = 0; y < height; ++y) FlattenRow(format, Row(y), width, background);
 }
 
 void Image::SwapRedAndBlue() {
     if (!IsValid()) return;
-    WithFormat(format, [&](auto tag) {
-        using Format = FormatTraits<tag.value>;
-        if constexpr (Format::kChannels >= 3) {
-            for (std::uint32_t y = 0; y < height; ++y) {
-                std::byte* p = Row(y);
-                for (std::uint32_t x = 0; x < width; ++x, p += Format::kBytes) {
-                    const auto first = Format::Get(p, 0);
-                    Format::Set(p, 0, Format::Get(p, 2));
-                    Format::Set(p, 2, first);
-                }
-            }
-        }
-    });
+    for (std::uint32_t y = 0; y < height; ++y) SwapRedAndBlueRow(format, Row(y), width);
 }
 
 }  // namespace skyvault

@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "image/bleed_alpha.h"
+#include "image/dds_cube_map.h"
 #include "image/picture_codec.h"
 #include "image/tga_reader.h"
 #include "platform/file_stream.h"
@@ -24,16 +25,19 @@ bool ReadTgaFile(const std::wstring& path, Image& image) {
 bool ReadByExtension(const std::wstring& path, std::uint32_t frame, const PictureSize& target, Image& image) {
     const std::wstring extension = UpperExtension(path);
     if (extension == L"TGA") return ReadTgaFile(path, image);
-    if (extension == L"DDS") return false;
+    if (extension == L"DDS") return ReadDdsPicture(path, image);
     return DecodePicture(path, frame, target.width, target.height, image);
 }
 
 bool WriteByExtension(const Image& image, const std::wstring& path, PixelFormat format) {
     const std::wstring extension = UpperExtension(path);
+    const bool dds = extension == L"DDS";
     const PictureContainer container = ContainerOfExtension(extension);
-    if (container == PictureContainer::None) return false;
+    if (!dds && container == PictureContainer::None) return false;
     OutputFile file(path);
-    return EncodePicture(image, file.TemporaryPath(), container, format) && file.Commit();
+    const bool written = dds ? WriteDdsPicture(image, file.TemporaryPath(), format)
+                             : EncodePicture(image, file.TemporaryPath(), container, format);
+    return written && file.Commit();
 }
 
 }  // namespace

@@ -1,7 +1,7 @@
 // Reading and writing picture files: the two entry points every picture goes through.
 //
-// "TGA" files are read by the program's own reader; everything else by the platform's codecs (WIC on
-// Windows, OpenImageIO elsewhere).
+// "TGA" files are read by the program's own reader, "DDS" files go through image/dds_cube_map.h; everything
+// else is left to the platform's codecs (WIC on Windows, OpenImageIO elsewhere).
 #pragma once
 
 #include <cstdint>

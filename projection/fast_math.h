@@ -108,6 +108,40 @@ SKYVAULT_INLINE float Cos(float x) {
     return static_cast<float>(SinCosWide(static_cast<double>(x)).cosine);
 }
 
+/// Sine and cosine together in single precision, a quarter of the cost of Sin and Cos: at most 2 units off
+/// for |x| ≤ 100, off by up to |x| · 2^-23 more beyond that. |x| ≤ 1e5; NaN in, NaN out. The polynomials
+/// interpolate at Chebyshev nodes.
+struct SineCosineSingle {
+    float sine, cosine;
+};
+
+SKYVAULT_INLINE SineCosineSingle SinCos(float x) {
+    constexpr float kRoundToInteger = 12582912.0f;  // 1.5 · 2^23
+    // π/2 in three parts; the first two have 18 bits, so that their multiples below 2^6 are exact.
+    constexpr float kHalfPiHigh = 1.5707932f, kHalfPiMiddle = 3.1749369e-06f, kHalfPiLow = 2.563344e-12f;
+    const float shifted = x * 0.63661975f + kRoundToInteger;
+    std::int32_t bits;
+    std::memcpy(&bits, &shifted, sizeof bits);
+    const float k = shifted - kRoundToInteger;
+    const float r = ((x - k * kHalfPiHigh) - k * kHalfPiMiddle) - k * kHalfPiLow;
+    const float u = r * r;
+    const float sine = r + r * u * ((-0.00019581439f * u + 0.008332718f) * u - 0.16666664f);
+    const float cosine =
+        (1.0f - 0.5f * u) + u * u * ((2.4541477e-05f * u - 0.0013888273f) * u + 0.041666664f);
+    const bool odd = (bits & 1) != 0;
+    float s = odd ? cosine : sine;
+    float c = odd ? sine : cosine;
+    // The signs by their bits: the second bit of the quadrant, and of the next one.
+    std::uint32_t sineBits, cosineBits;
+    std::memcpy(&sineBits, &s, sizeof sineBits);
+    std::memcpy(&cosineBits, &c, sizeof cosineBits);
+    sineBits ^= static_cast<std::uint32_t>(bits & 2) << 30;
+    cosineBits ^= static_cast<std::uint32_t>((bits + 1) & 2) << 30;
+    std::memcpy(&s, &sineBits, sizeof s);
+    std::memcpy(&c, &cosineBits, sizeof c);
+    return {s, c};
+}
+
 /// log2 in double precision, in two steps so that a loop can share one division among several logarithms:
 /// x = 2^exponent · (1 + t)/(1 − t) with t = numerator/denominator.
 /// x: normal, > 0. 0 counts as about 2^−1023; a negative or NaN x gives any number.

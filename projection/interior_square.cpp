@@ -66,14 +66,26 @@ struct FaceScale {
     }
 };
 
+/// Positions of the pixels' centres along the picture's edge, −1..1.
+struct PixelCentres {
+    float reciprocal;  ///< 1 / size
+
+    float operator()(int pixel) const {
+        return (2.0f * static_cast<float>(pixel) + 1.0f) * reciprocal - 1.0f;
+    }
+};
+
 /// The inverse of OnPicture, over rows of a square picture.
 class SquareRows {
   public:
     SquareRows(std::uint32_t size, std::uint32_t faceSize)
-        : size_(static_cast<float>(size)), scale_(faceSize) {}
+        : centres_{1.0f / static_cast<float>(size)}, scale_(faceSize) {}
 
-    void Directions(std::uint32_t row, std::uint32_t first, int count, DirectionBlock& block) const {
-        const float v = At(row);
+    void Directions(int row, int first, int count, DirectionBlock& block) const {
+        const float v = centres_(row);
+        // Copies, which the stores below cannot change.
+        const FaceScale scale = scale_;
+        const PixelCentres centres = centres_;
         // From the left: the left wall, then the front wall or the one above or below it, then the right.
         const float sideFrom = std::max(std::fabs(v), kThird);
         const int left = CountBelow(-sideFrom, first, count);
@@ -83,15 +95,15 @@ class SquareRows {
         float* y = block.y;
         float* z = block.z;
         for (int i = 0; i < left; ++i) {
-            const float reciprocal = -1.0f / At(first + static_cast<std::uint32_t>(i));
+            const float reciprocal = -1.0f / centres(first + i);
             x[i] = -1.0f;
-            y[i] = -scale_((v * reciprocal + 1.0f) * 0.5f);
-            z[i] = scale_((reciprocal - 1.0f) * 0.5f);
+            y[i] = -scale((v * reciprocal + 1.0f) * 0.5f);
+            z[i] = scale((reciprocal - 1.0f) * 0.5f);
         }
         if (front) {
-            const float down = -scale_((3.0f * v + 1.0f) * 0.5f);
+            const float down = -scale((3.0f * v + 1.0f) * 0.5f);
             for (int i = left; i < middle; ++i) {
-                x[i] = scale_((3.0f * At(first + static_cast<std::uint32_t>(i)) + 1.0f) * 0.5f);
+                x[i] = scale((3.0f * centres(first + i) + 1.0f) * 0.5f);
                 y[i] = down;
                 z[i] = 1.0f;
             }
@@ -99,32 +111,29 @@ class SquareRows {
             const float reciprocal = 1.0f / std::fabs(v);
             const float up = v < 0.0f ? 1.0f : -1.0f;
             const float away =
-                v < 0.0f ? scale_((reciprocal - 1.0f) * 0.5f) : -scale_((3.0f - reciprocal) * 0.5f);
+                v < 0.0f ? scale((reciprocal - 1.0f) * 0.5f) : -scale((3.0f - reciprocal) * 0.5f);
             for (int i = left; i < middle; ++i) {
-                x[i] = scale_((At(first + static_cast<std::uint32_t>(i)) * reciprocal + 1.0f) * 0.5f);
+                x[i] = scale((centres(first + i) * reciprocal + 1.0f) * 0.5f);
                 y[i] = up;
                 z[i] = away;
             }
         }
         for (int i = middle; i < count; ++i) {
-            const float reciprocal = 1.0f / At(first + static_cast<std::uint32_t>(i));
+            const float reciprocal = 1.0f / centres(first + i);
             x[i] = 1.0f;
-            y[i] = -scale_((v * reciprocal + 1.0f) * 0.5f);
-            z[i] = -scale_((3.0f - reciprocal) * 0.5f);
+            y[i] = -scale((v * reciprocal + 1.0f) * 0.5f);
+            z[i] = -scale((3.0f - reciprocal) * 0.5f);
         }
     }
 
   private:
-    /// Position of a pixel's centre, −1..1.
-    float At(std::uint32_t pixel) const { return (2.0f * static_cast<float>(pixel) + 1.0f) / size_ - 1.0f; }
-
     /// How many of the pixels first .. first + count − 1 lie left of a position (the lesser wall's pixels
     /// included on a tie).
-    int CountBelow(float position, std::uint32_t first, int count) const {
+    int CountBelow(float position, int first, int count) const {
         int low = 0, high = count;
         while (low < high) {
             const int middle = (low + high) / 2;
-            if (At(first + static_cast<std::uint32_t>(middle)) <= position) {
+            if (centres_(first + middle) <= position) {
                 low = middle + 1;
             } else {
                 high = middle;
@@ -133,7 +142,7 @@ class SquareRows {
         return low;
     }
 
-    float size_;
+    PixelCentres centres_;
     FaceScale scale_;
 };
 
@@ -171,7 +180,7 @@ bool ExportInteriorSquare(Panorama& panorama, const std::wstring& path, std::wst
         return LayoutGrid{
             size, size,
             [rows](std::uint32_t row, std::uint32_t first, int count, DirectionBlock& block, std::uint8_t*) {
-                rows.Directions(row, first, count, block);
+                rows.Directions(static_cast<int>(row), static_cast<int>(first), count, block);
                 return Coverage::All;
             }};
     };

@@ -1,5 +1,6 @@
 #include <atomic>
 
+#include "projection/disc_kernels.h"
 #include "projection/row_kernels.h"
 
 #ifdef _MSC_VER
@@ -11,10 +12,12 @@ namespace skyvault {
 
 namespace baseline_kernels {
 extern const RowKernels kKernels;
-}
+extern const DiscKernels kDiscKernels;
+}  // namespace baseline_kernels
 namespace avx2_kernels {
 extern const RowKernels kKernels;
-}
+extern const DiscKernels kDiscKernels;
+}  // namespace avx2_kernels
 
 namespace {
 
@@ -45,6 +48,11 @@ const RowKernels& Kernels() {
         chosen.store(kernels, std::memory_order_relaxed);
     }
     return *kernels;
+}
+
+const DiscKernels& DiscPasses() {
+    const bool baseline = &Kernels() == &baseline_kernels::kKernels;
+    return baseline ? baseline_kernels::kDiscKernels : avx2_kernels::kDiscKernels;
 }
 
 bool UseKernels(KernelSet set) {

@@ -1,16 +1,8 @@
 #include "projection/panorama.h"
 
 #include "image/picture_files.h"
-#include "projection/import_panorama.h"
 
 namespace skyvault {
-
-Panorama::Panorama(Feedback& theFeedback, const AppState& theSettings, ViewTarget* theViewTarget,
-                   std::vector<std::wstring> paths, PanoramaFormat format)
-    : Panorama(theFeedback, theSettings, theViewTarget) {
-    if (!paths.empty()) path = paths.front();
-    ImportPanorama(*this, paths, format);
-}
 
 Panorama::Panorama(Feedback& theFeedback, const AppState& theSettings, ViewTarget* theViewTarget)
     : feedback(theFeedback), settings(theSettings), viewTarget(theViewTarget) {}

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <string>
-#include <vector>
 
 #include "image/image.h"
 #include "platform/feedback.h"
@@ -15,13 +14,8 @@
 namespace skyvault {
 
 struct Panorama {
-    /// Builds a panorama from files (one path; six for single files) or a generator. Never fails: what
-    /// could not be read was reported through `feedback` and leaves the panorama empty (IsEmpty).
-    /// The references are kept; viewTarget may be null, then nothing can be shown.
-    Panorama(Feedback& feedback, const AppState& settings, ViewTarget* viewTarget,
-             std::vector<std::wstring> paths, PanoramaFormat format);
-
-    /// An empty panorama to be filled by hand.
+    /// An empty panorama, to be filled by an import (session/import_panorama.h) or by hand. The references
+    /// are kept; viewTarget may be null, then nothing can be shown.
     Panorama(Feedback& feedback, const AppState& settings, ViewTarget* viewTarget);
 
     Panorama(const Panorama&) = delete;

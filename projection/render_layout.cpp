@@ -20,47 +20,98 @@ constexpr std::uint32_t kBandRows = 64;
 /// Below this many pixels, waking other threads costs more than it saves (0.8 ms under Wine).
 constexpr std::uint64_t kParallelPixels = 1'000'000;
 
-/// Writes rows firstRow .. firstRow + rowCount − 1 of the grid at destination.
-void RenderRows(const LayoutGrid& grid, const ViewSampler& sampler, std::uint32_t bytesPerPixel,
-                std::uint32_t firstRow, std::uint32_t rowCount, std::byte* destination, std::size_t stride) {
-    DirectionBlock block;
+/// A block of background pixels, to be copied where the shape is not.
+class Background {
+  public:
+    Background(PixelFormat format, const Color8& colour) : bytesPerPixel_(BytesPerPixel(format)) {
+        for (int i = 0; i < kBlockSize; ++i) {
+            WriteColor8(format, pixels_ + static_cast<std::size_t>(i) * bytesPerPixel_, colour);
+        }
+    }
+    /// count ≤ kBlockSize pixels at destination.
+    void Fill(std::byte* destination, int count) const {
+        std::copy_n(pixels_, static_cast<std::size_t>(count) * bytesPerPixel_, destination);
+    }
+
+  private:
+    std::uint32_t bytesPerPixel_;
+    std::byte pixels_[kBlockSize * 8];
+};
+
+/// A block whose pixels were found and are on their way from memory.
+struct PendingBlock {
+    ViewSampler::Lookup lookup;
+    std::byte* target = nullptr;  ///< null: none
+    bool whole = true;            ///< else `inside` says which pixels count
     std::uint8_t inside[kBlockSize];
-    std::byte pixels[kBlockSize * 8];
-    for (std::uint32_t first = 0; first < grid.width; first += kBlockSize) {
-        const int count = static_cast<int>(std::min<std::uint32_t>(kBlockSize, grid.width - first));
-        for (std::uint32_t row = 0; row < rowCount; ++row) {
-            const Coverage coverage = grid.directions(firstRow + row, first, count, block, inside);
-            if (coverage == Coverage::None) continue;
-            std::byte* target = destination + row * stride + std::size_t{first} * bytesPerPixel;
-            if (coverage == Coverage::All) {
-                sampler.Sample(block, count, target);
-                continue;
-            }
-            sampler.Sample(block, count, pixels);
-            for (int i = 0; i < count; ++i) {
+
+    void Finish(const ViewSampler& sampler, std::uint32_t bytesPerPixel) {
+        if (!target) return;
+        if (whole) {
+            sampler.Fetch(lookup, target);
+        } else {
+            std::byte pixels[kBlockSize * 8];
+            sampler.Fetch(lookup, pixels);
+            for (int i = 0; i < lookup.count; ++i) {
                 if (!inside[i]) continue;
                 const std::size_t at = static_cast<std::size_t>(i) * bytesPerPixel;
                 std::copy_n(pixels + at, bytesPerPixel, target + at);
             }
         }
+        target = nullptr;
     }
+};
+
+/// A block's pixels from the first to the last inside the shape.
+struct Stretch {
+    int first = 0, count = 0;
+    bool whole = true;  ///< all of them are inside
+};
+
+/// Moves the stretch to the start of the block and of the mask, so that nothing around it is sampled. At
+/// the rims of round shapes that is half of all the pixels in blocks.
+Stretch CutToShape(DirectionBlock& block, int count, std::uint8_t* inside) {
+    int first = 0, end = count;
+    while (first < end && !inside[first]) ++first;
+    while (end > first && !inside[end - 1]) --end;
+    if (first > 0) {
+        for (float* v : {block.x, block.y, block.z}) std::copy(v + first, v + end, v);
+        std::copy(inside + first, inside + end, inside);
+    }
+    const int stretch = end - first;
+    return {first, stretch, std::count(inside, inside + stretch, 0) == 0};
 }
 
-/// One pixel's bytes, repeated over rows.
-class Background {
-  public:
-    Background(PixelFormat format, const Color8& colour) : bytesPerPixel_(BytesPerPixel(format)) {
-        WriteColor8(format, pixel_, colour);
+/// Writes rows firstRow .. firstRow + rowCount − 1 of the grid at destination. Each block is fetched after
+/// the next one was found, so that its pixels have time to arrive.
+void RenderRows(const LayoutGrid& grid, const ViewSampler& sampler, const Background& background,
+                std::uint32_t bytesPerPixel, std::uint32_t firstRow, std::uint32_t rowCount,
+                std::byte* destination, std::size_t stride) {
+    DirectionBlock block;
+    PendingBlock pending[2];
+    int current = 0;
+    for (std::uint32_t first = 0; first < grid.width; first += kBlockSize) {
+        const int count = static_cast<int>(std::min<std::uint32_t>(kBlockSize, grid.width - first));
+        for (std::uint32_t row = 0; row < rowCount; ++row) {
+            PendingBlock& found = pending[current];
+            const Coverage coverage = grid.directions(firstRow + row, first, count, block, found.inside);
+            std::byte* target = destination + row * stride + std::size_t{first} * bytesPerPixel;
+            if (coverage != Coverage::All) background.Fill(target, count);
+            if (coverage == Coverage::None) continue;
+            Stretch inside{0, count};
+            if (coverage == Coverage::Some) {
+                inside = CutToShape(block, count, found.inside);
+                target += static_cast<std::size_t>(inside.first) * bytesPerPixel;
+            }
+            sampler.Find(block, inside.count, found.lookup);
+            found.target = target;
+            found.whole = inside.whole;
+            current = 1 - current;
+            pending[current].Finish(sampler, bytesPerPixel);
+        }
     }
-    void Fill(std::byte* rows, std::size_t byteCount) const {
-        for (std::size_t at = 0; at < byteCount; at += bytesPerPixel_)
-            std::copy_n(pixel_, bytesPerPixel_, rows + at);
-    }
-
-  private:
-    std::uint32_t bytesPerPixel_;
-    std::byte pixel_[8] = {};
-};
+    pending[1 - current].Finish(sampler, bytesPerPixel);
+}
 
 bool OutOfMemory(Panorama& panorama, Image& result) {
     result.Clear();
@@ -85,16 +136,15 @@ bool RenderLayout(Panorama& panorama, const LayoutGrid& grid, const RenderOption
     const std::uint32_t bytesPerPixel = BytesPerPixel(options.format);
     const int bandCount = static_cast<int>((height + kBandRows - 1) / kBandRows);
     const BoxGrid halving = MakeBoxGrid(grid.width, grid.height, width, height);
-    std::optional<Background> background;
-    if (options.background) background.emplace(options.format, *options.background);
+    const Background background(options.format, options.background);
     std::atomic<bool> failed{false};
 
     const auto renderBand = [&](int band) {
         const std::uint32_t first = static_cast<std::uint32_t>(band) * kBandRows;
         const std::uint32_t rows = std::min(kBandRows, height - first);
         if (!options.halve) {
-            if (background) background->Fill(result.Row(first), std::size_t{result.stride} * rows);
-            RenderRows(grid, sampler, bytesPerPixel, first, rows, result.Row(first), result.stride);
+            RenderRows(grid, sampler, background, bytesPerPixel, first, rows, result.Row(first),
+                       result.stride);
             return;
         }
         Image doubled(grid.width, 2 * rows, options.format);
@@ -102,8 +152,8 @@ bool RenderLayout(Panorama& panorama, const LayoutGrid& grid, const RenderOption
             failed = true;
             return;
         }
-        if (background) background->Fill(doubled.Row(0), doubled.ByteCount());
-        RenderRows(grid, sampler, bytesPerPixel, 2 * first, 2 * rows, doubled.Row(0), doubled.stride);
+        RenderRows(grid, sampler, background, bytesPerPixel, 2 * first, 2 * rows, doubled.Row(0),
+                   doubled.stride);
         BoxGrid bandGrid = halving;
         bandGrid.height = rows;
         for (std::uint32_t row = 0; row < rows; ++row) {

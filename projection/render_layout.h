@@ -7,7 +7,6 @@
 
 #include <cstdint>
 #include <functional>
-#include <optional>
 
 #include "projection/panorama.h"
 #include "projection/row_kernels.h"
@@ -32,8 +31,8 @@ struct LayoutGrid {
 
 struct RenderOptions {
     PixelFormat format = PixelFormat::None;  ///< of the result
-    bool halve = false;                ///< average 2 × 2 pixels of the grid, whose sizes are even, into one
-    std::optional<Color8> background;  ///< of the pixels outside the shape; needed by shapes with such
+    bool halve = false;  ///< average 2 × 2 pixels of the grid, whose sizes are even, into one
+    Color8 background;   ///< of the pixels outside the shape
     const wchar_t* progressText = nullptr;  ///< null: no progress is reported
 };
 

@@ -7,19 +7,8 @@
 
 #include "projection/direction.h"
 #include "projection/fast_math.h"
+#include "projection/kernel_build.h"
 #include "projection/matrix4.h"
-
-#ifdef SKYVAULT_KERNELS_AVX2
-#define KERNEL_SET avx2_kernels
-#else
-#define KERNEL_SET baseline_kernels
-#endif
-
-#if defined(_MSC_VER)
-#define SKYVAULT_RESTRICT __restrict
-#else
-#define SKYVAULT_RESTRICT __restrict__
-#endif
 
 namespace skyvault::KERNEL_SET {
 

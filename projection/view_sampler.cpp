@@ -20,16 +20,6 @@ void Prefetch([[maybe_unused]] const std::byte* address) {
 
 }  // namespace
 
-/// What a block's directions look at.
-struct ViewSampler::Lookup {
-    const std::byte* addresses[kBlockSize];  ///< never null: a missing pixel looks at some other
-    bool someMissing = false;
-    int logoHits = 0;
-    bool missing[kBlockSize];  ///< meaningful only with someMissing
-    std::int16_t logoLanes[kBlockSize];
-    LogoHit logoPoints[kBlockSize];
-};
-
 ViewSampler::ViewSampler(Panorama& panorama, PixelFormat format, bool applyOrientation)
     : panorama_(panorama),
       kernels_(Kernels()),
@@ -57,21 +47,19 @@ ViewSampler::ViewSampler(Panorama& panorama, PixelFormat format, bool applyOrien
 }
 
 void ViewSampler::Sample(DirectionBlock& directions, int count, std::byte* destination) const {
-    if (!uniform_) {
-        for (int i = 0; i < count; ++i) {
-            const Direction d{directions.x[i], directions.y[i], directions.z[i]};
-            WritePixel(format_, destination + i * std::size_t{bytesPerPixel_},
-                       SampleWithLoadedLogo(panorama_, d, applyOrientation_));
-        }
-        return;
-    }
     Lookup lookup;
-    FindPixels(directions, count, lookup);
-    Fetch(lookup, count, destination);
-    if (lookup.someMissing || lookup.logoHits > 0) FixRarePixels(lookup, count, destination);
+    Find(directions, count, lookup);
+    Fetch(lookup, destination);
 }
 
-void ViewSampler::FindPixels(DirectionBlock& directions, int count, Lookup& lookup) const {
+void ViewSampler::Find(DirectionBlock& directions, int count, Lookup& lookup) const {
+    lookup.count = count;
+    if (!uniform_) {
+        lookup.directions = directions;
+        return;
+    }
+    lookup.someMissing = false;
+    lookup.logoHits = 0;
     const Modifications& m = panorama_.modifications;
     float* x = directions.x;
     float* y = directions.y;
@@ -129,20 +117,29 @@ void ViewSampler::FindPixels(DirectionBlock& directions, int count, Lookup& look
     }
 }
 
-void ViewSampler::Fetch(const Lookup& lookup, int count, std::byte* destination) const {
-    if (sourceFormat_ == format_) {
-        CopyPixels(lookup.addresses, count, bytesPerPixel_, destination);
+void ViewSampler::Fetch(const Lookup& lookup, std::byte* destination) const {
+    if (!uniform_) {
+        for (int i = 0; i < lookup.count; ++i) {
+            const Direction d{lookup.directions.x[i], lookup.directions.y[i], lookup.directions.z[i]};
+            WritePixel(format_, destination + i * std::size_t{bytesPerPixel_},
+                       SampleWithLoadedLogo(panorama_, d, applyOrientation_));
+        }
         return;
     }
-    std::byte gathered[kBlockSize * 8];
-    CopyPixels(lookup.addresses, count, BytesPerPixel(sourceFormat_), gathered);
-    ConvertRow(sourceFormat_, gathered, format_, destination, static_cast<std::size_t>(count));
+    if (sourceFormat_ == format_) {
+        CopyPixels(lookup.addresses, lookup.count, bytesPerPixel_, destination);
+    } else {
+        std::byte gathered[kBlockSize * 8];
+        CopyPixels(lookup.addresses, lookup.count, BytesPerPixel(sourceFormat_), gathered);
+        ConvertRow(sourceFormat_, gathered, format_, destination, static_cast<std::size_t>(lookup.count));
+    }
+    if (lookup.someMissing || lookup.logoHits > 0) FixRarePixels(lookup, destination);
 }
 
-void ViewSampler::FixRarePixels(const Lookup& lookup, int count, std::byte* destination) const {
+void ViewSampler::FixRarePixels(const Lookup& lookup, std::byte* destination) const {
     const PixelValue white(kOpaqueWhite);
     if (lookup.someMissing) {
-        for (int i = 0; i < count; ++i) {
+        for (int i = 0; i < lookup.count; ++i) {
             if (lookup.missing[i]) WritePixel(format_, destination + i * std::size_t{bytesPerPixel_}, white);
         }
     }

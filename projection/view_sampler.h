@@ -12,6 +12,7 @@
 
 #include "projection/panorama.h"
 #include "projection/row_kernels.h"
+#include "projection/sample_panorama.h"
 
 namespace skyvault {
 
@@ -21,16 +22,31 @@ class ViewSampler {
     /// logo when it is needed. format: of the pixels written.
     ViewSampler(Panorama& panorama, PixelFormat format, bool applyOrientation = true);
 
-    /// The colours seen along directions 0 .. count − 1 (count ≤ kBlockSize), written at destination. The
-    /// block is changed. Callable from several threads at once.
+    /// What a block's directions look at.
+    struct Lookup {
+        int count = 0;
+        bool someMissing = false;
+        int logoHits = 0;
+        const std::byte* addresses[kBlockSize];  ///< never null: a missing pixel looks at some other
+        bool missing[kBlockSize];                ///< meaningful only with someMissing
+        std::int16_t logoLanes[kBlockSize];
+        LogoHit logoPoints[kBlockSize];
+        DirectionBlock directions;  ///< only of panoramas that are looked up pixel by pixel
+    };
+
+    /// Finds the pixels seen along directions 0 .. count − 1 (count ≤ kBlockSize) and asks the memory for
+    /// them: with other work before the Fetch they arrive meanwhile. The directions are changed. Both steps
+    /// may be called from several threads at once.
+    void Find(DirectionBlock& directions, int count, Lookup& lookup) const;
+
+    /// Writes the colours at destination.
+    void Fetch(const Lookup& lookup, std::byte* destination) const;
+
+    /// Both.
     void Sample(DirectionBlock& directions, int count, std::byte* destination) const;
 
   private:
-    struct Lookup;
-
-    void FindPixels(DirectionBlock& directions, int count, Lookup& lookup) const;
-    void Fetch(const Lookup& lookup, int count, std::byte* destination) const;
-    void FixRarePixels(const Lookup& lookup, int count, std::byte* destination) const;
+    void FixRarePixels(const Lookup& lookup, std::byte* destination) const;
 
     const Panorama& panorama_;
     const RowKernels& kernels_;

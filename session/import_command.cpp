@@ -4,6 +4,7 @@
 #include "platform/files.h"
 #include "platform/path_text.h"
 #include "session/commands.h"
+#include "session/import_panorama.h"
 #include "session/layouts.h"
 #include "session/not_available.h"
 #include "session/progress_scope.h"
@@ -39,11 +40,11 @@ void ImportCommand(Session& session, PanoramaFormat format) {
     const LayoutRow* layout = FindLayout(format);
     if (layout == nullptr || layout->importCommand == 0) return;
 
-    std::vector<std::wstring> paths = AskForSources(session, *layout);
+    const std::vector<std::wstring> paths = AskForSources(session, *layout);
     if (paths.front().empty()) return;
     if (FileExists(paths.front())) session.settings.importPath = FolderPart(paths.front());
 
-    if (!layout->importReady) {
+    if (!layout->ImportReady()) {
         TellNotAvailable(session.host, layout->name);
         return;
     }
@@ -51,8 +52,13 @@ void ImportCommand(Session& session, PanoramaFormat format) {
     session.panorama.reset();
     {
         const ProgressScope progress(session.host);
-        session.panorama.reset(new (std::nothrow) Panorama(session.host, session.settings, &session.host,
-                                                           std::move(paths), format));
+        session.panorama.reset(new (std::nothrow) Panorama(session.host, session.settings, &session.host));
+        if (session.panorama != nullptr) ImportPanorama(*session.panorama, paths, format);
+    }
+    // The imports that read pictures of a layout leave it to their caller to say so.
+    const bool silent = format >= PanoramaFormat::HorizontalCross && format <= PanoramaFormat::InteriorSquare;
+    if (silent && session.panorama != nullptr && session.panorama->IsEmpty()) {
+        session.host.Error(L"Could not open \"" + paths.front() + L"\"");
     }
     // A new panorama starts without mirrors.
     session.host.UpdateMenuChecks();

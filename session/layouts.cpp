@@ -5,15 +5,41 @@
 
 #include "platform/path_text.h"
 #include "platform/text_case.h"
+#include "projection/cube_layouts.h"
+#include "projection/dds.h"
 #include "projection/equirectangular.h"
+#include "projection/heart.h"
 #include "projection/interior_square.h"
+#include "projection/mirror_ball.h"
+#include "projection/single_files.h"
+#include "projection/sphere_map.h"
 
 namespace skyvault {
 namespace {
 
+const std::wstring& FirstOf(const std::vector<std::wstring>& paths) {
+    static const std::wstring kNone;
+    return paths.empty() ? kNone : paths.front();
+}
+
+template <bool (*importPicture)(Panorama&, const std::wstring&)>
+bool FromOneFile(Panorama& panorama, const std::vector<std::wstring>& paths) {
+    return importPicture(panorama, FirstOf(paths));
+}
+
+template <PanoramaFormat format>
+bool ImportCubeLayout(Panorama& panorama, const std::vector<std::wstring>& paths) {
+    return ImportFaceLayout(panorama, FirstOf(paths), format);
+}
+
 template <bool (*exportPicture)(Panorama&, const std::wstring&, std::wstring&)>
 bool WithoutCamera(Panorama& panorama, const std::wstring& path, const Camera&, std::wstring& infoLog) {
     return exportPicture(panorama, path, infoLog);
+}
+
+template <PanoramaFormat format>
+bool ExportStripAs(Panorama& panorama, const std::wstring& path, const Camera&, std::wstring& infoLog) {
+    return ExportStrip(panorama, path, format, infoLog);
 }
 
 constexpr const wchar_t* kSelectPalette = L"Select palette picture";
@@ -27,7 +53,7 @@ constexpr std::array kLayouts = {
               .exportCommand = 32869,
               .viewCommand = 32867,
               .importTitle = L"Select equirectangular",
-              .importReady = true,
+              .importFrom = FromOneFile<ImportEquirectangular>,
               .exportTo = WithoutCamera<ExportEquirectangular>},
     LayoutRow{.format = PanoramaFormat::DirectXDds,
               .name = L"DirectX DDS",
@@ -37,7 +63,9 @@ constexpr std::array kLayouts = {
               .importTitle = L"Select DirectX DDS",
               .openDialog = FileDialogKind::OpenDds,
               .saveDialog = FileDialogKind::SaveDds,
-              .exportPrefix = L"Cubemap_"},
+              .exportPrefix = L"Cubemap_",
+              .importFrom = FromOneFile<ImportCubeMapDds>,
+              .exportTo = WithoutCamera<ExportCubeMapDDS>},
     LayoutRow{.format = PanoramaFormat::QuickTimeVr,
               .name = L"QuickTime VR",
               .consoleName = "qtvr",
@@ -52,34 +80,44 @@ constexpr std::array kLayouts = {
               .importCommand = 32782,
               .exportCommand = 32789,
               .viewCommand = 32775,
-              .importTitle = L"Select horizontal cross"},
+              .importTitle = L"Select horizontal cross",
+              .importFrom = ImportCubeLayout<PanoramaFormat::HorizontalCross>,
+              .exportTo = WithoutCamera<ExportHorizontalCross>},
     LayoutRow{.format = PanoramaFormat::VerticalCross,
               .name = L"Vertical cross",
               .consoleName = "vertical-cross",
               .importCommand = 32783,
               .exportCommand = 32790,
               .viewCommand = 32774,
-              .importTitle = L"Select vertical cross"},
+              .importTitle = L"Select vertical cross",
+              .importFrom = ImportCubeLayout<PanoramaFormat::VerticalCross>,
+              .exportTo = WithoutCamera<ExportVerticalCross>},
     LayoutRow{.format = PanoramaFormat::Strip,
               .name = L"Strip",
               .consoleName = "strip",
               .importCommand = 32784,
               .exportCommand = 32791,
               .viewCommand = 32776,
-              .importTitle = L"Select strip"},
+              .importTitle = L"Select strip",
+              .importFrom = ImportCubeLayout<PanoramaFormat::Strip>,
+              .exportTo = ExportStripAs<PanoramaFormat::Strip>},
     LayoutRow{.format = PanoramaFormat::StripXyz,
               .name = L"Strip XYZ",
               .consoleName = "strip-xyz",
               .importCommand = 32813,
               .exportCommand = 32814,
               .viewCommand = 32812,
-              .importTitle = L"Select strip XYZ"},
+              .importTitle = L"Select strip XYZ",
+              .importFrom = ImportCubeLayout<PanoramaFormat::StripXyz>,
+              .exportTo = ExportStripAs<PanoramaFormat::StripXyz>},
     LayoutRow{.format = PanoramaFormat::SingleFiles,
               .name = L"Single files",
               .consoleName = "single-files",
               .importCommand = 32803,
               .exportCommand = 32805,
-              .viewCommand = 32802},
+              .viewCommand = 32802,
+              .importFrom = ImportSingleFiles,
+              .exportTo = WithoutCamera<ExportSingleFiles>},
     LayoutRow{.format = PanoramaFormat::SphereMap,
               .name = L"Sphere map",
               .consoleName = "sphere-map",
@@ -87,28 +125,36 @@ constexpr std::array kLayouts = {
               .exportCommand = 32788,
               .viewCommand = 32778,
               .importTitle = L"Select spheremap",
-              .exportPrefix = L"Spheremap_"},
+              .exportPrefix = L"Spheremap_",
+              .importFrom = FromOneFile<ImportSphereMap>,
+              .exportTo = WithoutCamera<ExportSphereMap>},
     LayoutRow{.format = PanoramaFormat::MirrorBall,
               .name = L"Mirror ball",
               .consoleName = "mirror-ball",
               .importCommand = 32807,
               .exportCommand = 32808,
               .viewCommand = 32806,
-              .importTitle = L"Select mirror ball"},
+              .importTitle = L"Select mirror ball",
+              .importFrom = FromOneFile<ImportMirrorBall>,
+              .exportTo = WithoutCamera<ExportMirrorBall>},
     LayoutRow{.format = PanoramaFormat::Heart,
               .name = L"Heart",
               .consoleName = "heart",
               .importCommand = 32811,
               .exportCommand = 32810,
               .viewCommand = 32809,
-              .importTitle = L"Select heart"},
+              .importTitle = L"Select heart",
+              .importFrom = FromOneFile<ImportHeart>,
+              .exportTo = WithoutCamera<ExportHeart>},
     LayoutRow{.format = PanoramaFormat::InteriorStrip,
               .name = L"Interior strip",
               .consoleName = "interior-strip",
               .importCommand = 32920,
               .exportCommand = 32921,
               .viewCommand = 32913,
-              .importTitle = L"Select interior strip"},
+              .importTitle = L"Select interior strip",
+              .importFrom = FromOneFile<ImportInteriorStrip>,
+              .exportTo = WithoutCamera<ExportInteriorStrip>},
     LayoutRow{.format = PanoramaFormat::InteriorSquare,
               .name = L"Interior square",
               .consoleName = "interior-square",
@@ -116,7 +162,7 @@ constexpr std::array kLayouts = {
               .exportCommand = 32918,
               .viewCommand = 32911,
               .importTitle = L"Select interior square",
-              .importReady = true,
+              .importFrom = FromOneFile<ImportInteriorSquare>,
               .exportTo = WithoutCamera<ExportInteriorSquare>},
     LayoutRow{.format = PanoramaFormat::Preview,
               .name = L"Preview",

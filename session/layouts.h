@@ -5,6 +5,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "projection/panorama.h"
 #include "projection/preview.h"
@@ -12,6 +13,9 @@
 #include "settings/panorama_format.h"
 
 namespace skyvault {
+
+/// Fills an empty panorama from files. False when it failed.
+using LayoutImport = bool (*)(Panorama& panorama, const std::vector<std::wstring>& paths);
 
 /// Writes the panorama in a layout, or builds it for the view target when path is empty. infoLog receives
 /// the description of what was written. False when it failed.
@@ -30,9 +34,10 @@ struct LayoutRow {
     FileDialogKind openDialog = FileDialogKind::OpenPicture;
     FileDialogKind saveDialog = FileDialogKind::SavePicture;
     const wchar_t* exportPrefix = nullptr;  ///< WithExportPrefix
-    bool importReady = false;               ///< this build can import it
+    LayoutImport importFrom = nullptr;      ///< null while this build cannot import it
     LayoutExport exportTo = nullptr;        ///< null while this build cannot export and show it
 
+    bool ImportReady() const { return importFrom != nullptr; }
     bool ExportReady() const { return exportTo != nullptr; }
 };
 

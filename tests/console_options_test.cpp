@@ -169,7 +169,7 @@ TEST(ConsoleOptions, HelpNamesEveryOptionAndOnlyLayoutsOfThisVersion) {
     std::istringstream stream(text.substr(text.find("(--from):")));
     const std::set<std::string> words{std::istream_iterator<std::string>(stream), {}};
     for (const LayoutRow& layout : Layouts()) {
-        const bool ready = layout.importReady || layout.ExportReady();
+        const bool ready = layout.ImportReady() || layout.ExportReady();
         const bool isLayout = layout.format <= PanoramaFormat::Html;
         EXPECT_EQ(words.contains(layout.consoleName), ready && isLayout) << layout.consoleName;
     }

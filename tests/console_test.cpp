@@ -5,9 +5,11 @@
 #include <cstddef>
 #include <cstring>
 
+#include "image/dds_cube_map.h"
 #include "image/picture_files.h"
 #include "platform/files.h"
 #include "platform/utf8.h"
+#include "session/import_panorama.h"
 #include "session/layouts.h"
 #include "settings/settings_file.h"
 #include "tests/child_process.h"
@@ -159,7 +161,8 @@ TEST(Console, EveryModificationReachesThePanorama) {
         EXPECT_EQ(RunConvert(L"equirectangular", arguments).exitStatus, 0);
 
         RecordingFeedback feedback;
-        Panorama panorama(feedback, settings, nullptr, {input}, PanoramaFormat::Equirectangular);
+        Panorama panorama(feedback, settings, nullptr);
+        ImportPanorama(panorama, {input}, PanoramaFormat::Equirectangular);
         row.modify(panorama.modifications);
         std::wstring infoLog;
         const std::wstring expected = folder / L"expected.bmp";
@@ -232,6 +235,7 @@ TEST(Console, FailuresSayWhyInOneLineAndLeaveNothingBehind) {
     const std::string olderBytes = folder.Read(L"older.png");
     const std::wstring cut = folder.Write(L"cut.png", folder.Read(L"in.png").substr(0, 700));
     const std::wstring text = folder.Write(L"text.jpg", "no picture");
+    const std::wstring noCube = folder.Write(L"no.dds", "no cube map");
     ASSERT_TRUE(CreateFolder(folder / L"sub"));
     const std::wstring missing = folder / L"missing.png";
     const std::wstring longName = folder / (std::wstring(280, L'x') + L".png");
@@ -250,6 +254,9 @@ TEST(Console, FailuresSayWhyInOneLineAndLeaveNothingBehind) {
          L"none"},
         {Convert(L"preview", {input, folder / L"out.webp"}), L"out.webp"},
         {Convert(L"preview", {input, folder / L"png"}), L"png"},
+        {Convert(L"dds", {input, folder / L"out.png"}), L"out.png"},
+        {Convert(L"preview", {noCube, older}), noCube},
+        {{L"info", noCube}, noCube},
         {Convert(L"equirectangular", {L"--set", L"Antialiasing=N", input, longName}), longName},
         {Convert(L"preview", {L"--settings", missing, input, older}), missing},
         {{L"info", missing}, missing},
@@ -275,6 +282,73 @@ TEST(Console, FailuresSayWhyInOneLineAndLeaveNothingBehind) {
         EXPECT_NE(last.find(ToUtf8(row.named)), std::string::npos) << result.err;
         EXPECT_EQ(Names(folder), before);
         EXPECT_EQ(folder.Read(L"older.png"), olderBytes);
+    }
+}
+
+/// "convert --from single-files --to LAYOUT ..."
+Arguments ConvertSix(const std::wstring& to, const Arguments& files, const std::wstring& output) {
+    Arguments all = {L"convert", L"--from", L"single-files", L"--to", to};
+    all.insert(all.end(), files.begin(), files.end());
+    all.push_back(output);
+    return all;
+}
+
+TEST(Console, SingleFilesAreWrittenBesideTheOutputsNameAndReadAgain) {
+    const TemporaryFolder folder;
+    const std::wstring input = Save(RandomImage(64, 32, PixelFormat::Rgb16), folder / L"in.png");
+    ProgramResult result =
+        RunConvert(L"single-files", {L"--set", L"FileNamingSystem=5", input, folder / L"room.png"});
+    EXPECT_EQ(result.exitStatus, 0) << result.err;
+    std::string described;
+    Arguments files, names = {L"in.png"};
+    for (int f = 0; f < 6; ++f) {
+        names.push_back(L"room" + std::to_wstring(f) + L".png");
+        files.push_back(folder / names.back());
+        described += ToUtf8(PictureInfo(files.back(), 16, 16, PixelFormat::Rgb16));
+    }
+    EXPECT_EQ(result.out, described);
+    EXPECT_EQ(Names(folder), names);
+
+    // What cannot be read is told of, and white.
+    files[3] = folder / L"missing.png";
+    result = RunConsole(ConvertSix(L"strip", files, folder / L"strip.png"));
+    EXPECT_EQ(result.exitStatus, 0) << result.err;
+    EXPECT_NE(result.err.find("missing.png\"; there is no left face\n"), std::string::npos) << result.err;
+    const Image strip = LoadPicture(folder / L"strip.png");
+    ASSERT_EQ(strip.width, 96u);
+    EXPECT_EQ(strip.format, PixelFormat::Rgb16);
+    EXPECT_EQ(strip.GetPixel16(3 * 16 + 8, 8), Color16(65535, 65535, 65535, 65535));
+    EXPECT_EQ(strip.GetPixel16(16, 0), LoadPicture(files[1]).GetPixel16(0, 0));
+}
+
+TEST(Console, SingleFilesFailWithTheReason) {
+    const TemporaryFolder folder;
+    const std::wstring input = Save(RandomImage(64, 32, PixelFormat::Rgb8), folder / L"in.png");
+    ASSERT_TRUE(CreateFolder(folder / L"room_left.png"));
+    const std::wstring missing = folder / L"missing.png", separator(1, kPathSeparator);
+    const Arguments noFront = {missing, input, input, input, input, input};
+    const struct {
+        Arguments arguments;
+        const char* reason;
+    } rows[] = {
+        {ConvertSix(L"strip", noFront, folder / L"out.png"), "there is no front face"},
+        {ConvertSix(L"single-files", noFront, folder / L"out.png"), "there is no front face"},
+        {ConvertSix(L"strip", Arguments(6, missing), folder / L"out.png"), "Could not open"},
+        {Convert(L"single-files", {input, folder / L"room.png"}), "room_left.png\": it is a folder"},
+        {Convert(L"single-files", {input, folder / L"none" + separator + L"room.png"}), "no folder"},
+        {Convert(L"single-files", {input, folder / L"room.xyz"}), "extension"},
+        {Convert(L"single-files", {input, folder.Path()}), "it is a folder"},
+        {Convert(L"single-files", {L"--set", L"FileNamingSystem=6", input, folder / L"x.png"}), "0 to 5"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.reason);
+        const ProgramResult result = RunConsole(row.arguments);
+        EXPECT_EQ(result.exitStatus, 1);
+        EXPECT_EQ(result.out, "");
+        const std::string last = result.err.substr(result.err.rfind("skyvault-cli: "));
+        EXPECT_EQ(Lines(last), 1) << result.err;
+        EXPECT_NE(last.find(row.reason), std::string::npos) << result.err;
+        EXPECT_EQ(folder.FileCount(), 2u);
     }
 }
 
@@ -310,6 +384,26 @@ TEST(Console, InfoDescribesThePictureAndItsPanorama) {
     EXPECT_EQ(result.exitStatus, 0) << result.err;
     EXPECT_EQ(result.out, ToUtf8(PictureInfo(path, 403, 10, PixelFormat::Rgba8)) +
                               "Frames\t\t1\nPanorama\tfaces 100 x 100\n");
+}
+
+TEST(Console, DdsCubeMapsAreWrittenDescribedAndReadBack) {
+    const TemporaryFolder folder;
+    const std::wstring input = Save(RandomImage(1024, 512, PixelFormat::Rgb16), folder / L"in.png");
+    const std::wstring cube = folder / L"out.DDS", flat = folder / L"flat.png";
+    ProgramResult result = RunConvert(L"dds", {L"--set", L"Resolution0=0", input, cube});
+    EXPECT_EQ(result.exitStatus, 0) << result.err;
+    EXPECT_EQ(result.out, ToUtf8(CubeMapInfo(cube, 256, PixelFormat::Rgb16)));
+    EXPECT_EQ(Names(folder), (Arguments{L"in.png", L"out.DDS"})) << "no prefix is added";
+
+    // Every DDS cube map has four channels.
+    result = RunConsole({L"info", cube});
+    EXPECT_EQ(result.exitStatus, 0) << result.err;
+    EXPECT_EQ(result.out, ToUtf8(CubeMapInfo(cube, 256, PixelFormat::Rgba16)));
+
+    result = RunConvert(L"equirectangular", {L"--set", L"Resolution1=0", cube, flat});
+    EXPECT_EQ(result.exitStatus, 0) << result.err;
+    EXPECT_EQ(result.err, "skyvault-cli: \"out.DDS\" is a cubemap. Now switching to cubemap.\n");
+    EXPECT_EQ(LoadPicture(flat).format, PixelFormat::Rgba16);
 }
 
 TEST(Console, AnyNumberOfThreadsWritesTheSameFile) {

@@ -253,7 +253,7 @@ void ExpectBandsAverageAsTheWhole(PixelFormat format, std::uint32_t size) {
     EXPECT_TRUE(test::SameBytes(halved, ResizeImage(whole, size / 2, size / 2, format, true, false)))
         << FormatName(format) << ", " << size;
     Image corner(1, 1, format);
-    corner.SetPixel(0, 0, *options.background);
+    corner.SetPixel(0, 0, options.background);
     EXPECT_EQ(whole.GetPixel8(0, 0), corner.GetPixel8(0, 0)) << FormatName(format);
 }
 

@@ -196,7 +196,7 @@ TEST_F(SessionTest, WhatIsNotThereYetSaysSoAndKeepsThePanorama) {
         SCOPED_TRACE(row.consoleName);
         const Calls box = {"information"};
         const std::wstring text = std::wstring(row.name) + L" is not available in this version yet.";
-        if (row.importCommand != 0 && !row.importReady) {
+        if (row.importCommand != 0 && !row.ImportReady()) {
             Forget();
             settings.importPath.clear();
             host.answers = {folder.Path(L"sky.tga")};
@@ -262,6 +262,28 @@ TEST_F(SessionTest, ExportWritesAndBecomesTheView) {
         ASSERT_GE(host.calls.size(), end.size());
         EXPECT_TRUE(std::equal(end.rbegin(), end.rend(), host.calls.rbegin()));
     }
+}
+
+TEST_F(SessionTest, ADdsCubeMapGetsItsPrefixAndIsNoView) {
+    ImportPicture();
+    settings.view = static_cast<std::int32_t>(PanoramaFormat::Heart);
+    settings.resolution0 = 0;
+    host.answers = {folder.Path(L"out.dds")};
+    RunCommand(session, 32786);
+    EXPECT_TRUE(FileExists(folder.Path(L"Cubemap_out.dds")));
+    EXPECT_FALSE(FileExists(folder.Path(L"out.dds")));
+    ASSERT_EQ(host.information.size(), 2u);
+    EXPECT_EQ(host.information[1].rfind(L"360° photo successfully exported!\n\nPath\t\t", 0), 0u);
+    EXPECT_NE(host.information[1].find(L"Resolution\t6 x 16 x 16\nProjection\tCubemap\n"),
+              std::wstring::npos);
+    EXPECT_EQ(settings.view, static_cast<std::int32_t>(PanoramaFormat::Heart));
+
+    Forget();
+    host.answers = {folder.Path(L"Cubemap_out.dds")};
+    RunCommand(session, 32868);
+    EXPECT_EQ(host.information,
+              std::vector<std::wstring>{L"\"Cubemap_out.dds\" is a cubemap.\n\nNow switching to cubemap."});
+    EXPECT_EQ(host.titles.back(), L"Skyvault - Cubemap_out.dds Cubemap (16 x 16 x 6) LDR 32 bpp RGBA int");
 }
 
 TEST_F(SessionTest, ExportUsesThePreviewCamera) {
