@@ -14,7 +14,7 @@ namespace {
 /// Levels up to this one (squares of 22.5°) make the lie of the land, whatever the roughness.
 constexpr int kLandLevels = 2;
 /// How much higher than half of the level before the first rough steps are, with roughness 1.
-constexpr float kRoughest = 3.0f;
+constexpr float kRoughest = 5.0f;
 
 /// Height of the largest step up or down at a level; corners are level 0.
 float StepHeight(int level, float roughness) {

@@ -37,10 +37,10 @@ float Setting01(float value) {
     return value > 0.0f ? Clamp01(value) : 0.0f;
 }
 
-/// How many standard deviations above or below the mean the palette ends: 3, 1.5 or 1 for a contrast of 0, ½
-/// or 1.
+/// How many standard deviations above or below the mean the palette ends: 3.5, 1.75 or 1.17 for a contrast of
+/// 0, ½ or 1.
 float PaletteReach(float contrast) {
-    return 3.0f / (1.0f + 2.0f * contrast);
+    return 3.5f / (1.0f + 2.0f * contrast);
 }
 
 }  // namespace
