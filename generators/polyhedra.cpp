@@ -23,7 +23,7 @@ constexpr float kLeastScale = 0.001f;
 /// One picture of the filmstrip.
 struct Frame {
     const Color8* pixels = nullptr;
-    std::size_t stride = 0;  ///< pixels from row to row
+    std::ptrdiff_t stride = 0;  ///< pixels from row to row
     std::int32_t width = 0, height = 0;
 };
 
@@ -54,8 +54,8 @@ Frame FrameOf(const Image& texture, int which, int frames) {
     const std::int32_t width = static_cast<std::int32_t>(texture.width);
     const std::int32_t height = static_cast<std::int32_t>(texture.height);
     const Color8* const pixels = reinterpret_cast<const Color8*>(texture.pixels.get());
-    if (sideBySide) return {pixels + from, texture.width, to - from, height};
-    return {pixels + std::size_t{texture.width} * from, texture.width, width, to - from};
+    if (sideBySide) return {pixels + from, width, to - from, height};
+    return {pixels + std::size_t{texture.width} * from, width, width, to - from};
 }
 
 /// A face ready for painting: what a ray is multiplied with to give a place in the picture, in pictures, from
@@ -65,14 +65,6 @@ struct PaintedFace {
     Direction across, down;
     Frame frame;
 };
-
-/// A part of a number 0 .. size − 1 that lies `at` of the way; everything repeats with period 1.
-inline std::int32_t TexelOf(float at, float size) {
-    const float part = at - std::floor(at);
-    // A hair below a whole number the part rounds to 1; and a picture of one pixel has no directions (NaN).
-    const float texel = part < 1.0f ? part * size : 0.0f;
-    return static_cast<std::int32_t>(texel < size ? texel : size - 1.0f);
-}
 
 class PolyhedronPainter {
   public:
@@ -131,9 +123,12 @@ class PolyhedronPainter {
             const Direction plane = faces_[f].shape.plane;
             for (int i = 0; i < count; ++i) {
                 const float product = plane.x * d.x[i] + plane.y * d.y[i] + plane.z * d.z[i];
-                const bool nearer = product > nearness[i];
-                nearness[i] = nearer ? product : nearness[i];
-                hit[i] = nearer ? f : hit[i];
+                // Faces come in the order of their numbers: the larger of two is the later one.
+                const float nearest = nearness[i];
+                const std::int32_t before = hit[i];
+                const std::int32_t nearer = product > nearest ? f : 0;
+                hit[i] = nearer > before ? nearer : before;
+                nearness[i] = product > nearest ? product : nearest;
             }
         }
     }
@@ -143,15 +138,19 @@ class PolyhedronPainter {
         const Direction across = face.across, down = face.down;
         const Frame frame = face.frame;
         const float width = static_cast<float>(frame.width), height = static_cast<float>(frame.height);
+        const std::int32_t lastColumn = frame.width - 1, lastRow = frame.height - 1;
+        std::int32_t columns[kBlockSize], rows[kBlockSize];
         for (int i = from; i < to; ++i) {
-            const float u = across.x * d.x[i] + across.y * d.y[i] + across.z * d.z[i];
-            const float v = down.x * d.x[i] + down.y * d.y[i] + down.z * d.z[i];
             const float distance = 1.0f / nearness[i];
-            const std::int32_t column = TexelOf(u * distance + 0.5f, width);
-            const std::int32_t row = TexelOf(v * distance + 0.5f, height);
-            colours[i] =
-                frame.pixels[static_cast<std::size_t>(row) * frame.stride + static_cast<std::size_t>(column)];
+            const float u = (across.x * d.x[i] + across.y * d.y[i] + across.z * d.z[i]) * distance + 0.5f;
+            const float v = (down.x * d.x[i] + down.y * d.y[i] + down.z * d.z[i]) * distance + 0.5f;
+            // Everything repeats with period 1. A hair below a whole number the rest rounds to 1.
+            const std::int32_t column = static_cast<std::int32_t>((u - std::floor(u)) * width);
+            const std::int32_t row = static_cast<std::int32_t>((v - std::floor(v)) * height);
+            columns[i] = std::min(column, lastColumn);
+            rows[i] = std::min(row, lastRow);
         }
+        for (int i = from; i < to; ++i) colours[i] = frame.pixels[rows[i] * frame.stride + columns[i]];
     }
 
     void PaintBorder(const PolyhedronFace& shape, int from, int to, const DirectionBlock& d,
