@@ -109,6 +109,13 @@ TEST(CubeHeights, TheLandIsNoRougherAcrossTheCubesEdges) {
             add(inside, HeightAt(heights, p[0], n / 2 - 1), HeightAt(heights, p[0], n / 2),
                 HeightAt(heights, p[0], n / 2 + 1));
         }
+        for (const auto& [place, p] : points) {
+            if (p.size() != 6) continue;
+            double around = 0;
+            for (const SidePoint& side : p) around += double(HeightAt(heights, side, 1)) / 6;
+            EXPECT_LT(std::fabs(around - double(HeightAt(heights, p[0]))), 4 * inside.mean / count)
+                << "a corner sticks out";
+        }
         ASSERT_EQ(count, 12 * (n * 3 / 4 + 1));
         EXPECT_LT(across.mean, 1.3 * inside.mean) << roughness;
         EXPECT_LT(across.largest, 1.6 * inside.largest) << roughness;
