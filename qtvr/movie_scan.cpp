@@ -152,7 +152,7 @@ bool PlaceTiles(MovieBytes movie, const FaceGrid& grid, const FaceTable& table, 
         if (foundLines++ < kMostSameLines) DebugLine(L"stco found!\n");
         // Version and flags, number of offsets, offsets.
         if (!Holds(movie, tag + 8, 4 + 4 * count) || BigEndian(movie, tag + 8) != count) continue;
-        std::array<std::uint32_t, kMostTiles> offsets, sorted;
+        std::array<std::uint32_t, kMostTiles> offsets{}, sorted{};
         for (std::size_t i = 0; i < count; ++i) offsets[i] = BigEndian(movie, tag + 12 + 4 * i);
         if (processed && offsets[0] < lowestBefore) continue;
         const auto sortedEnd = std::copy(offsets.begin(), offsets.begin() + count, sorted.begin());
