@@ -494,8 +494,8 @@ Color8 SkyColour(double x, double y, double z) {
     const double length = std::sqrt(x * x + y * y + z * z);
     x /= length, y /= length, z /= length;
     const auto channel = [](double value) { return static_cast<std::uint8_t>(128 + 110 * std::sin(value)); };
-    return Color8(channel(2.3 * x + 1.1 * y * z + 0.4), channel(2.1 * y - 1.7 * x * z),
-                  channel(2.6 * z + x * y), 255);
+    return Color8(channel(5.3 * x + 3.1 * y * z + 0.4), channel(4.1 * y - 4.7 * x * z),
+                  channel(6.1 * z + 3.0 * x * y), 255);
 }
 
 Color8 SkyOnFace(int face, double u, double v) {
