@@ -61,18 +61,4 @@ inline std::string JpegBytes(Image picture) {
     return SavePicture(picture, folder / L"picture.jpg") ? folder.Read(L"picture.jpg") : std::string();
 }
 
-/// What TemporaryFilesFolder() gives while this lives is a folder nobody else writes to. (On Windows the
-/// place is the system's to choose: tests there share it.)
-class OwnTemporaryFiles {
-  public:
-    OwnTemporaryFiles();
-    ~OwnTemporaryFiles();
-    /// True when nothing is left in it; always true on Windows.
-    bool Empty() const;
-
-  private:
-    TemporaryFolder home_;
-    std::string before_;
-};
-
 }  // namespace skyvault::test

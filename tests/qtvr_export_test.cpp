@@ -11,6 +11,7 @@
 #include "platform/files.h"
 #include "qtvr/movie_template.h"
 #include "tests/made_movies.h"
+#include "tests/own_temporary_files.h"
 #include "tests/test_panorama.h"
 
 namespace skyvault {

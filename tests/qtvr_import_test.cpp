@@ -13,6 +13,7 @@
 #include "qtvr/qtvr_export.h"
 #include "qtvr/tile_stitching.h"
 #include "tests/made_movies.h"
+#include "tests/own_temporary_files.h"
 #include "tests/test_panorama.h"
 
 namespace skyvault {

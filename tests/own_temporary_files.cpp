@@ -1,4 +1,4 @@
-#include "tests/made_movies.h"
+#include "tests/own_temporary_files.h"
 
 #include <cstdlib>
 
