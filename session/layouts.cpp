@@ -51,6 +51,10 @@ bool ExportStripAs(Panorama& panorama, const std::wstring& path, const Camera&, 
     return ExportStrip(panorama, path, format, infoLog);
 }
 
+bool GenerateBlobsFrom(Panorama& panorama, const std::vector<std::wstring>& paths) {
+    return GenerateBlobs(panorama, FirstOf(paths));
+}
+
 template <PanoramaFormat solid>
 bool Solid(Panorama& panorama, const std::vector<std::wstring>& paths) {
     return GeneratePolyhedron(panorama, FirstOf(paths), solid);
@@ -225,7 +229,7 @@ constexpr std::array kLayouts = {
               .consoleName = "blobs",
               .importCommand = 32831,
               .importTitle = kSelectPalette,
-              .importFrom = FromOneFile<GenerateBlobs>},
+              .importFrom = GenerateBlobsFrom},
     LayoutRow{.format = PanoramaFormat::Rectangles,
               .name = L"Rectangles",
               .consoleName = "rectangles",
