@@ -2,8 +2,7 @@
 
 namespace skyvault {
 
-void FaceRowDirections(CubeFace face, const float* across, float down, int count, float* x, float* y,
-                       float* z) {
+void FaceRowVectors(CubeFace face, const float* across, float down, int count, float* x, float* y, float* z) {
     const auto fill = [count](float* v, float value) {
         for (int i = 0; i < count; ++i) v[i] = value;
     };
@@ -33,6 +32,11 @@ void FaceRowDirections(CubeFace face, const float* across, float down, int count
             along(x), fill(y, -1.0f), fill(z, -down);
             break;
     }
+}
+
+void FaceRowDirections(CubeFace face, const float* across, float down, int count, float* x, float* y,
+                       float* z) {
+    FaceRowVectors(face, across, down, count, x, y, z);
     Kernels().normalize(x, y, z, count);
 }
 

@@ -26,4 +26,7 @@ struct EdgeScale {
 void FaceRowDirections(CubeFace face, const float* across, float down, int count, float* x, float* y,
                        float* z);
 
+/// The same before the directions are given unit length, for callers that do it for several rows at once.
+void FaceRowVectors(CubeFace face, const float* across, float down, int count, float* x, float* y, float* z);
+
 }  // namespace skyvault

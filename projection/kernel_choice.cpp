@@ -50,6 +50,10 @@ const RowKernels& Kernels() {
     return *kernels;
 }
 
+KernelSet ChosenKernels() {
+    return &Kernels() == &avx2_kernels::kKernels ? KernelSet::Avx2 : KernelSet::Baseline;
+}
+
 const DiscKernels& DiscPasses() {
     const bool baseline = &Kernels() == &baseline_kernels::kKernels;
     return baseline ? baseline_kernels::kDiscKernels : avx2_kernels::kDiscKernels;
@@ -61,6 +65,10 @@ bool UseKernels(KernelSet set) {
              : set == KernelSet::Avx2  ? &avx2_kernels::kKernels
                                        : &baseline_kernels::kKernels;
     return true;
+}
+
+KernelSet ChosenKernelSet() {
+    return &Kernels() == &avx2_kernels::kKernels ? KernelSet::Avx2 : KernelSet::Baseline;
 }
 
 }  // namespace skyvault
