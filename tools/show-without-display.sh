@@ -11,7 +11,8 @@ example="Media/Examples/Mountain lake.jpg"
 layouts=$(wine ./skyvault-cli.exe convert --help | tr -d '\r' | sed -n '/this version writes/,/^$/p' | tail -n +2)
 for layout in $layouts; do
     echo "== $layout"
-    wine ./skyvault-cli.exe convert --from equirectangular --to "$layout" "$example" "$out/$layout.jpg"
+    case $layout in dds) extension=dds ;; qtvr) extension=mov ;; *) extension=jpg ;; esac
+    wine ./skyvault-cli.exe convert --from equirectangular --to "$layout" "$example" "$out/$layout.$extension"
 done
 
 echo "== window"
