@@ -5,17 +5,7 @@
 #include <cstdint>
 #include <cstring>
 
-#ifdef SKYVAULT_KERNELS_AVX2
-#define KERNEL_SET avx2_kernels
-#else
-#define KERNEL_SET baseline_kernels
-#endif
-
-#if defined(_MSC_VER)
-#define SKYVAULT_RESTRICT __restrict
-#else
-#define SKYVAULT_RESTRICT __restrict__
-#endif
+#include "projection/kernel_build.h"
 
 namespace skyvault::KERNEL_SET {
 

@@ -4,6 +4,7 @@
 
 #include "generators/cube_heights.h"
 #include "generators/paint_faces.h"
+#include "generators/palette.h"
 #include "image/numeric.h"
 #include "image/picture_files.h"
 #include "image/random.h"
@@ -22,12 +23,8 @@ Palette LoadPalette(const std::wstring& path) {
     Palette palette;
     palette.fill(Color8(255, 0, 0, 255));
     const Image picture = LoadPicture(path);
-    if (!picture.IsValid()) return palette;
-    for (std::uint64_t k = 0; k < kColours; ++k) {
-        Color8& colour = palette[static_cast<std::size_t>(k)];
-        colour = picture.GetPixel8(static_cast<std::int32_t>(k * picture.width / kColours),
-                                   static_cast<std::int32_t>(k * picture.height / kColours));
-        colour.alpha = 255;
+    if (DiagonalPalette(picture, Diagonal::EvenShares, palette)) {
+        for (Color8& colour : palette) colour.alpha = 255;
     }
     return palette;
 }

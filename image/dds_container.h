@@ -31,7 +31,19 @@ enum class DdsFormat : std::uint32_t {
 };
 
 /// The formats DecompressDds takes.
-bool IsBlockCompressed(DdsFormat format);
+constexpr bool IsBlockCompressed(DdsFormat format) {
+    switch (format) {
+        case DdsFormat::Bc1:
+        case DdsFormat::Bc2:
+        case DdsFormat::Bc3:
+        case DdsFormat::Bc4:
+        case DdsFormat::Bc5:
+        case DdsFormat::Bc7:
+            return true;
+        default:
+            return false;
+    }
+}
 
 struct DdsMetadata {
     std::uint32_t width = 0, height = 0;

@@ -183,20 +183,6 @@ DdsTexture ToTexture(ScratchImage image) {
 
 }  // namespace
 
-bool IsBlockCompressed(DdsFormat format) {
-    switch (format) {
-        case DdsFormat::Bc1:
-        case DdsFormat::Bc2:
-        case DdsFormat::Bc3:
-        case DdsFormat::Bc4:
-        case DdsFormat::Bc5:
-        case DdsFormat::Bc7:
-            return true;
-        default:
-            return false;
-    }
-}
-
 DdsTexture::DdsTexture() : contents(std::make_unique<Contents>()) {}
 DdsTexture::~DdsTexture() = default;
 DdsTexture::DdsTexture(DdsTexture&&) noexcept = default;

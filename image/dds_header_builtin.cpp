@@ -310,20 +310,6 @@ std::uint64_t BytesPerUnit(DdsFormat format) {
 
 }  // namespace
 
-bool IsBlockCompressed(DdsFormat format) {
-    switch (format) {
-        case DdsFormat::Bc1:
-        case DdsFormat::Bc2:
-        case DdsFormat::Bc3:
-        case DdsFormat::Bc4:
-        case DdsFormat::Bc5:
-        case DdsFormat::Bc7:
-            return true;
-        default:
-            return false;
-    }
-}
-
 std::uint64_t DdsRowPitch(DdsFormat format, std::uint32_t width) {
     const std::uint64_t units = IsBlockCompressed(format) ? (std::uint64_t{width} + 3) / 4 : width;
     return units * BytesPerUnit(format);
