@@ -3,10 +3,12 @@
 #include <algorithm>
 
 #include "cli/console_feedback.h"
+#include "cli/help.h"
 #include "cli/terminal.h"
 #include "image/dds_cube_map.h"
 #include "image/picture_codec.h"
 #include "image/picture_files.h"
+#include "image/random.h"
 #include "platform/files.h"
 #include "platform/parallel_rows.h"
 #include "platform/path_text.h"
@@ -145,6 +147,10 @@ ExitStatus RunConvert(const ConvertOptions& options) {
     for (const auto& [setting, value] : options.settings) SetFromText(settings, *setting, value);
     const std::wstring obstacle = OutputObstacle(options, settings);
     if (!obstacle.empty()) return Fail(obstacle);
+    if (IsGenerator(*options.from) && !LoadPicture(options.inputs.front()).IsValid()) {
+        return Fail(L"Could not open " + Quoted(options.inputs.front()));
+    }
+    if (options.seed) SetFixedSeed(*options.seed);
     SetThreadCount(options.threads);
 
     ConsoleFeedback feedback(options.quiet);

@@ -38,10 +38,15 @@ bool IsExportLayout(const LayoutRow& layout) {
     return layout.exportCommand != 0 && layout.format <= PanoramaFormat::Html;
 }
 
+bool IsGenerator(const LayoutRow& layout) {
+    return layout.importCommand != 0 && layout.format > PanoramaFormat::Html;
+}
+
 std::string MainFooter() {
     return "Exit status: 0 done, 1 failed, 2 wrong usage, 130 interrupted.\n\n"
            "COMMAND --help describes a command.\n\nExamples:\n"
            "  skyvault-cli convert --from equirectangular --to preview lake.jpg view.png\n"
+           "  skyvault-cli generate voronoi --palette sunset.png --to equirectangular cells.png\n"
            "  skyvault-cli info lake.jpg";
 }
 
@@ -62,6 +67,20 @@ std::string ConvertFooter() {
            "  What a camera sees that looks to the left and a little up, in 1920 x 1080:\n"
            "    skyvault-cli convert --from equirectangular --to preview --set Resolution3=1 \\\n"
            "        --set PreviewFOV=0.5 --camera -90,-10,0 lake.jpg view.png";
+}
+
+std::string GenerateFooter() {
+    return "Kinds:\n" + LayoutNames(IsGenerator) + "Layouts (--to):\n" + LayoutNames(CanWrite) +
+           "\n"
+           "The faces are as large as Resolution0 says; the settings Voronoi..., Fractal..., Lights...,\n"
+           "Blobs... and Polyhedra... are those of the options dialog.\n\n"
+           "Examples:\n"
+           "  The same cells every time, as a DDS cube map with faces of 2048 x 2048:\n"
+           "    skyvault-cli generate voronoi --palette sunset.png --seed 7 --to dds \\\n"
+           "        --set Resolution0=3 --set VoronoiPoints=500 --set VoronoiBorder=0.002 cells.dds\n"
+           "  A football from inside, its pentagons and hexagons from the texture's two frames:\n"
+           "    skyvault-cli generate football --palette \"Texture football, 2 frames.png\" \\\n"
+           "        --set PolyhedraFrames=2 --to preview football.png";
 }
 
 std::string InfoFooter() {

@@ -10,10 +10,13 @@ namespace skyvault {
 /// Layouts --from and --to know. Generators are rows of the layouts' table, but no layouts.
 bool IsImportLayout(const LayoutRow& layout);
 bool IsExportLayout(const LayoutRow& layout);
+/// The kinds of generate.
+bool IsGenerator(const LayoutRow& layout);
 
 /// UTF-8.
 std::string MainFooter();
 std::string ConvertFooter();
+std::string GenerateFooter();
 std::string InfoFooter();
 
 }  // namespace skyvault

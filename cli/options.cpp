@@ -88,6 +88,8 @@ class HelpFormatter : public CLI::Formatter {
         const std::string& name = app->get_name();
         if (name == "convert")
             return "Usage: skyvault-cli convert --from LAYOUT --to LAYOUT [OPTIONS] INPUT... OUTPUT\n";
+        if (name == "generate")
+            return "Usage: skyvault-cli generate KIND --palette FILE --to LAYOUT [OPTIONS] OUTPUT\n";
         if (name == "info") return "Usage: skyvault-cli info FILE\n";
         return "Usage: skyvault-cli COMMAND ...\n";
     }
@@ -95,16 +97,14 @@ class HelpFormatter : public CLI::Formatter {
 
 /// What the parser collects as text; Checked makes the real options of it.
 struct ConvertTexts {
-    std::string from, to, settingsFile;
-    std::optional<std::string> horizon, logoSize, camera, threads;
+    std::string from, to, palette, settingsFile;
+    std::optional<std::string> seed, horizon, logoSize, camera, threads;
     std::vector<std::string> settings, turns, files;
     ConvertOptions options;
 };
 
-void DefineConvert(CLI::App& app, ConvertTexts& texts) {
-    CLI::App& convert = *app.add_subcommand("convert", "Turns a panorama from one layout into another");
-    convert.footer(ConvertFooter());
-    convert.add_option("--from", texts.from, "The layout of INPUT")->required()->type_name("LAYOUT");
+/// What convert and generate share.
+void DefineExport(CLI::App& convert, ConvertTexts& texts) {
     convert.add_option("--to", texts.to, "The layout of OUTPUT")->required()->type_name("LAYOUT");
     convert.add_option("--set", texts.settings, "Sets a setting by its key in the settings file; repeatable")
         ->allow_extra_args(false)
@@ -131,15 +131,35 @@ void DefineConvert(CLI::App& app, ConvertTexts& texts) {
     convert.add_option("--camera", texts.camera, "Where the preview looks, in degrees")->type_name("H,P,R");
     convert.add_option("--threads", texts.threads, "Threads to work with; 0: one per core")->type_name("N");
     convert.add_flag("-q,--quiet", texts.options.quiet, "Prints nothing but errors");
+}
+
+void DefineConvert(CLI::App& app, ConvertTexts& texts) {
+    CLI::App& convert = *app.add_subcommand("convert", "Turns a panorama from one layout into another");
+    convert.footer(ConvertFooter());
+    convert.add_option("--from", texts.from, "The layout of INPUT")->required()->type_name("LAYOUT");
+    DefineExport(convert, texts);
     convert
         .add_option("FILES", texts.files,
                     "INPUT... OUTPUT: a picture (six for single-files), and the file to write")
         ->type_name("");
 }
 
-ConvertOptions Checked(ConvertTexts& texts) {
+void DefineGenerate(CLI::App& app, ConvertTexts& texts) {
+    CLI::App& generate = *app.add_subcommand("generate", "Makes a panorama by formula and writes it");
+    generate.footer(GenerateFooter());
+    generate.add_option("--palette", texts.palette, "The picture the colours (or textures) come from")
+        ->required()
+        ->type_name("FILE");
+    generate.add_option("--seed", texts.seed, "Start of the random numbers: the same seed, the same picture")
+        ->type_name("N");
+    DefineExport(generate, texts);
+    generate.add_option("FILES", texts.files, "KIND OUTPUT: what to make, and the file to write")
+        ->type_name("");
+}
+
+/// Everything but where the panorama comes from and goes to.
+ConvertOptions CheckedExport(ConvertTexts& texts) {
     ConvertOptions options = texts.options;
-    options.from = ParseLayout("--from", texts.from, IsImportLayout);
     options.to = ParseLayout("--to", texts.to, IsExportLayout);
     options.settingsFile = FromUtf8(texts.settingsFile);
     for (const std::string& text : texts.settings) options.settings.push_back(ParseSetting(text));
@@ -156,7 +176,14 @@ ConvertOptions Checked(ConvertTexts& texts) {
         Refuse("--threads takes a number from 0 to 1024, not \"" + *texts.threads + "\"");
     }
     if (texts.camera) options.camera = ParseAngles("--camera", *texts.camera);
+    if (std::find(texts.files.begin(), texts.files.end(), "") != texts.files.end())
+        Refuse("A file name is empty");
+    return options;
+}
 
+ConvertOptions CheckedConvert(ConvertTexts& texts) {
+    ConvertOptions options = CheckedExport(texts);
+    options.from = ParseLayout("--from", texts.from, IsImportLayout);
     const std::size_t inputs = options.from->format == PanoramaFormat::SingleFiles ? 6 : 1;
     if (texts.files.size() != inputs + 1) {
         Refuse(std::string("--from ") + options.from->consoleName + " takes " +
@@ -164,9 +191,27 @@ ConvertOptions Checked(ConvertTexts& texts) {
                " and one OUTPUT, not " + std::to_string(texts.files.size()) +
                (texts.files.size() == 1 ? " file" : " files"));
     }
-    if (std::find(texts.files.begin(), texts.files.end(), "") != texts.files.end())
-        Refuse("A file name is empty");
     for (std::size_t i = 0; i < inputs; ++i) options.inputs.push_back(FromUtf8(texts.files[i]));
+    options.output = FromUtf8(texts.files.back());
+    return options;
+}
+
+ConvertOptions CheckedGenerate(ConvertTexts& texts) {
+    ConvertOptions options = CheckedExport(texts);
+    if (texts.files.size() != 2) Refuse("generate takes a KIND and one OUTPUT");
+    options.from = LayoutOfConsoleName(texts.files.front());
+    if (options.from == nullptr || !IsGenerator(*options.from)) {
+        Refuse("there is no generator \"" + texts.files.front() + "\"");
+    }
+    if (texts.palette.empty()) Refuse("A file name is empty");
+    if (texts.seed) {
+        int seed = 0;
+        if (!ParseWholeInteger(FromUtf8(*texts.seed), seed) || seed < 0) {
+            Refuse("--seed takes a number from 0 to 2147483647, not \"" + *texts.seed + "\"");
+        }
+        options.seed = static_cast<std::uint32_t>(seed);
+    }
+    options.inputs = {FromUtf8(texts.palette)};
     options.output = FromUtf8(texts.files.back());
     return options;
 }
@@ -189,8 +234,9 @@ Command ParseArguments(const std::vector<std::wstring>& arguments) {
     app.require_subcommand(1);
     app.formatter(std::make_shared<HelpFormatter>());
 
-    ConvertTexts convertTexts;
+    ConvertTexts convertTexts, generateTexts;
     DefineConvert(app, convertTexts);
+    DefineGenerate(app, generateTexts);
     CLI::App& info = *app.add_subcommand("info", "Describes a picture file");
     std::string infoPath;
     info.footer(InfoFooter());
@@ -210,7 +256,7 @@ Command ParseArguments(const std::vector<std::wstring>& arguments) {
             if (infoPath.empty()) Refuse("A file name is empty");
             return InfoOptions{FromUtf8(infoPath)};
         }
-        return Checked(convertTexts);
+        return command() == "generate" ? CheckedGenerate(generateTexts) : CheckedConvert(convertTexts);
     } catch (const CLI::CallForHelp&) {
         return Announcement{kDone, FromUtf8(app.help())};
     } catch (const CLI::CallForVersion& version) {
@@ -221,7 +267,7 @@ Command ParseArguments(const std::vector<std::wstring>& arguments) {
             if (extra.starts_with("-")) return WrongUsage("There is no option " + extra, command());
             if (command().empty()) return WrongUsage("There is no command \"" + extra + "\"", "");
         }
-        if (command().empty()) return WrongUsage("What to do? Name a command: convert or info", "");
+        if (command().empty()) return WrongUsage("What to do? Name a command: convert, generate or info", "");
         return WrongUsage(error.what(), command());
     } catch (const CLI::ParseError& error) {
         return WrongUsage(error.what(), command());

@@ -1,6 +1,7 @@
 // The command line of skyvault-cli, read and checked before anything is done.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <utility>
@@ -25,9 +26,9 @@ struct HeadingPitchRoll {
     float heading = 0, pitch = 0, roll = 0;
 };
 
-/// skyvault-cli convert
+/// skyvault-cli convert, and generate: a generator makes the panorama from its palette or texture picture.
 struct ConvertOptions {
-    const LayoutRow* from = nullptr;  ///< never the preview, the web page or a generator
+    const LayoutRow* from = nullptr;  ///< never the preview or the web page; a generator for generate
     const LayoutRow* to = nullptr;    ///< never a generator
     std::wstring settingsFile;        ///< empty: the program's defaults
     std::vector<std::pair<const Setting*, std::wstring>> settings;  ///< each fits its type
@@ -40,7 +41,8 @@ struct ConvertOptions {
     HeadingPitchRoll camera;
     std::vector<std::wstring> inputs;  ///< six for single files, else one
     std::wstring output;
-    int threads = 0;  ///< 0: one per core
+    std::optional<std::uint32_t> seed;  ///< of the random numbers; without it the clock's
+    int threads = 0;                    ///< 0: one per core
     bool quiet = false;
 };
 

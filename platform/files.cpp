@@ -42,9 +42,19 @@ bool CreateFolder(const std::wstring& path) {
     return FolderExists(folder);
 }
 
+bool RemoveFolderOfFiles(const std::wstring& path) {
+    if (!FolderExists(path)) return true;
+    for (const std::wstring& name : FindFiles(path)) RemoveFile(JoinPath(path, name));
+    return RemoveOneFolder(path);
+}
+
 std::wstring ApplicationDataFolder() {
     const std::wstring maker = JoinPath(L"Brambleworks Studio", L"Skyvault");
     return OwnFolder(UserDataFolder(), maker);
+}
+
+std::wstring TemporaryFilesFolder() {
+    return OwnFolder(UserDataFolder(), JoinPath(L"Brambleworks Studio", L"Temp"));
 }
 
 std::wstring DocumentsFolder() {

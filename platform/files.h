@@ -24,6 +24,9 @@ bool MoveOver(const std::wstring& from, const std::wstring& to);
 
 bool RemoveFile(const std::wstring& path);
 
+/// Removes a folder that holds files only, with the files; true when there is no such folder (any more).
+bool RemoveFolderOfFiles(const std::wstring& path);
+
 /// Creates the folder and every missing parent. Either slash is accepted and a trailing one ignored.
 /// Each created folder is reported: New folder created: "C:\A" on the debugger channel. An empty path
 /// fails; a folder that cannot be created fails the whole call.
@@ -39,6 +42,10 @@ std::wstring ProgramFolder();
 /// The user's application-data folder + "Brambleworks Studio" + "Skyvault", created when missing;
 /// empty when it cannot be found or made. (Linux: under $XDG_CONFIG_HOME or ~/.config.)
 std::wstring ApplicationDataFolder();
+
+/// The user's application-data folder + "Brambleworks Studio" + "Temp", created when missing; empty when it
+/// cannot be found or made.
+std::wstring TemporaryFilesFolder();
 
 /// The user's documents folder + "Skyvault", created when missing; empty when it cannot be found or made.
 /// (Linux: ~/Documents.)

@@ -79,6 +79,10 @@ bool MakeOneFolder(const std::wstring& path) {
     return mkdir(ToUtf8(path).c_str(), 0777) == 0;
 }
 
+bool RemoveOneFolder(const std::wstring& path) {
+    return rmdir(ToUtf8(path).c_str()) == 0;
+}
+
 std::vector<std::wstring> FindFiles(const std::wstring& folder) {
     std::vector<std::wstring> names;
     const auto close = [](DIR* opened) { closedir(opened); };

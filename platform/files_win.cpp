@@ -51,6 +51,10 @@ bool MakeOneFolder(const std::wstring& path) {
     return CreateDirectoryW(path.c_str(), nullptr);
 }
 
+bool RemoveOneFolder(const std::wstring& path) {
+    return RemoveDirectoryW(path.c_str());
+}
+
 std::vector<std::wstring> FindFiles(const std::wstring& folder) {
     std::vector<std::wstring> names;
     WIN32_FIND_DATAW found{};

@@ -9,6 +9,7 @@
 #include "platform/clock.h"
 #include "platform/files.h"
 #include "platform/path_text.h"
+#include "platform/pending_outputs.h"
 
 namespace skyvault {
 
@@ -29,8 +30,8 @@ std::wstring FreeNameBeside(const std::wstring& target) {
     }
 }
 
-// The temporary files that may be on disk. Renaming happens under the lock, so that an abandoned file can
-// no longer get its name.
+// The temporary files and folders that may be on disk. Renaming happens under the lock, so that an abandoned
+// file can no longer get its name.
 struct PendingFiles {
     std::mutex mutex;
     std::vector<std::wstring> paths;
@@ -43,13 +44,28 @@ PendingFiles& Pending() {
     return pending;
 }
 
+bool RemovePending(const std::wstring& path) {
+    if (FolderExists(path)) return RemoveFolderOfFiles(path);
+    return !FileExists(path) || RemoveFile(path);
+}
+
 }  // namespace
+
+void AddPendingOutput(const std::wstring& path) {
+    PendingFiles& pending = Pending();
+    const std::lock_guard lock(pending.mutex);
+    pending.paths.push_back(path);
+}
+
+void ForgetPendingOutput(const std::wstring& path) {
+    PendingFiles& pending = Pending();
+    const std::lock_guard lock(pending.mutex);
+    std::erase(pending.paths, path);
+}
 
 OutputFile::OutputFile(std::wstring targetPath)
     : targetPath_(std::move(targetPath)), temporaryPath_(FreeNameBeside(targetPath_)) {
-    PendingFiles& pending = Pending();
-    const std::lock_guard lock(pending.mutex);
-    pending.paths.push_back(temporaryPath_);
+    AddPendingOutput(temporaryPath_);
 }
 
 OutputFile::~OutputFile() {
@@ -72,8 +88,7 @@ bool AbandonPendingOutputs() {
     PendingFiles& pending = Pending();
     const std::lock_guard lock(pending.mutex);
     pending.abandoned = true;
-    return std::all_of(pending.paths.begin(), pending.paths.end(),
-                       [](const std::wstring& path) { return !FileExists(path) || RemoveFile(path); });
+    return std::all_of(pending.paths.begin(), pending.paths.end(), RemovePending);
 }
 
 }  // namespace skyvault

@@ -28,9 +28,9 @@ class OutputFile {
 };
 
 /// For a program that is interrupted and about to end: removes the temporary files of this process that
-/// have not got their names yet; from now on every Commit fails. Callable from any thread, also while
-/// another one writes. False while a file could not be removed because it is still open (Windows): try
-/// again until its writer has closed it.
+/// have not got their names yet, and its scratch folders; from now on every Commit fails. Callable from any
+/// thread, also while another one writes. False while a file could not be removed because it is still open
+/// (Windows): try again until its writer has closed it.
 bool AbandonPendingOutputs();
 
 }  // namespace skyvault

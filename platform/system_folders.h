@@ -8,6 +8,9 @@ namespace skyvault {
 /// Creates one folder whose parent exists.
 bool MakeOneFolder(const std::wstring& path);
 
+/// Removes an empty folder.
+bool RemoveOneFolder(const std::wstring& path);
+
 /// The user's folder for application data and the one for documents; empty when there is none.
 std::wstring UserDataFolder();
 std::wstring UserDocumentsFolder();

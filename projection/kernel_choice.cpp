@@ -50,6 +50,10 @@ const RowKernels& Kernels() {
     return *kernels;
 }
 
+KernelSet ChosenKernels() {
+    return &Kernels() == &avx2_kernels::kKernels ? KernelSet::Avx2 : KernelSet::Baseline;
+}
+
 const DiscKernels& DiscPasses() {
     const bool baseline = &Kernels() == &baseline_kernels::kKernels;
     return baseline ? baseline_kernels::kDiscKernels : avx2_kernels::kDiscKernels;

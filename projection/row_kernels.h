@@ -66,6 +66,9 @@ const RowKernels& Kernels();
 
 enum class KernelSet { Fastest, Baseline, Avx2 };
 
+/// Baseline or Avx2, whichever Kernels() gives: for other folders' kernels, which go by the same choice.
+KernelSet ChosenKernels();
+
 /// For tests and benchmarks: which set Kernels() gives from now on. False (and nothing changed) when the
 /// processor cannot run it.
 bool UseKernels(KernelSet set);

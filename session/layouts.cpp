@@ -3,6 +3,12 @@
 #include <algorithm>
 #include <array>
 
+#include "generators/blobs.h"
+#include "generators/dots_of_light.h"
+#include "generators/fractal_planet.h"
+#include "generators/polyhedra.h"
+#include "generators/rectangles.h"
+#include "generators/voronoi.h"
 #include "platform/path_text.h"
 #include "platform/text_case.h"
 #include "projection/cube_layouts.h"
@@ -13,6 +19,9 @@
 #include "projection/mirror_ball.h"
 #include "projection/single_files.h"
 #include "projection/sphere_map.h"
+#include "qtvr/qtvr_export.h"
+#include "qtvr/qtvr_import.h"
+#include "webexport/web_page.h"
 
 namespace skyvault {
 namespace {
@@ -40,6 +49,25 @@ bool WithoutCamera(Panorama& panorama, const std::wstring& path, const Camera&, 
 template <PanoramaFormat format>
 bool ExportStripAs(Panorama& panorama, const std::wstring& path, const Camera&, std::wstring& infoLog) {
     return ExportStrip(panorama, path, format, infoLog);
+}
+
+bool GenerateBlobsFrom(Panorama& panorama, const std::vector<std::wstring>& paths) {
+    return GenerateBlobs(panorama, FirstOf(paths));
+}
+
+template <PanoramaFormat solid>
+bool Solid(Panorama& panorama, const std::vector<std::wstring>& paths) {
+    return GeneratePolyhedron(panorama, FirstOf(paths), solid);
+}
+
+/// Tells the picture and the files that go with it.
+bool ExportPage(Panorama& panorama, const std::wstring& path, const Camera&, std::wstring& infoLog) {
+    infoLog.clear();
+    if (!ExportWebPage(panorama, path)) return false;
+    const WebPageFiles files = CompanionFiles(path);
+    infoLog = path + L"\n\nThe following files have also been generated:\n" + files.page + L"\n" +
+              files.styleSheet + L"\n" + files.script;
+    return true;
 }
 
 constexpr const wchar_t* kSelectPalette = L"Select palette picture";
@@ -73,7 +101,9 @@ constexpr std::array kLayouts = {
               .exportCommand = 32785,
               .importTitle = L"Select Quicktime VR",
               .openDialog = FileDialogKind::OpenMovie,
-              .saveDialog = FileDialogKind::SaveMovie},
+              .saveDialog = FileDialogKind::SaveMovie,
+              .importFrom = FromOneFile<ImportQuickTimeVr>,
+              .exportTo = WithoutCamera<ExportQuickTimeVr>},
     LayoutRow{.format = PanoramaFormat::HorizontalCross,
               .name = L"Horizontal cross",
               .consoleName = "horizontal-cross",
@@ -170,64 +200,79 @@ constexpr std::array kLayouts = {
               .exportCommand = 32899,
               .viewCommand = 32859,
               .exportTo = ExportPreview},
-    LayoutRow{.format = PanoramaFormat::Html, .name = L"HTML", .consoleName = "html", .exportCommand = 32900},
+    LayoutRow{.format = PanoramaFormat::Html,
+              .name = L"HTML",
+              .consoleName = "html",
+              .exportCommand = 32900,
+              .exportTo = ExportPage},
 
     LayoutRow{.format = PanoramaFormat::Voronoi,
               .name = L"Voronoi",
               .consoleName = "voronoi",
               .importCommand = 32826,
-              .importTitle = kSelectPalette},
+              .importTitle = kSelectPalette,
+              .importFrom = FromOneFile<GenerateVoronoi>},
     LayoutRow{.format = PanoramaFormat::FractalPlanet,
               .name = L"Fractal planet",
               .consoleName = "fractal-planet",
               .importCommand = 32828,
-              .importTitle = kSelectPalette},
+              .importTitle = kSelectPalette,
+              .importFrom = FromOneFile<GenerateFractalPlanet>},
     LayoutRow{.format = PanoramaFormat::DotsOfLight,
               .name = L"Dots of light",
               .consoleName = "dots-of-light",
               .importCommand = 32829,
-              .importTitle = kSelectPalette},
+              .importTitle = kSelectPalette,
+              .importFrom = FromOneFile<GenerateLights>},
     LayoutRow{.format = PanoramaFormat::Blobs,
               .name = L"Blobs",
               .consoleName = "blobs",
               .importCommand = 32831,
-              .importTitle = kSelectPalette},
+              .importTitle = kSelectPalette,
+              .importFrom = GenerateBlobsFrom},
     LayoutRow{.format = PanoramaFormat::Rectangles,
               .name = L"Rectangles",
               .consoleName = "rectangles",
               .importCommand = 32844,
-              .importTitle = kSelectPalette},
+              .importTitle = kSelectPalette,
+              .importFrom = FromOneFile<GenerateRectangles>},
 
     LayoutRow{.format = PanoramaFormat::Tetrahedron,
               .name = L"Tetrahedron",
               .consoleName = "tetrahedron",
               .importCommand = 32838,
-              .importTitle = kSelectTexture},
+              .importTitle = kSelectTexture,
+              .importFrom = Solid<PanoramaFormat::Tetrahedron>},
     LayoutRow{.format = PanoramaFormat::Hexahedron,
               .name = L"Hexahedron (cube)",
               .consoleName = "hexahedron",
               .importCommand = 32839,
-              .importTitle = kSelectTexture},
+              .importTitle = kSelectTexture,
+              .importFrom = Solid<PanoramaFormat::Hexahedron>},
     LayoutRow{.format = PanoramaFormat::Octahedron,
               .name = L"Octahedron",
               .consoleName = "octahedron",
               .importCommand = 32840,
-              .importTitle = kSelectTexture},
+              .importTitle = kSelectTexture,
+              .importFrom = Solid<PanoramaFormat::Octahedron>},
     LayoutRow{.format = PanoramaFormat::Dodecahedron,
               .name = L"Dodecahedron",
               .consoleName = "dodecahedron",
               .importCommand = 32841,
-              .importTitle = kSelectTexture},
+              .importTitle = kSelectTexture,
+              .importFrom = Solid<PanoramaFormat::Dodecahedron>},
     LayoutRow{.format = PanoramaFormat::Icosahedron,
               .name = L"Icosahedron",
               .consoleName = "icosahedron",
               .importCommand = 32842,
-              .importTitle = kSelectTexture},
+              .importTitle = kSelectTexture,
+              .importFrom = Solid<PanoramaFormat::Icosahedron>},
     LayoutRow{.format = PanoramaFormat::Football,
               .name = L"Football",
               .consoleName = "football",
               .importCommand = 32843,
-              .importTitle = kSelectTexture},
+              .importTitle = kSelectTexture,
+              .importFrom = Solid<PanoramaFormat::Football>},
 };
 
 template <typename Condition>

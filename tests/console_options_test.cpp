@@ -102,7 +102,7 @@ TEST(ConsoleOptions, WrongUsageIsRefusedWithItsReasonAndAHint) {
         Arguments arguments;
         const char* reason;
     } rows[] = {
-        {{}, "convert or info"},
+        {{}, "convert, generate or info"},
         {{L"convrt"}, "convrt"},
         {{L"--frm"}, "--frm"},
         {{L"info"}, "FILE"},
@@ -143,6 +143,13 @@ TEST(ConsoleOptions, WrongUsageIsRefusedWithItsReasonAndAHint) {
         {Convert({L"--threads", L"-1"}), "--threads"},
         {Convert({L"--threads", L"many"}), "--threads"},
         {Convert({L"--mirror"}), "--mirror"},
+        {{L"generate", L"voronoi", L"--to", L"dds", L"a"}, "--palette"},
+        {{L"generate", L"strip", L"--palette", L"p", L"--to", L"dds", L"a"}, "no generator"},
+        {{L"generate", L"preview", L"--palette", L"p", L"--to", L"dds", L"a"}, "no generator"},
+        {{L"generate", L"blobs", L"--palette", L"p", L"--to", L"blobs", L"a"}, "--to"},
+        {{L"generate", L"blobs", L"--palette", L"p", L"--to", L"dds"}, "one OUTPUT"},
+        {{L"generate", L"blobs", L"--palette", L"p", L"--to", L"dds", L"a", L"b"}, "one OUTPUT"},
+        {{L"generate", L"blobs", L"--palette", L"p", L"--seed", L"-1", L"--to", L"dds", L"a"}, "--seed"},
     };
     for (const auto& row : rows) {
         std::string line;

@@ -99,6 +99,28 @@ TEST(Console, ConvertingKeepsThePixelFormat) {
     }
 }
 
+TEST(Console, TheSameSeedGeneratesTheSamePicture) {
+    const TemporaryFolder folder;
+    const std::wstring palette = Save(RandomImage(16, 16, PixelFormat::Rgb8), folder / L"palette.png");
+    const auto generate = [&](const wchar_t* kind, const std::wstring& from, const wchar_t* seed) {
+        return RunConsole({L"generate", kind, L"--palette", from, L"--seed", seed, L"--to", L"strip",
+                           L"--set", L"Resolution0=0", L"--set", L"Antialiasing=N", folder / L"out.png"});
+    };
+    for (const LayoutRow& layout : Layouts()) {
+        if (layout.importCommand == 0 || layout.format < PanoramaFormat::Voronoi) continue;
+        const std::wstring kind = FromUtf8(layout.consoleName);
+        ProgramResult result = generate(kind.c_str(), palette, L"7");
+        EXPECT_EQ(result.exitStatus, 0) << layout.consoleName << result.err;
+        const Image first = LoadPicture(folder / L"out.png");
+        EXPECT_EQ(first.width, 6u * 256) << layout.consoleName;
+        generate(kind.c_str(), palette, L"7");
+        EXPECT_TRUE(SameBytes(first, LoadPicture(folder / L"out.png"))) << layout.consoleName;
+    }
+    const ProgramResult result = generate(L"blobs", folder / L"none.png", L"7");
+    EXPECT_EQ(result.exitStatus, 1);
+    EXPECT_NE(result.err.find("none.png"), std::string::npos) << result.err;
+}
+
 TEST(Console, TheWrittenFileIsDescribedOnStdoutAndNothingElseIsSaid) {
     const TemporaryFolder folder;
     const std::wstring input = Save(RandomImage(2048, 1024, PixelFormat::Rgb8), folder / L"in.bmp");

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <string>
 #include <thread>
@@ -12,7 +13,9 @@
 #include "platform/file_stream.h"
 #include "platform/output_file.h"
 #include "platform/path_text.h"
+#include "platform/scratch_folder.h"
 #include "platform/utf8.h"
+#include "tests/own_temporary_files.h"
 #include "tests/temporary_folder.h"
 
 namespace skyvault {
@@ -118,6 +121,7 @@ TEST(Files, WellKnownFoldersExistAndEndAsTheyShould) {
     EXPECT_EQ(documents, home / L"Documents/Skyvault");
     setenv("XDG_CONFIG_HOME", ToUtf8(home / L"configured").c_str(), 1);
     EXPECT_EQ(ApplicationDataFolder(), home / L"configured/Brambleworks Studio/Skyvault");
+    EXPECT_EQ(TemporaryFilesFolder(), home / L"configured/Brambleworks Studio/Temp");
     unsetenv("XDG_CONFIG_HOME");
     setenv("HOME", oldHome.c_str(), 1);
 #endif
@@ -155,6 +159,41 @@ TEST(OutputFile, AFailedCommitLeavesNothingBehind) {
     EXPECT_THAT(FindFiles(root.Path()), UnorderedElementsAre(L"taken.png"));
     OutputFile unwritten(root / L"a.png");
     EXPECT_FALSE(unwritten.Commit());
+}
+
+TEST(ScratchFolder, EveryOneIsItsOwnAndGoesWithItsFiles) {
+    const test::OwnTemporaryFiles temporary;
+    std::wstring one, two;
+    {
+        const ScratchFolder first, second;
+        one = first.Path(L"0.jpg");
+        two = second.Path(L"0.jpg");
+        EXPECT_NE(one, two);
+        EXPECT_EQ(FolderPart(FolderPart(one)), TemporaryFilesFolder());
+        ASSERT_TRUE(WriteText(one, "1") && WriteText(two, "2"));
+    }
+    EXPECT_FALSE(FolderExists(std::wstring(FolderPart(one))));
+    EXPECT_FALSE(FolderExists(std::wstring(FolderPart(two))));
+}
+
+TEST(ScratchFolder, WhatAnEarlierProgramLeftGoesAfterADay) {
+    const test::OwnTemporaryFiles temporary;
+    const std::wstring parent = TemporaryFilesFolder();
+    const auto now =
+        std::chrono::duration_cast<std::chrono::seconds>(std::chrono::system_clock::now().time_since_epoch());
+    const std::wstring old = JoinPath(parent, std::to_wstring(now.count() - 90000) + L"-77-0");
+    const std::wstring young = JoinPath(parent, std::to_wstring(now.count() - 3000) + L"-77-0");
+    const std::wstring foreign = JoinPath(parent, L"12 o'clock");
+    for (const std::wstring& folder : {young, foreign}) {
+        ASSERT_TRUE(CreateFolder(folder) && WriteText(JoinPath(folder, L"0.jpg"), "x"));
+    }
+    // Another test program may remove it first.
+    if (CreateFolder(old)) WriteText(JoinPath(old, L"0.jpg"), "x");
+    { const ScratchFolder scratch; }
+    EXPECT_FALSE(FolderExists(old));
+    EXPECT_TRUE(FileExists(JoinPath(young, L"0.jpg")));
+    EXPECT_TRUE(FileExists(JoinPath(foreign, L"0.jpg")));
+    EXPECT_TRUE(RemoveFolderOfFiles(young) && RemoveFolderOfFiles(foreign));
 }
 
 TEST(FileStream, AWrittenFileHoldsExactlyWhatWasWritten) {

@@ -195,7 +195,7 @@ TEST(SingleFiles, TheWindowShowsSixSquareFacesEachWithItsLabelBelow) {
     const Color8 black(0, 0, 0, 255), white(255, 255, 255, 255);
     const Case cases[] = {
         {{1000, 700}, {255, 255, 255, 255}, false, black, 290},
-        {{1920, 1000}, {20, 30, 60, 255}, false, white, 420},
+        {{1200, 600}, {20, 30, 60, 255}, false, white, 240},
         {{600, 1200}, {255, 255, 255, 255}, true, black, 270},
         {{1500, 200}, {0, 0, 0, 255}, true, white, 160},
         {{300, 2000}, {127, 127, 127, 255}, false, white, 270},

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Makes the pictures under Media/: the examples, the logo and the about picture.
 
-    /usr/bin/python3 tools/make_media.py [lake] [card] [logo] [about]
+    /usr/bin/python3 tools/make_media.py [lake] [card] [palettes] [textures] [logo] [about]
 
 Without arguments all of them. Needs python3-numpy, python3-pil and fonts-liberation. Everything is drawn
 by formula from fixed random numbers, so every run makes the same pictures.
@@ -24,6 +24,21 @@ def make_lake():
 def make_card():
     import test_card
     test_card.test_card(4096).save(MEDIA / "Examples" / "Test card.png", optimize=True)
+
+
+def make_palettes():
+    from palettes import NEON, PLANET, SUNSET, palette
+    for name, stops in (("planet", PLANET), ("sunset", SUNSET), ("neon", NEON)):
+        palette(stops).save(MEDIA / "Examples" / f"Palette {name}.png", optimize=True)
+
+
+def make_textures():
+    # Filmstrips have their number of frames in the name: it has to be set for them.
+    from textures import dice, football, tiles
+    for name, picture in (("tiles", tiles()), ("dice, 6 frames", dice()), ("football, 2 frames", football())):
+        # 64 colours are all there are, or so close to all that it does not show.
+        few = picture.quantize(64, Image.Quantize.MEDIANCUT, dither=Image.Dither.NONE)
+        few.save(MEDIA / "Examples" / f"Texture {name}.png", optimize=True)
 
 
 def make_logo():
@@ -61,7 +76,8 @@ def make_about():
 
 
 def main():
-    makers = {"lake": make_lake, "card": make_card, "logo": make_logo, "about": make_about}
+    makers = {"lake": make_lake, "card": make_card, "palettes": make_palettes, "textures": make_textures,
+              "logo": make_logo, "about": make_about}
     wanted = sys.argv[1:] or list(makers)
     unknown = [name for name in wanted if name not in makers]
     if unknown:

@@ -1,0 +1,19 @@
+// Cubic QuickTime VR movies (".mov"), read: any with JPEG tiles, up to 6 × 6 on a face.
+//
+// Every JPEG picture in the file is looked at, and those of the largest square size are the tiles. Their
+// places come from the movie's tables, or, without usable tables, from how their edges fit together.
+#pragma once
+
+#include <string>
+
+#include "projection/panorama.h"
+
+namespace skyvault {
+
+/// Fills the faces (Rgba8, opaque) and faceSize. False, with the panorama as it was, when the movie cannot be
+/// read, holds no JPEG picture, has a number of tiles that makes no cube ("This is not a cubic VR movie"), or
+/// there is not enough memory ("Out of memory"). Progress: "Extracting JPG files...", "Parsing CUFA...",
+/// "Parsing STCO...", "Stitching tiles...", "Creating cube faces...".
+bool ImportQuickTimeVr(Panorama& panorama, const std::wstring& path);
+
+}  // namespace skyvault

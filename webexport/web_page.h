@@ -1,0 +1,25 @@
+// The panorama as a small web page: the equirectangular picture, and beside it a page that shows it.
+//
+// Page, script and style sheet are not generated: they are copied from Media/www beside the program, and the
+// page gets the picture's name in place of "[URL]".
+#pragma once
+
+#include <string>
+
+#include "projection/panorama.h"
+
+namespace skyvault {
+
+/// The files that go with the picture at `picturePath`: the page has its name with the extension "html", the
+/// other two are shared by all pages of the folder.
+struct WebPageFiles {
+    std::wstring page, styleSheet, script;
+};
+WebPageFiles CompanionFiles(const std::wstring& picturePath);
+
+/// Writes the page, its script and style sheet over older ones, then the equirectangular picture. The result
+/// is the picture's alone: a companion file that is missing beside the program, or cannot be written, is left
+/// out.
+bool ExportWebPage(Panorama& panorama, const std::wstring& picturePath);
+
+}  // namespace skyvault
