@@ -119,7 +119,7 @@ static constexpr int kAnyPower = -1;
 /// Seeds weighed together: they share divisions, 1/a and 1/b being b · 1/(ab) and a · 1/(ab).
 static constexpr int kSeedGroup = 4;
 
-/// Below this squared distance every weight is at its limit of 100, and above 111 before it is cut.
+/// Below this squared distance every weight is at its limit of 100, and at this one still above it.
 static constexpr float kLimitDistance = 0.009f;
 
 /// q^kPower; with q above 0.009 products of four of them stay far from what a double holds.
