@@ -5,11 +5,13 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <fstream>
 
 #include "image/picture_files.h"
 #include "platform/files.h"
 #include "platform/utf8.h"
+#include "tests/child_process.h"
 #include "tests/temporary_folder.h"
 #include "tests/test_panorama.h"
 
@@ -94,8 +96,6 @@ TEST(WebPage, EveryPlaceOfThePageNamesThePicture) {
         const std::string name = ToUtf8(c.picture);
         ASSERT_TRUE(Export(folder / c.picture)) << name;
         EXPECT_EQ(folder.FileCount(), 4u) << name;
-        Image picture;
-        std::wstring infoLog;
         EXPECT_GT(FileSizeOf(folder / c.picture), 0u) << name;
         const std::string written = folder.Read(c.page);
         EXPECT_EQ(folder.Read(L"skyvault.js"), Media(L"skyvault.js")) << name;
@@ -124,20 +124,26 @@ TEST(WebPage, OlderFilesAreReplacedAndTwoPagesShareTheScript) {
     EXPECT_EQ(folder.Read(L"one.png"), folder.Read(L"two.png"));
 }
 
-/// Takes a file of Media/www away for as long as it lives.
-class WithoutMedia {
-  public:
-    explicit WithoutMedia(const wchar_t* name)
-        : path_(JoinPath(JoinPath(JoinPath(ProgramFolder(), L"Media"), L"www"), name)), aside_(path_ + L".aside") {
-        EXPECT_TRUE(MoveToNewName(path_, aside_));
-    }
-    ~WithoutMedia() { EXPECT_TRUE(MoveToNewName(aside_, path_)); }
-    WithoutMedia(const WithoutMedia&) = delete;
-    WithoutMedia& operator=(const WithoutMedia&) = delete;
-
-  private:
-    std::wstring path_, aside_;
-};
+TEST(WebPage, WhatIsMissingBesideTheProgramIsLeftOut) {
+    // A copy of the console program, with a page that names no picture, an empty style sheet and no script.
+    TemporaryFolder folder;
+    const std::wstring program(FileNamePart(test::ConsoleProgramPath()));
+    const std::string original = ToUtf8(test::ConsoleProgramPath());
+    std::filesystem::copy_file(std::u8string(original.begin(), original.end()), folder.SystemPath(program));
+    ASSERT_TRUE(CreateFolder(folder / L"Media/www"));
+    folder.Write(L"Media/www/skyvault.html", "no picture [url]");
+    folder.Write(L"Media/www/skyvault.css", "");
+    Image picture = test::RandomImage(64, 32, PixelFormat::Rgb8);
+    ASSERT_TRUE(SavePicture(picture, folder / L"in.png"));
+    ASSERT_TRUE(CreateFolder(folder / L"out"));
+    test::ChildProcess child(folder / program, {L"convert", L"--from", L"equirectangular", L"--to", L"html",
+                                                folder / L"in.png", folder / L"out/pano.png"});
+    const test::ProgramResult result = child.Wait();
+    EXPECT_EQ(result.exitStatus, 0) << result.err;
+    EXPECT_EQ(FindFiles(folder / L"out").size(), 2u);
+    EXPECT_GT(FileSizeOf(folder / L"out/pano.png"), 0u);
+    EXPECT_EQ(folder.Read(L"out/pano.html"), "no picture [url]");
+}
 
 }  // namespace
 }  // namespace skyvault
