@@ -229,7 +229,7 @@ function webglPainter(image, whenLost) {
 const blockAngle = 45 * radian;
 const margin = 8;
 const widestBlocks = 8192;
-const reach = 0.75;  // pixels of the view
+const reach = 1.1;  // pixels of the view
 
 function makeBlocks(image, width) {
     const scale = image.naturalWidth / width;
