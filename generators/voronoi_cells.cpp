@@ -78,6 +78,8 @@ class SeedView {
 
     /// In the whole ball, the squared distance of a is larger than that of b by more than margin.
     bool Farther(int a, int b, float margin) const {
+        // Every seed below seeds_.count has a distance, which the analyzer does not follow.
+        // NOLINTNEXTLINE(clang-analyzer-core.UndefinedBinaryOperatorResult)
         const float lead = distance_[a] - distance_[b] - margin - kSlack;
         return lead > 0.0f && ball_.ChangesLess(seeds_.x[a] - seeds_.x[b], seeds_.y[a] - seeds_.y[b],
                                                 seeds_.z[a] - seeds_.z[b], lead);

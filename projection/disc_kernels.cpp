@@ -19,7 +19,8 @@ static int SphereMapDirections(const SquareSpan& span, int n, DirectionBlock& bl
     const std::int32_t left = span.first - half;
     const std::int32_t down = span.row - half;
     const std::int32_t downSquared = down * down;
-    const float limit = static_cast<float>(span.size * span.size / 4);
+    const std::int32_t quarter = span.size * span.size / 4;
+    const float limit = static_cast<float>(quarter);
     int count = 0;
     for (int i = 0; i < n; ++i) {
         const std::int32_t across = left + i;
@@ -51,7 +52,8 @@ static int SphereMapDirections(const SquareSpan& span, int n, DirectionBlock& bl
             const float twice = 2.0f * SquareRoot(static_cast<float>(depth) * unit);
             bx[i] = static_cast<float>(across) * step * twice;
             by[i] = singleY * twice;
-            bz[i] = static_cast<float>(2 * depth - square / 4) * unit;
+            const std::int32_t away = 2 * depth - quarter;
+            bz[i] = static_cast<float>(away) * unit;
         }
         return count;
     }
