@@ -120,7 +120,7 @@ void MainWindow::OnCommand(std::uint16_t command) {
         ~Busy() { flag = false; }
     };
     const Busy busy(busy_);
-    RunMenuCommand(window_, instance_, session_, command);
+    RunMenuCommand(window_, instance_, session_, host_.Dialogs(), command);
     if (refreshWhenDone_) {
         refreshWhenDone_ = false;
         Refresh(session_);

@@ -3,6 +3,7 @@
 #include <shellapi.h>
 
 #include "app/about_box.h"
+#include "app/options_dialog.h"
 #include "session/commands.h"
 #include "session/layouts.h"
 #include "session/not_available.h"
@@ -69,7 +70,8 @@ std::uint16_t CommandOfCharacter(WPARAM character) {
     return character == L'M' || character == L'm' ? std::uint16_t{kCommandMagnifyingGlass} : std::uint16_t{0};
 }
 
-void RunMenuCommand(HWND window, HINSTANCE instance, Session& session, std::uint16_t command) {
+void RunMenuCommand(HWND window, HINSTANCE instance, Session& session, const FileDialogs& fileDialogs,
+                    std::uint16_t command) {
     if (RunCommand(session, command)) return;
     switch (command) {
         case kCommandExit:
@@ -85,7 +87,10 @@ void RunMenuCommand(HWND window, HINSTANCE instance, Session& session, std::uint
             OpenPage(window, kCommunityPage);
             break;
         case kCommandOptions:
-            TellNotAvailable(session.host, L"Options");
+            if (ShowOptionsDialog(instance, window, session.settings, fileDialogs) == IDOK)
+                ApplyOptions(session);
+            // "Reset all" also sets what has check marks in the menu, and stands after Cancel too.
+            session.host.UpdateMenuChecks();
             break;
         case kCommandBatch:
             TellNotAvailable(session.host, L"Batch processing");

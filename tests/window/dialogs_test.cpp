@@ -4,11 +4,8 @@
 #include <windows.h>
 // After windows.h:
 #include <commctrl.h>
-#include <objbase.h>
 
 #include <algorithm>
-#include <functional>
-#include <thread>
 #include <vector>
 
 #include "app/about_box.h"
@@ -19,28 +16,11 @@
 #include "image/picture_codec.h"
 #include "resources/resource_ids.h"
 #include "tests/temporary_folder.h"
+#include "tests/window/in_background.h"
 #include "tests/window/window_driver.h"
 
 namespace skyvault::test {
 namespace {
-
-/// Does something that waits for the user, on a user-interface thread of its own.
-class InBackground {
-  public:
-    explicit InBackground(std::function<void()> what)
-        : thread_([what = std::move(what)] {
-              CoInitialize(nullptr);
-              what();
-              CoUninitialize();
-          }) {}
-    ~InBackground() { Join(); }
-    void Join() {
-        if (thread_.joinable()) thread_.join();
-    }
-
-  private:
-    std::thread thread_;
-};
 
 TEST(MessageBoxes, ShowTheirTextUnderTheProgramsName) {
     for (const bool isError : {false, true}) {
