@@ -3,6 +3,7 @@
 #include <shellapi.h>
 
 #include "app/about_box.h"
+#include "app/batch_dialog.h"
 #include "session/commands.h"
 #include "session/layouts.h"
 #include "session/not_available.h"
@@ -88,7 +89,7 @@ void RunMenuCommand(HWND window, HINSTANCE instance, Session& session, std::uint
             TellNotAvailable(session.host, L"Options");
             break;
         case kCommandBatch:
-            TellNotAvailable(session.host, L"Batch processing");
+            ShowBatchDialog(instance, window, session.settings);
             break;
         default:
             break;
