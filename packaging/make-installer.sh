@@ -7,25 +7,30 @@ stage=$(realpath "$1") version=$2 setup=$(realpath -m "$3")
 here=$(dirname "$(realpath "$0")")
 export LC_ALL=C.UTF-8
 
-lists=$(mktemp -d)
-trap 'rm -rf "$lists"' EXIT
+parts=$(mktemp -d)
+trap 'rm -rf "$parts"' EXIT
 cd "$stage"
-# NSIS reads $ as the start of a variable; nothing else that a Windows file name may hold is special to it.
+# In what the installer does, $ starts a variable; nothing else that a Windows file name may hold is special.
 windows_path() { sed 's/\$/$$/g; s|/|\\|g'; }
-find . -mindepth 1 -type d -printf '%P\n' | sort | windows_path >"$lists/folders"
-find . -type f -printf '%P\n' | sort >"$lists/files"
+find . -mindepth 1 -type d -printf '%P\n' | sort | windows_path >"$parts/folders"
+find . -type f -printf '%P\n' | sort >"$parts/files"
 {
-    sed 's/.*/CreateDirectory "$INSTDIR\\&"/' "$lists/folders"
+    sed 's/.*/CreateDirectory "$INSTDIR\\&"/' "$parts/folders"
     while IFS= read -r file; do
-        printf 'File "/oname=%s" "%s"\n' "$(windows_path <<<"$file")" "${stage//\$/\$\$}/${file//\$/\$\$}"
-    done <"$lists/files"
-} >"$lists/install.nsh"
+        printf 'File "/oname=%s" "%s"\n' "$(windows_path <<<"$file")" "$stage/$file"
+    done <"$parts/files"
+} >"$parts/install.nsh"
 {
-    windows_path <"$lists/files" | sed 's/.*/Delete "$INSTDIR\\&"/'
+    windows_path <"$parts/files" | sed 's/.*/Delete "$INSTDIR\\&"/'
     # Folders within others first. One that holds files of the user's stays.
-    sort -r "$lists/folders" | sed 's/.*/RMDir "$INSTDIR\\&"/'
-} >"$lists/uninstall.nsh"
+    sort -r "$parts/folders" | sed 's/.*/RMDir "$INSTDIR\\&"/'
+} >"$parts/uninstall.nsh"
+
+# The picture beside the first and the last page, at twice the size of the page's own units.
+convert "$here/../Media/Examples/Mountain lake.jpg" -crop 706x1352+2750+240 +repage -resize '328x628!' -type TrueColor \
+    "BMP3:$parts/side.bmp"
+touch -r "$stage" "$parts/side.bmp"
 
 makensis -V2 -WX -NOCD -INPUTCHARSET UTF8 \
-    "-DVERSION=$version" "-DSETUP=$setup" "-DROOT=$(dirname "$here")" "-DLISTS=$lists" \
+    "-DVERSION=$version" "-DSETUP=$setup" "-DROOT=$(dirname "$here")" "-DPARTS=$parts" \
     "-DSIZE=$(du -sk --apparent-size . | cut -f1)" "$here/skyvault.nsi"

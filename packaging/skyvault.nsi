@@ -2,7 +2,7 @@
 ;   VERSION  of the program, as 1.2.3
 ;   SETUP    the installer to write
 ;   ROOT     this project's folder
-;   LISTS    the folder of install.nsh, uninstall.nsh: a line for every file
+;   PARTS    the folder of install.nsh, uninstall.nsh (a line for every file) and the picture side.bmp
 ;   SIZE     of the installed files, in KiB
 Unicode true
 Target amd64-unicode
@@ -37,8 +37,10 @@ VIAddVersionKey "ProductVersion" "${VERSION}"
 
 !define MUI_ICON "${ROOT}/resources/skyvault.ico"
 !define MUI_UNICON "${ROOT}/resources/skyvault.ico"
+!define MUI_WELCOMEFINISHPAGE_BITMAP "${PARTS}/side.bmp"
 !define MUI_ABORTWARNING
 
+!define MUI_WELCOMEPAGE_TEXT "This installs ${PROGRAM} ${VERSION} for you alone; no administrator's rights are needed.$\r$\n$\r$\nAn older version is replaced, and your settings stay.$\r$\n$\r$\nClick Next to continue."
 !insertmacro MUI_PAGE_WELCOME
 !define MUI_COMPONENTSPAGE_NODESC
 !insertmacro MUI_PAGE_COMPONENTS
@@ -77,7 +79,7 @@ VIAddVersionKey "ProductVersion" "${VERSION}"
 !macro RemoveFiles
     ; A folder somebody is in cannot be removed.
     SetOutPath "$TEMP"
-    !include "${LISTS}/uninstall.nsh"
+    !include "${PARTS}/uninstall.nsh"
     Delete "$INSTDIR\Uninstall.exe"
     RMDir "$INSTDIR"
 !macroend
@@ -129,7 +131,7 @@ Section "${PROGRAM}" ProgramSection
     StrCpy $startedToWrite yes
     SetOutPath "$INSTDIR"
     WriteUninstaller "$INSTDIR\Uninstall.exe"
-    !include "${LISTS}/install.nsh"
+    !include "${PARTS}/install.nsh"
 
     CreateShortcut "$SMPROGRAMS\${PROGRAM}.lnk" "$INSTDIR\Skyvault.exe"
     WriteRegStr HKCU "${ENTRY}" "DisplayName" "${PROGRAM}"
