@@ -57,21 +57,31 @@ VIAddVersionKey "ProductVersion" "${VERSION}"
 
 !insertmacro MUI_LANGUAGE "English"
 
+; "yes" from the first file on.
+Var startedToWrite
+
 ; Gives up (exit code 2), with a message unless silent. On a page it keeps that page.
 !macro GiveUp message
     MessageBox MB_OK|MB_ICONEXCLAMATION "${message}" /SD IDOK
     Abort "${message}"
 !macroend
 
-; Gives up while a program in that folder runs: its file can then be opened for reading only.
+; Gives up while a program in that folder runs: its file can then be opened for reading only. A virus scanner
+; or an icon being drawn has the same effect, but soon ends.
 !macro CheckNotRunning folder exe
     ${If} ${FileExists} "${folder}\${exe}"
-        ClearErrors
-        FileOpen $R0 "${folder}\${exe}" a
-        ${If} ${Errors}
+        ${For} $R1 1 15
+            ClearErrors
+            FileOpen $R0 "${folder}\${exe}" a
+            ${IfNot} ${Errors}
+                FileClose $R0
+                ${Break}
+            ${EndIf}
+            Sleep 100
+        ${Next}
+        ${If} $R1 > 15
             !insertmacro GiveUp "${exe} in $\"${folder}$\" is running, or its file may not be changed. Close the program and try again."
         ${EndIf}
-        FileClose $R0
     ${EndIf}
 !macroend
 
@@ -80,8 +90,10 @@ VIAddVersionKey "ProductVersion" "${VERSION}"
     ; A folder somebody is in cannot be removed.
     SetOutPath "$TEMP"
     !include "${PARTS}/uninstall.nsh"
-    Delete "$INSTDIR\Uninstall.exe"
-    RMDir "$INSTDIR"
+!macroend
+!macro RemoveUninstaller folder
+    Delete "${folder}\Uninstall.exe"
+    RMDir "${folder}"
 !macroend
 
 ; All that can stand in the way is looked at before anything is changed.
@@ -107,7 +119,8 @@ FunctionEnd
 ; place (_?=), so that it is waited for, and therefore leaves itself.
 Function RemoveInstalled
     ReadRegStr $0 HKCU "${ENTRY}" "InstallLocation"
-    ${IfNot} ${FileExists} "$0\Uninstall.exe"
+    ${If} $0 == ""
+    ${OrIfNot} ${FileExists} "$0\Uninstall.exe"
         Return
     ${EndIf}
     DetailPrint "Removing the installed version"
@@ -117,12 +130,8 @@ Function RemoveInstalled
     ${OrIf} $1 <> 0
         !insertmacro GiveUp "The installed version in $\"$0$\" could not be removed."
     ${EndIf}
-    Delete "$0\Uninstall.exe"
-    RMDir "$0"
+    !insertmacro RemoveUninstaller "$0"
 FunctionEnd
-
-; Set from the first file on.
-Var startedToWrite
 
 Section "${PROGRAM}" ProgramSection
     SectionIn RO
@@ -166,6 +175,7 @@ FunctionEnd
 Function .onInstFailed
     ${If} $startedToWrite == yes
         !insertmacro RemoveFiles
+        !insertmacro RemoveUninstaller "$INSTDIR"
     ${EndIf}
 FunctionEnd
 
@@ -174,6 +184,10 @@ Section "Uninstall"
     !insertmacro CheckNotRunning "$INSTDIR" "skyvault-cli.exe"
 
     !insertmacro RemoveFiles
+    ${If} ${FileExists} "$INSTDIR\Skyvault.exe"
+        !insertmacro GiveUp "$\"$INSTDIR\Skyvault.exe$\" could not be removed. Try again later."
+    ${EndIf}
+    !insertmacro RemoveUninstaller "$INSTDIR"
     ; The entry may be that of another folder: this one can be a copy made by hand.
     ReadRegStr $0 HKCU "${ENTRY}" "InstallLocation"
     ${IfNot} ${FileExists} "$0\Skyvault.exe"
