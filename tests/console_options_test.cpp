@@ -200,12 +200,5 @@ TEST(ConsoleFeedback, MessageBoxTextsBecomeOneLine) {
     EXPECT_EQ(OnOneLine(L"\n"), L"");
 }
 
-TEST(ConsoleFeedback, TheFirstErrorIsTheCause) {
-    ConsoleFeedback feedback(true);
-    feedback.Error(L"Could not open \"a\"");
-    feedback.Error(L"Out of memory");
-    EXPECT_EQ(feedback.FirstError(), L"Could not open \"a\"");
-}
-
 }  // namespace
 }  // namespace skyvault
