@@ -32,7 +32,7 @@ console() { "${program[@]}" "$@" -q; }
 # small FROM WIDTHxHEIGHT TO: fits a picture into this size.
 small() { convert "$1" -resize "$2" -strip -sampling-factor 4:2:0 -quality 80 "$3"; }
 
-# A turn that shows more on a disc than straight ahead does, and a lens longer than the default one.
+# A longer lens than the default one.
 lens=(--set PreviewFOV=0.5)
 
 echo "== layouts"
@@ -80,9 +80,9 @@ before_and_after() {
     small "$work/before.bmp" 360x360 "$guide/$name-before.jpg"
     small "$work/after.bmp" 360x360 "$guide/$name-after.jpg"
 }
-before_and_after level equirectangular --turn 0,0,6 --turn 0,4,0 -- --turn 0,-4,0 --turn 0,0,-6
-before_and_after horizon equirectangular -- --horizon 1.3
-before_and_after logo preview "${lens[@]}" --camera 0,70,0 -- --logo-size 0.3
+before_and_after level equirectangular --turn 0,0,10 -- --turn 0,0,-10
+before_and_after horizon equirectangular -- --horizon 1.6
+before_and_after logo preview "${lens[@]}" --camera 0,90,0 -- --logo-size 0.3
 before_and_after mirror equirectangular -- --mirror-top-to-bottom
 
 generate() {
@@ -92,11 +92,11 @@ generate() {
         "$work/$name.bmp"
     small "$work/$name.bmp" 300x180 "$guide/$name.jpg"
 }
-generate voronoi voronoi "Palette sunset.png" --set VoronoiPoints=60 --set VoronoiBorder=0.02
-generate blobs blobs "Palette sunset.png"
+generate voronoi voronoi "Palette sunset.png" --set VoronoiPoints=60 --set VoronoiBorder=0.006
+generate blobs blobs "Palette sunset.png" --set BlobsContrast=0
 generate rectangles rectangles "Palette neon.png" --set BlobsForceFields=60
 generate fractal-planet fractal-planet "Palette planet.png"
-generate dots-of-light dots-of-light "Palette neon.png"
+generate dots-of-light dots-of-light "Palette neon.png" --set LightsBrightness=0.04
 for solid in tetrahedron octahedron dodecahedron icosahedron; do
     generate $solid $solid "Texture tiles.png" --set PolyhedraBorder=0.03
 done
