@@ -37,7 +37,7 @@ eval "$main"
 menu 18
 xdotool key Down Return
 sleep 0.7
-import -window root -crop "640x420+$X+$Y" +repage "$out/menu.png"
+import -window root -crop "440x290+$X+$Y" +repage "$out/menu.png"
 xdotool key Return
 await "Select equirectangular"
 sleep 0.5
