@@ -2,8 +2,13 @@
 # tools/window-pictures.sh FOLDER: part of make_doc_pictures.sh. Opens the example in the real window and leaves
 # pictures of it, its menu and its dialogs in FOLDER. Runs inside tools/wine-environment.sh.
 set -euo pipefail
+cd "$(dirname "$0")/.."
 out=$(realpath "$1")
-cd "$(dirname "$0")/../build/windows/bin"
+# From a folder like a user's, for dialogs show it.
+folder=$WINEPREFIX/drive_c/Skyvault
+mkdir -p "$folder"
+cp -r build/windows/bin/Skyvault.exe Media "$folder"
+cd "$folder"
 
 wine ./Skyvault.exe >/dev/null 2>&1 &
 # Waits for a window whose title begins with the text.
