@@ -3,10 +3,10 @@
 #include <shellapi.h>
 
 #include "app/about_box.h"
+#include "app/batch_dialog.h"
 #include "app/options_dialog.h"
 #include "session/commands.h"
 #include "session/layouts.h"
-#include "session/not_available.h"
 
 namespace skyvault {
 namespace {
@@ -93,7 +93,7 @@ void RunMenuCommand(HWND window, HINSTANCE instance, Session& session, const Fil
             session.host.UpdateMenuChecks();
             break;
         case kCommandBatch:
-            TellNotAvailable(session.host, L"Batch processing");
+            ShowBatchDialog(instance, window, session.settings);
             break;
         default:
             break;

@@ -122,7 +122,8 @@ TEST_P(DialogLayout, TextsFitKeysAreUniqueAndNothingOverlaps) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Dialogs, DialogLayout, testing::Values(IDD_ABOUT, IDD_OPTIONS, IDD_PROGRESS));
+INSTANTIATE_TEST_SUITE_P(Dialogs, DialogLayout,
+                         testing::Values(IDD_ABOUT, IDD_OPTIONS, IDD_BATCH, IDD_PROGRESS));
 
 }  // namespace
 }  // namespace skyvault::test

@@ -188,11 +188,7 @@ TEST(FolderPicker, ReturnsTheFolderOrNothing) {
         InBackground ask([&] { result = AskForFolder(nullptr, L"Select source folder", folder.Path()); });
         const HWND dialog = WaitForDialog(L"Select source folder");
         ASSERT_NE(dialog, nullptr);
-        constexpr int kNameBox = 1152;
-        HWND name = nullptr;
-        ASSERT_TRUE(Eventually([&] { return (name = GetDlgItem(dialog, kNameBox)) != nullptr; }));
-        SendMessageW(name, WM_SETTEXT, 0, reinterpret_cast<LPARAM>((folder / L"in side").c_str()));
-        EXPECT_TRUE(PressButton(dialog, cancel ? IDCANCEL : IDOK));
+        EXPECT_TRUE(AnswerFolderPicker(dialog, folder / L"in side", cancel ? IDCANCEL : IDOK));
         ask.Join();
         EXPECT_EQ(result, cancel ? L"" : folder / L"in side");
     }
