@@ -129,7 +129,10 @@ ExitStatus RunConvert(const ConvertOptions& options) {
     }
     TellOfMissingFaces(result, options.inputs);
     if (!result.done) return Fail(result.reason);
-    if (!options.quiet) WriteText(OutputStream::Standard, result.infoLog);
+    if (!options.quiet) {
+        const bool ended = result.infoLog.empty() || result.infoLog.back() == L'\n';
+        WriteText(OutputStream::Standard, result.infoLog + (ended ? L"" : L"\n"));
+    }
     return kDone;
 }
 
