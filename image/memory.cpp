@@ -8,14 +8,22 @@ namespace skyvault {
 
 namespace {
 
-std::atomic<int> allocationsLeft{-1};
+std::atomic<int> allocationsLeft{-1}, failuresLeft{0};
+
+/// Whether a test wants this allocation to fail.
+bool IsToFail() {
+    int left = allocationsLeft.load(std::memory_order_relaxed);
+    while (left > 0 && !allocationsLeft.compare_exchange_weak(left, left - 1)) {
+    }
+    if (left != 0) return false;
+    const int failures = failuresLeft--;
+    if (failures <= 1) allocationsLeft = -1;
+    return failures > 0;
+}
 
 void* Allocate(std::size_t size, const wchar_t* failure) {
     if (size == 0) return nullptr;
-    int left = allocationsLeft;
-    while (left > 0 && !allocationsLeft.compare_exchange_weak(left, left - 1)) {
-    }
-    void* const block = left == 0 ? nullptr : std::malloc(size);
+    void* const block = IsToFail() ? nullptr : std::malloc(size);
     if (!block) DebugLine(failure);
     return block;
 }
@@ -30,7 +38,8 @@ void* AllocateForMVector(std::size_t size) {
     return Allocate(size, L"MVector: out of memory exception\n");
 }
 
-void FailAllocationsAfter(int count) {
+void FailAllocationsAfter(int count, int failures) {
+    failuresLeft = failures;
     allocationsLeft = count;
 }
 
