@@ -1,17 +1,13 @@
 #include "app/menu_commands.h"
 
-#include <shellapi.h>
-
 #include "app/about_box.h"
+#include "app/help_pages.h"
 #include "session/commands.h"
 #include "session/layouts.h"
 #include "session/not_available.h"
 
 namespace skyvault {
 namespace {
-
-constexpr const wchar_t* kUserGuidePage = L"https://skyvault.example/guide";
-constexpr const wchar_t* kCommunityPage = L"https://skyvault.example/community";
 
 struct ViewKey {
     WORD key;
@@ -47,10 +43,6 @@ constexpr CommandKey kCommandKeys[] = {
     {VK_SUBTRACT, kCommandSmallerFov},
 };
 
-void OpenPage(HWND owner, const wchar_t* address) {
-    ShellExecuteW(owner, L"open", address, nullptr, nullptr, SW_SHOWNORMAL);
-}
-
 }  // namespace
 
 std::uint16_t CommandOfKey(WPARAM virtualKey) {
@@ -79,10 +71,10 @@ void RunMenuCommand(HWND window, HINSTANCE instance, Session& session, std::uint
             ShowAboutBox(instance, window);
             break;
         case kCommandUserGuide:
-            OpenPage(window, kUserGuidePage);
+            OpenHelpPage(window, HelpPage::UserGuide);
             break;
         case kCommandCommunity:
-            OpenPage(window, kCommunityPage);
+            OpenHelpPage(window, HelpPage::Community);
             break;
         case kCommandOptions:
             TellNotAvailable(session.host, L"Options");
