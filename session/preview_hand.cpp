@@ -10,7 +10,7 @@
 namespace skyvault {
 namespace {
 
-constexpr float kQuarterTurn = std::numbers::pi_v<float> / 2.0f;
+constexpr float kHalfTurn = std::numbers::pi_v<float>;
 /// Near the poles a small way of the hand is a large turn; no larger than this share allows.
 constexpr float kLeastShare = 0.2f;
 
@@ -36,10 +36,13 @@ Camera DragCamera(const Camera& start, float right, float down, float focalLengt
     const float share = std::cos(start.pitch);
     const float heading = across / (focal * std::copysign(std::max(std::abs(share), kLeastShare), share));
 
+    // Up to the poles; a camera on its head may also come back over them.
+    const float level = std::nearbyint(start.pitch / kHalfTurn);
+    const float reach = std::fmod(level, 2.0f) == 0.0f ? kHalfTurn / 2.0f : kHalfTurn * 1.5f;
+
     Camera camera = start;
     camera.heading -= heading;
-    camera.pitch = std::clamp(start.pitch + up / focal, std::min(start.pitch, -kQuarterTurn),
-                              std::max(start.pitch, kQuarterTurn));
+    camera.pitch = std::clamp(start.pitch + up / focal, level * kHalfTurn - reach, level * kHalfTurn + reach);
     return camera;
 }
 
