@@ -163,7 +163,7 @@ void MainWindow::Run(Operation operation) {
 }
 
 void MainWindow::OnCommand(std::uint16_t command) {
-    Run([&] { RunMenuCommand(window_, instance_, session_, command); });
+    Run([&] { RunMenuCommand(window_, instance_, session_, host_.Dialogs(), command); });
 }
 
 void MainWindow::OnDrop(WPARAM drop) {

@@ -1,10 +1,11 @@
 #include "app/menu_commands.h"
 
 #include "app/about_box.h"
+#include "app/batch_dialog.h"
 #include "app/help_pages.h"
+#include "app/options_dialog.h"
 #include "session/commands.h"
 #include "session/layouts.h"
-#include "session/not_available.h"
 
 namespace skyvault {
 namespace {
@@ -61,7 +62,8 @@ std::uint16_t CommandOfCharacter(WPARAM character) {
     return character == L'M' || character == L'm' ? std::uint16_t{kCommandMagnifyingGlass} : std::uint16_t{0};
 }
 
-void RunMenuCommand(HWND window, HINSTANCE instance, Session& session, std::uint16_t command) {
+void RunMenuCommand(HWND window, HINSTANCE instance, Session& session, const FileDialogs& fileDialogs,
+                    std::uint16_t command) {
     if (RunCommand(session, command)) return;
     switch (command) {
         case kCommandExit:
@@ -77,10 +79,13 @@ void RunMenuCommand(HWND window, HINSTANCE instance, Session& session, std::uint
             OpenHelpPage(window, HelpPage::Community);
             break;
         case kCommandOptions:
-            TellNotAvailable(session.host, L"Options");
+            if (ShowOptionsDialog(instance, window, session.settings, fileDialogs) == IDOK)
+                ApplyOptions(session);
+            // "Reset all" also sets what has check marks in the menu, and stands after Cancel too.
+            session.host.UpdateMenuChecks();
             break;
         case kCommandBatch:
-            TellNotAvailable(session.host, L"Batch processing");
+            ShowBatchDialog(instance, window, session.settings);
             break;
         default:
             break;

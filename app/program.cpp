@@ -58,8 +58,7 @@ int Run(HINSTANCE instance, int showCommand) {
     InitCommonControlsEx(&controls);
 
     const MainWindowClass windowClass(instance);
-    AppState settings = DefaultAppState();
-    settings.windowRect = DefaultWindowRectOfScreen();
+    AppState settings = DefaultSettingsOfScreen();
     LoadSettings(settings, SettingsPath(ProgramFolder()), VirtualScreen());
 
     WindowHost host(settings);

@@ -47,7 +47,8 @@ void ConsoleFeedback::Information(const std::wstring& text) {
 }
 
 void ConsoleFeedback::Error(const std::wstring& text) {
-    if (firstError_.empty()) firstError_ = text;
+    Draw({});
+    WriteMessage(text);
 }
 
 void ConsoleFeedback::BeginProgress() {

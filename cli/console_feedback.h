@@ -23,16 +23,17 @@ class ConsoleFeedback : public Feedback {
     /// "skyvault-cli: text" on a line of stderr.
     void Information(const std::wstring& text) override;
 
-    /// Kept, not written: the command says at its end in one line what went wrong. Of several the first is
-    /// the cause.
+    /// The same, also when quiet.
     void Error(const std::wstring& text) override;
-    const std::wstring& FirstError() const { return firstError_; }
 
     void BeginProgress() override;
     void SetProgress(float fraction, std::wstring_view text) override;
     void ResetProgress() override;
     void EndProgress() override;
     bool ProgressActive() const override { return active_; }
+
+    /// Takes the bar away until the next SetProgress, so that something else can be written to the line.
+    void HideBar() { Draw({}); }
 
   private:
     void Draw(const std::wstring& line);
@@ -41,7 +42,6 @@ class ConsoleFeedback : public Feedback {
     const bool drawsBar_;
     bool active_ = false;
     std::wstring shownLine_;
-    std::wstring firstError_;
 };
 
 /// A message of the program on a line of stderr: "skyvault-cli: text".

@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <new>
 
+#include "cli/batch.h"
 #include "cli/console_feedback.h"
 #include "cli/convert.h"
 #include "cli/options.h"
@@ -21,6 +22,7 @@ struct Runner {
         return announcement.status;
     }
     ExitStatus operator()(const ConvertOptions& options) const { return RunConvert(options); }
+    ExitStatus operator()(const BatchOptions& options) const { return RunBatchCommand(options); }
     ExitStatus operator()(const InfoOptions& options) const { return RunInfo(options); }
 };
 

@@ -5,6 +5,7 @@
 #include "cli/console_feedback.h"
 #include "cli/help.h"
 #include "cli/terminal.h"
+#include "cli/work_settings.h"
 #include "image/dds_cube_map.h"
 #include "image/picture_codec.h"
 #include "image/picture_files.h"
@@ -13,9 +14,8 @@
 #include "platform/parallel_rows.h"
 #include "platform/path_text.h"
 #include "projection/single_files.h"
-#include "session/import_panorama.h"
+#include "session/conversion.h"
 #include "session/progress_scope.h"
-#include "settings/settings_file.h"
 
 namespace skyvault {
 
@@ -28,22 +28,6 @@ std::wstring Quoted(const std::wstring& path) {
 ExitStatus Fail(const std::wstring& reason) {
     WriteMessage(reason);
     return kFailed;
-}
-
-/// The failure of an import or export in one line: the engine's own words when it said any, with the file
-/// they are about.
-ExitStatus FailAbout(const std::wstring& path, const ConsoleFeedback& feedback,
-                     const std::wstring& otherwise) {
-    const std::wstring& told = feedback.FirstError();
-    if (told.empty()) return Fail(otherwise + L" " + Quoted(path));
-    return Fail(told.find(path) != std::wstring::npos ? told : told + L": " + Quoted(path));
-}
-
-/// The defaults of a console run. Unlike the window's they name no folders of the user, and make none.
-AppState DefaultSettings() {
-    AppState settings;
-    settings.logo = JoinPath(JoinPath(JoinPath(ProgramFolder(), L"Media"), L"Skins"), L"Logo.png");
-    return settings;
 }
 
 /// Why nothing can be written there, found out before the work; empty when nothing speaks against it.
@@ -86,21 +70,6 @@ std::wstring DescribeFile(const std::wstring& path) {
     return cubeMap ? DescribeCubeMap(path) : DescribePicture(path);
 }
 
-float Radians(float degrees) {
-    return static_cast<float>(static_cast<double>(degrees) * 0.017453292519943295);
-}
-
-void Modify(Modifications& modifications, const ConvertOptions& options) {
-    for (const HeadingPitchRoll& turn : options.turns) {
-        RotatePanorama(modifications, Radians(turn.heading), Radians(turn.pitch), Radians(turn.roll));
-    }
-    if (options.horizon) modifications.horizonPower = *options.horizon;
-    if (options.logoSize) modifications.logoSize = *options.logoSize;
-    modifications.flipHorizontal = options.flipHorizontal;
-    modifications.mirrorTopToBottom = options.mirrorTopToBottom;
-    modifications.mirrorFrontToBack = options.mirrorFrontToBack;
-}
-
 std::wstring OutputObstacle(const ConvertOptions& options, const AppState& settings) {
     if (options.to->format != PanoramaFormat::SingleFiles || FolderExists(options.output)) {
         return FileObstacle(options.output, options);
@@ -119,12 +88,11 @@ std::wstring OutputObstacle(const ConvertOptions& options, const AppState& setti
 }
 
 /// Faces that are missing are white; somebody who named their files wants to know.
-void TellOfMissingFaces(const Panorama& panorama, const ConvertOptions& options) {
+void TellOfMissingFaces(const ConversionResult& result, const std::vector<std::wstring>& inputs) {
     constexpr const wchar_t* kNames[kFaceCount] = {L"front", L"right", L"back", L"left", L"top", L"bottom"};
-    for (std::size_t f = 0; f < options.inputs.size(); ++f) {
-        if (panorama.faces[f].IsValid()) continue;
-        WriteMessage(L"Could not open " + Quoted(options.inputs[f]) + L"; there is no " + kNames[f] +
-                     L" face");
+    for (const CubeFace face : result.missingFaces) {
+        const std::size_t f = static_cast<std::size_t>(face);
+        WriteMessage(L"Could not open " + Quoted(inputs[f]) + L"; there is no " + kNames[f] + L" face");
     }
 }
 
@@ -139,12 +107,8 @@ ExitStatus RunConvert(const ConvertOptions& options) {
         return Fail(std::wstring(options.to->name) + L" cannot be written by this version: " +
                     Quoted(options.output));
     }
-    AppState settings = DefaultSettings();
-    if (!options.settingsFile.empty()) {
-        LoadSettings(settings, options.settingsFile, {});
-        if (!settings.settingsLoaded) return Fail(L"Could not open " + Quoted(options.settingsFile));
-    }
-    for (const auto& [setting, value] : options.settings) SetFromText(settings, *setting, value);
+    AppState settings;
+    if (!LoadWorkSettings(options, settings)) return Fail(L"Could not open " + Quoted(options.settingsFile));
     const std::wstring obstacle = OutputObstacle(options, settings);
     if (!obstacle.empty()) return Fail(obstacle);
     if (IsGenerator(*options.from) && !LoadPicture(options.inputs.front()).IsValid()) {
@@ -154,31 +118,21 @@ ExitStatus RunConvert(const ConvertOptions& options) {
     SetThreadCount(options.threads);
 
     ConsoleFeedback feedback(options.quiet);
-    std::wstring infoLog;
-    bool imported = false;
-    bool exported = false;
-    bool hasPixelFormat = false;
+    ConversionResult result;
     {
         const ProgressScope progress(feedback);
-        Panorama panorama(feedback, settings, nullptr);
-        ImportPanorama(panorama, options.inputs, options.from->format);
-        imported = !panorama.IsEmpty() && feedback.FirstError().empty();
-        if (imported) {
-            if (options.from->format == PanoramaFormat::SingleFiles) TellOfMissingFaces(panorama, options);
-            hasPixelFormat = ExportPixelFormat(panorama, false) != PixelFormat::None;
-            Modify(panorama.modifications, options);
-            const Camera camera{Radians(options.camera.heading), Radians(options.camera.pitch),
-                                Radians(options.camera.roll)};
-            exported = options.to->exportTo(panorama, options.output, camera, infoLog);
-        }
+        const HeadingPitchRoll& camera = options.camera;
+        result = ConvertPanorama(
+            {options.from, options.inputs, options.to, options.output, ModificationsOf(options),
+             Camera{Radians(camera.heading), Radians(camera.pitch), Radians(camera.roll)}},
+            settings, feedback);
     }
-    if (!imported) return FailAbout(options.inputs.front(), feedback, L"Could not open");
-    if (!exported && !hasPixelFormat) {
-        return Fail(L"Could not write " + Quoted(options.output) +
-                    L": there is no front face, which decides the pixel format");
+    TellOfMissingFaces(result, options.inputs);
+    if (!result.done) return Fail(result.reason);
+    if (!options.quiet) {
+        const bool ended = result.infoLog.empty() || result.infoLog.back() == L'\n';
+        WriteText(OutputStream::Standard, result.infoLog + (ended ? L"" : L"\n"));
     }
-    if (!exported) return FailAbout(options.output, feedback, L"Could not write");
-    if (!options.quiet) WriteText(OutputStream::Standard, infoLog);
     return kDone;
 }
 

@@ -1,5 +1,7 @@
 #include "cli/help.h"
 
+#include "session/batch.h"
+
 namespace skyvault {
 
 namespace {
@@ -24,6 +26,9 @@ std::string LayoutNames(bool (*fits)(const LayoutRow&)) {
 bool CanRead(const LayoutRow& layout) {
     return IsImportLayout(layout) && layout.ImportReady();
 }
+bool IsInBatch(const LayoutRow& layout) {
+    return static_cast<int>(layout.format) < kBatchLayoutCount;
+}
 bool CanWrite(const LayoutRow& layout) {
     return IsExportLayout(layout) && layout.ExportReady();
 }
@@ -47,6 +52,7 @@ std::string MainFooter() {
            "COMMAND --help describes a command.\n\nExamples:\n"
            "  skyvault-cli convert --from equirectangular --to preview lake.jpg view.png\n"
            "  skyvault-cli generate voronoi --palette sunset.png --to equirectangular cells.png\n"
+           "  skyvault-cli batch --from equirectangular --to dds photos cubemaps\n"
            "  skyvault-cli info lake.jpg";
 }
 
@@ -81,6 +87,22 @@ std::string GenerateFooter() {
            "  A football from inside, its pentagons and hexagons from the texture's two frames:\n"
            "    skyvault-cli generate football --palette \"Texture football, 2 frames.png\" \\\n"
            "        --set PolyhedraFrames=2 --to preview football.png";
+}
+
+std::string BatchFooter() {
+    return "Layouts:\n" + LayoutNames(IsInBatch) +
+           "\n"
+           "Every file directly in SOURCE_DIR whose type fits --from is converted; a result is named after\n"
+           "its source. DDS cube maps get the prefix cubemap_, sphere maps spheremap_. Of six single files\n"
+           "the one with the front face's part (FileNamingSystem) stands for all. What fails is named on\n"
+           "stderr and the rest is converted; the last line on stdout counts. Exit status 1: any failed.\n\n"
+           "Examples:\n"
+           "  A folder of photos as cube maps, in six files each:\n"
+           "    skyvault-cli batch --from equirectangular --to single-files --extension jpg \\\n"
+           "        --subfolders photos faces\n"
+           "  The second of four machines, started again after an interruption:\n"
+           "    skyvault-cli batch --from equirectangular --to dds --shard 2/4 --skip-existing \\\n"
+           "        photos cubemaps";
 }
 
 std::string InfoFooter() {

@@ -17,6 +17,7 @@ bool IsGenerator(const LayoutRow& layout);
 std::string MainFooter();
 std::string ConvertFooter();
 std::string GenerateFooter();
+std::string BatchFooter();
 std::string InfoFooter();
 
 }  // namespace skyvault

@@ -90,6 +90,9 @@ class HelpFormatter : public CLI::Formatter {
             return "Usage: skyvault-cli convert --from LAYOUT --to LAYOUT [OPTIONS] INPUT... OUTPUT\n";
         if (name == "generate")
             return "Usage: skyvault-cli generate KIND --palette FILE --to LAYOUT [OPTIONS] OUTPUT\n";
+        if (name == "batch")
+            return "Usage: skyvault-cli batch --from LAYOUT --to LAYOUT [OPTIONS] SOURCE_DIR "
+                   "DESTINATION_DIR\n";
         if (name == "info") return "Usage: skyvault-cli info FILE\n";
         return "Usage: skyvault-cli COMMAND ...\n";
     }
@@ -97,15 +100,15 @@ class HelpFormatter : public CLI::Formatter {
 
 /// What the parser collects as text; Checked makes the real options of it.
 struct ConvertTexts {
-    std::string from, to, palette, settingsFile;
-    std::optional<std::string> seed, horizon, logoSize, camera, threads;
+    std::string from, to, palette, extension, settingsFile;
+    std::optional<std::string> seed, horizon, logoSize, camera, threads, shard;
     std::vector<std::string> settings, turns, files;
-    ConvertOptions options;
+    WorkOptions flags;
+    bool subfolders = false, skipExisting = false;
 };
 
-/// What convert and generate share.
-void DefineExport(CLI::App& convert, ConvertTexts& texts) {
-    convert.add_option("--to", texts.to, "The layout of OUTPUT")->required()->type_name("LAYOUT");
+/// What convert, generate and batch share.
+void DefineWork(CLI::App& convert, ConvertTexts& texts) {
     convert.add_option("--set", texts.settings, "Sets a setting by its key in the settings file; repeatable")
         ->allow_extra_args(false)
         ->type_name("KEY=VALUE");
@@ -122,15 +125,21 @@ void DefineExport(CLI::App& convert, ConvertTexts& texts) {
         ->type_name("P");
     convert.add_option("--logo-size", texts.logoSize, "Size of the logo at the nadir, 0 (none) to 1")
         ->type_name("S");
-    convert.add_flag("--flip-horizontal", texts.options.flipHorizontal,
+    convert.add_flag("--flip-horizontal", texts.flags.flipHorizontal,
                      "Exchanges the front with the right, the back with the left");
-    convert.add_flag("--mirror-top-to-bottom", texts.options.mirrorTopToBottom,
+    convert.add_flag("--mirror-top-to-bottom", texts.flags.mirrorTopToBottom,
                      "Shows the upper half below, too");
-    convert.add_flag("--mirror-front-to-back", texts.options.mirrorFrontToBack,
+    convert.add_flag("--mirror-front-to-back", texts.flags.mirrorFrontToBack,
                      "Shows the front half behind, too");
-    convert.add_option("--camera", texts.camera, "Where the preview looks, in degrees")->type_name("H,P,R");
     convert.add_option("--threads", texts.threads, "Threads to work with; 0: one per core")->type_name("N");
-    convert.add_flag("-q,--quiet", texts.options.quiet, "Prints nothing but errors");
+    convert.add_flag("-q,--quiet", texts.flags.quiet, "Prints nothing but errors");
+}
+
+/// Where convert and generate write to.
+void DefineExport(CLI::App& convert, ConvertTexts& texts) {
+    convert.add_option("--to", texts.to, "The layout of OUTPUT")->required()->type_name("LAYOUT");
+    DefineWork(convert, texts);
+    convert.add_option("--camera", texts.camera, "Where the preview looks, in degrees")->type_name("H,P,R");
 }
 
 void DefineConvert(CLI::App& app, ConvertTexts& texts) {
@@ -157,10 +166,29 @@ void DefineGenerate(CLI::App& app, ConvertTexts& texts) {
         ->type_name("");
 }
 
-/// Everything but where the panorama comes from and goes to.
-ConvertOptions CheckedExport(ConvertTexts& texts) {
-    ConvertOptions options = texts.options;
-    options.to = ParseLayout("--to", texts.to, IsExportLayout);
+void DefineBatch(CLI::App& app, ConvertTexts& texts) {
+    CLI::App& batch = *app.add_subcommand("batch", "Converts every panorama of a folder");
+    batch.footer(BatchFooter());
+    batch.add_option("--from", texts.from, "The layout of the sources")->required()->type_name("LAYOUT");
+    batch.add_option("--to", texts.to, "The layout to write")->required()->type_name("LAYOUT");
+    batch
+        .add_option("--extension", texts.extension,
+                    "File type: bmp jpg gif tif png; dds and qtvr bring their own (default: png)")
+        ->type_name("EXT");
+    batch.add_flag("--subfolders", texts.subfolders,
+                   "Puts the six files of --to single-files into a folder for each panorama");
+    batch.add_flag("--skip-existing", texts.skipExisting, "Leaves out what has its result already");
+    batch.add_option("--shard", texts.shard, "Converts the K-th of N equal parts of the sorted folder only")
+        ->type_name("K/N");
+    DefineWork(batch, texts);
+    batch.add_option("FILES", texts.files, "SOURCE_DIR DESTINATION_DIR: both must exist")->type_name("");
+}
+
+/// What DefineWork takes.
+template <typename Options>
+Options CheckedWork(ConvertTexts& texts) {
+    Options options;
+    static_cast<WorkOptions&>(options) = texts.flags;
     options.settingsFile = FromUtf8(texts.settingsFile);
     for (const std::string& text : texts.settings) options.settings.push_back(ParseSetting(text));
     for (const std::string& text : texts.turns) options.turns.push_back(ParseAngles("--turn", text));
@@ -175,9 +203,16 @@ ConvertOptions CheckedExport(ConvertTexts& texts) {
                           options.threads < 0 || options.threads > 1024)) {
         Refuse("--threads takes a number from 0 to 1024, not \"" + *texts.threads + "\"");
     }
-    if (texts.camera) options.camera = ParseAngles("--camera", *texts.camera);
     if (std::find(texts.files.begin(), texts.files.end(), "") != texts.files.end())
         Refuse("A file name is empty");
+    return options;
+}
+
+/// Everything but where the panorama comes from.
+ConvertOptions CheckedExport(ConvertTexts& texts) {
+    ConvertOptions options = CheckedWork<ConvertOptions>(texts);
+    options.to = ParseLayout("--to", texts.to, IsExportLayout);
+    if (texts.camera) options.camera = ParseAngles("--camera", *texts.camera);
     return options;
 }
 
@@ -216,6 +251,63 @@ ConvertOptions CheckedGenerate(ConvertTexts& texts) {
     return options;
 }
 
+/// The extension a batch writes to the layout: the one asked for, or else the layout's own or png.
+std::wstring CheckedExtension(const LayoutRow& layout, const std::string& asked) {
+    const std::span<const wchar_t* const> all = BatchExtensions();
+    const int format = static_cast<int>(layout.format);
+    const std::wstring wide = FromUtf8(asked);
+    const auto known = std::find(all.begin(), all.end(), wide);
+    if (!asked.empty() && known == all.end()) {
+        Refuse("--extension is one of dds mov bmp jpg gif tif png, not \"" + asked + "\"");
+    }
+    const int wanted = known != all.end() ? static_cast<int>(known - all.begin()) : -1;
+    const int fitting = BatchExtensionForLayout(format, wanted);
+    const std::string own = ToUtf8(all[static_cast<std::size_t>(fitting)]);
+    if (!asked.empty() && fitting != wanted) {
+        Refuse(std::string("--to ") + layout.consoleName + " does not go with --extension " + asked +
+               ", but with " + own);
+    }
+    return FromUtf8(own);
+}
+
+/// "2/5"
+void ParseShard(const std::string& text, BatchOptions& options) {
+    const std::wstring wide = FromUtf8(text);
+    const std::size_t slash = std::min(wide.find(L'/'), wide.size());
+    const std::wstring_view view = wide;
+    const bool numbers = slash < wide.size() && ParseWholeInteger(view.substr(0, slash), options.shard) &&
+                         ParseWholeInteger(view.substr(slash + 1), options.shards);
+    if (!numbers || options.shard < 1 || options.shard > options.shards) {
+        Refuse("--shard takes K/N with 1 <= K <= N, not \"" + text + "\"");
+    }
+}
+
+const LayoutRow& ParseBatchLayout(const std::string& option, const std::string& name) {
+    const LayoutRow* const layout = ParseLayout(option, name, IsExportLayout);
+    if (static_cast<int>(layout->format) >= kBatchLayoutCount) {
+        Refuse(option + ": a batch does not know \"" + name + "\"");
+    }
+    return *layout;
+}
+
+BatchOptions CheckedBatch(ConvertTexts& texts) {
+    BatchOptions options = CheckedWork<BatchOptions>(texts);
+    const LayoutRow& to = ParseBatchLayout("--to", texts.to);
+    options.job.from = ParseBatchLayout("--from", texts.from).format;
+    options.job.to = to.format;
+    options.job.extension = CheckedExtension(to, texts.extension);
+    options.job.subfolders = texts.subfolders;
+    if (texts.subfolders && to.format != PanoramaFormat::SingleFiles) {
+        Refuse("--subfolders goes with --to single-files only");
+    }
+    options.skipExisting = texts.skipExisting;
+    if (texts.shard) ParseShard(*texts.shard, options);
+    if (texts.files.size() != 2) Refuse("batch takes a SOURCE_DIR and a DESTINATION_DIR");
+    options.job.sourceFolder = FromUtf8(texts.files.front());
+    options.job.destinationFolder = FromUtf8(texts.files.back());
+    return options;
+}
+
 Announcement WrongUsage(std::string reason, const std::string& command) {
     while (!reason.empty() && (reason.back() == '\n' || reason.back() == '.')) reason.pop_back();
     std::replace(reason.begin(), reason.end(), '\n', ' ');
@@ -234,9 +326,10 @@ Command ParseArguments(const std::vector<std::wstring>& arguments) {
     app.require_subcommand(1);
     app.formatter(std::make_shared<HelpFormatter>());
 
-    ConvertTexts convertTexts, generateTexts;
+    ConvertTexts convertTexts, generateTexts, batchTexts;
     DefineConvert(app, convertTexts);
     DefineGenerate(app, generateTexts);
+    DefineBatch(app, batchTexts);
     CLI::App& info = *app.add_subcommand("info", "Describes a picture file");
     std::string infoPath;
     info.footer(InfoFooter());
@@ -256,6 +349,7 @@ Command ParseArguments(const std::vector<std::wstring>& arguments) {
             if (infoPath.empty()) Refuse("A file name is empty");
             return InfoOptions{FromUtf8(infoPath)};
         }
+        if (command() == "batch") return CheckedBatch(batchTexts);
         return command() == "generate" ? CheckedGenerate(generateTexts) : CheckedConvert(convertTexts);
     } catch (const CLI::CallForHelp&) {
         return Announcement{kDone, FromUtf8(app.help())};
@@ -267,7 +361,8 @@ Command ParseArguments(const std::vector<std::wstring>& arguments) {
             if (extra.starts_with("-")) return WrongUsage("There is no option " + extra, command());
             if (command().empty()) return WrongUsage("There is no command \"" + extra + "\"", "");
         }
-        if (command().empty()) return WrongUsage("What to do? Name a command: convert, generate or info", "");
+        if (command().empty())
+            return WrongUsage("What to do? Name a command: convert, generate, batch or info", "");
         return WrongUsage(error.what(), command());
     } catch (const CLI::ParseError& error) {
         return WrongUsage(error.what(), command());

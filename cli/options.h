@@ -8,6 +8,7 @@
 #include <variant>
 #include <vector>
 
+#include "session/batch.h"
 #include "session/layouts.h"
 #include "settings/settings_table.h"
 
@@ -26,11 +27,9 @@ struct HeadingPitchRoll {
     float heading = 0, pitch = 0, roll = 0;
 };
 
-/// skyvault-cli convert, and generate: a generator makes the panorama from its palette or texture picture.
-struct ConvertOptions {
-    const LayoutRow* from = nullptr;  ///< never the preview or the web page; a generator for generate
-    const LayoutRow* to = nullptr;    ///< never a generator
-    std::wstring settingsFile;        ///< empty: the program's defaults
+/// What every command that converts takes.
+struct WorkOptions {
+    std::wstring settingsFile;                                      ///< empty: the program's defaults
     std::vector<std::pair<const Setting*, std::wstring>> settings;  ///< each fits its type
     std::vector<HeadingPitchRoll> turns;
     std::optional<float> horizon;
@@ -38,12 +37,26 @@ struct ConvertOptions {
     bool flipHorizontal = false;
     bool mirrorTopToBottom = false;
     bool mirrorFrontToBack = false;
+    int threads = 0;  ///< 0: one per core
+    bool quiet = false;
+};
+
+/// skyvault-cli convert, and generate: a generator makes the panorama from its palette or texture picture.
+struct ConvertOptions : WorkOptions {
+    const LayoutRow* from = nullptr;  ///< never the preview or the web page; a generator for generate
+    const LayoutRow* to = nullptr;    ///< never a generator
     HeadingPitchRoll camera;
     std::vector<std::wstring> inputs;  ///< six for single files, else one
     std::wstring output;
     std::optional<std::uint32_t> seed;  ///< of the random numbers; without it the clock's
-    int threads = 0;                    ///< 0: one per core
-    bool quiet = false;
+};
+
+/// skyvault-cli batch
+struct BatchOptions : WorkOptions {
+    BatchJob job;
+    int shard = 1;  ///< 1 .. shards
+    int shards = 1;
+    bool skipExisting = false;
 };
 
 /// skyvault-cli info
@@ -57,7 +70,7 @@ struct Announcement {
     std::wstring text;  ///< whole lines
 };
 
-using Command = std::variant<Announcement, ConvertOptions, InfoOptions>;
+using Command = std::variant<Announcement, ConvertOptions, BatchOptions, InfoOptions>;
 
 /// arguments: without the program's own name.
 Command ParseArguments(const std::vector<std::wstring>& arguments);

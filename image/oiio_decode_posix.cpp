@@ -14,6 +14,7 @@
 
 #include "image/area_scale.h"
 #include "image/gif_frames.h"
+#include "image/jpeg_end.h"
 #include "image/oiio_system_posix.h"
 #include "image/picture_codec.h"
 #include "image/picture_header.h"
@@ -93,6 +94,11 @@ bool OpenPicture::CountFrames(const std::wstring& path, std::uint32_t frame) {
     return frame < frameCount;
 }
 
+bool IsCut(const std::wstring& path) {
+    std::vector<std::byte> file;
+    return !ReadWholeFile(path, file) || !JpegReachesItsEnd(file);
+}
+
 bool OpenPicture::Open(const std::wstring& path, std::uint32_t frame) {
     // Opening a pipe would wait for its other end.
     if (!std::filesystem::is_regular_file(ToUtf8(path))) return false;
@@ -101,6 +107,7 @@ bool OpenPicture::Open(const std::wstring& path, std::uint32_t frame) {
     if (header.kind == PictureKind::Gif && std::uint64_t{header.width} * header.height >= (1u << 29)) {
         return false;  // its canvas in bytes is counted in 31 bits
     }
+    if (header.kind == PictureKind::Jpeg && IsCut(path)) return false;
     PrepareOiio();
     input = OIIO::ImageInput::create(OiioName(header.kind));
     if (!input) return false;

@@ -42,6 +42,10 @@ bool CreateFolder(const std::wstring& path) {
     return FolderExists(folder);
 }
 
+bool RemoveEmptyFolder(const std::wstring& path) {
+    return RemoveOneFolder(path);
+}
+
 bool RemoveFolderOfFiles(const std::wstring& path) {
     if (!FolderExists(path)) return true;
     for (const std::wstring& name : FindFiles(path)) RemoveFile(JoinPath(path, name));

@@ -13,6 +13,9 @@ namespace skyvault {
 bool FileExists(const std::wstring& path);
 bool FolderExists(const std::wstring& path);
 
+/// True when both paths lead to one folder, however they are spelled.
+bool SameFolder(const std::wstring& a, const std::wstring& b);
+
 /// Size in bytes; 0 when the file cannot be found or the path is empty.
 std::uint64_t FileSizeOf(const std::wstring& path);
 
@@ -23,6 +26,9 @@ bool MoveToNewName(const std::wstring& from, const std::wstring& to);
 bool MoveOver(const std::wstring& from, const std::wstring& to);
 
 bool RemoveFile(const std::wstring& path);
+
+/// False, and the folder stays, when anything is in it.
+bool RemoveEmptyFolder(const std::wstring& path);
 
 /// Removes a folder that holds files only, with the files; true when there is no such folder (any more).
 bool RemoveFolderOfFiles(const std::wstring& path);

@@ -42,6 +42,13 @@ bool FolderExists(const std::wstring& path) {
     return Status(path, status) && S_ISDIR(status.st_mode);
 }
 
+bool SameFolder(const std::wstring& a, const std::wstring& b) {
+    struct stat first {
+    }, second{};
+    return Status(a, first) && Status(b, second) && S_ISDIR(first.st_mode) && first.st_dev == second.st_dev &&
+           first.st_ino == second.st_ino;
+}
+
 std::uint64_t FileSizeOf(const std::wstring& path) {
     struct stat status {};
     return Status(path, status) && !S_ISDIR(status.st_mode) ? static_cast<std::uint64_t>(status.st_size) : 0;

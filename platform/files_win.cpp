@@ -16,6 +16,16 @@ std::wstring ShellFolder(int csidl) {
                                                                                           : std::wstring();
 }
 
+/// What tells folders apart: the volume and the number on it. False when there is no such folder.
+bool FolderIdentity(const std::wstring& path, BY_HANDLE_FILE_INFORMATION& identity) {
+    const HANDLE folder = CreateFileW(path.c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                      nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+    if (folder == INVALID_HANDLE_VALUE) return false;
+    const bool known = GetFileInformationByHandle(folder, &identity);
+    CloseHandle(folder);
+    return known && (identity.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY);
+}
+
 }  // namespace
 
 bool FileExists(const std::wstring& path) {
@@ -26,6 +36,13 @@ bool FileExists(const std::wstring& path) {
 bool FolderExists(const std::wstring& path) {
     const DWORD attributes = GetFileAttributesW(path.c_str());
     return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY);
+}
+
+bool SameFolder(const std::wstring& a, const std::wstring& b) {
+    BY_HANDLE_FILE_INFORMATION first{}, second{};
+    return FolderIdentity(a, first) && FolderIdentity(b, second) &&
+           first.dwVolumeSerialNumber == second.dwVolumeSerialNumber &&
+           first.nFileIndexHigh == second.nFileIndexHigh && first.nFileIndexLow == second.nFileIndexLow;
 }
 
 std::uint64_t FileSizeOf(const std::wstring& path) {

@@ -298,8 +298,11 @@ TEST(PictureFiles, CutFilesNeverBringDownTheProgram) {
         for (std::size_t size = 0; size < whole.size(); size += 1 + size / 8) {
             ASSERT_TRUE(test::WriteFile(
                 path, Bytes(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size))));
-            // What is left of a picture may be shown, if it has its size.
+            // What is left of a picture may be shown, if it has its size; of a JPEG it would be grey.
             const Image image = LoadPicture(path);
+            if (*(extension + 1) == L'j') {
+                EXPECT_FALSE(image.IsValid()) << "cut at " << size;
+            }
             if (image.IsValid()) {
                 EXPECT_EQ(image.width, source.width) << ToUtf8(extension) << " cut at " << size;
             }

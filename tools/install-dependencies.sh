@@ -1,7 +1,8 @@
 #!/bin/bash
 # Installs the Debian packages that building and testing need; does nothing when all are there.
-#   tools/install-dependencies.sh build   what ./run.sh needs
-#   tools/install-dependencies.sh test    that, and what ./test.sh needs
+#   tools/install-dependencies.sh build     what ./run.sh needs
+#   tools/install-dependencies.sh package   that, and what ./package.sh needs
+#   tools/install-dependencies.sh test      that, and what ./test.sh needs
 set -euo pipefail
 
 build=(
@@ -14,13 +15,17 @@ build=(
     fonts-liberation fonts-wine                                 # its fonts
     xdotool imagemagick                                         # keys and screenshots
 )
+package=(
+    nsis zip unzip                                              # the installer, the portable zip
+)
 test=(
     g++ pkg-config libopenimageio-dev                           # the engine and the console on Linux
     clang-format clang-tidy                                     # style and static checks
 )
 
 packages=("${build[@]}")
-[ "${1:-test}" = build ] || packages+=("${test[@]}")
+[ "${1:-test}" = build ] || packages+=("${package[@]}")
+[ "${1:-test}" != test ] || packages+=("${test[@]}")
 
 missing=()
 for package in "${packages[@]}"; do

@@ -15,7 +15,8 @@ fi
 root=$(cd "$(dirname "$0")/.." && pwd)
 base="$root/build/wine"
 mkdir -p "$base"
-export WINEARCH=win64 WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml,winedbg.exe=d"
+# The menu builder would put the shortcuts of installers into the real home.
+export WINEARCH=win64 WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml,winedbg.exe,winemenubuilder.exe=d"
 
 run=$(mktemp -d "$base/run.XXXXXX")
 finish() {

@@ -4,11 +4,8 @@
 #include <windows.h>
 // After windows.h:
 #include <commctrl.h>
-#include <objbase.h>
 
 #include <algorithm>
-#include <functional>
-#include <thread>
 #include <vector>
 
 #include "app/about_box.h"
@@ -19,28 +16,11 @@
 #include "image/picture_codec.h"
 #include "resources/resource_ids.h"
 #include "tests/temporary_folder.h"
+#include "tests/window/in_background.h"
 #include "tests/window/window_driver.h"
 
 namespace skyvault::test {
 namespace {
-
-/// Does something that waits for the user, on a user-interface thread of its own.
-class InBackground {
-  public:
-    explicit InBackground(std::function<void()> what)
-        : thread_([what = std::move(what)] {
-              CoInitialize(nullptr);
-              what();
-              CoUninitialize();
-          }) {}
-    ~InBackground() { Join(); }
-    void Join() {
-        if (thread_.joinable()) thread_.join();
-    }
-
-  private:
-    std::thread thread_;
-};
 
 TEST(MessageBoxes, ShowTheirTextUnderTheProgramsName) {
     for (const bool isError : {false, true}) {
@@ -208,11 +188,7 @@ TEST(FolderPicker, ReturnsTheFolderOrNothing) {
         InBackground ask([&] { result = AskForFolder(nullptr, L"Select source folder", folder.Path()); });
         const HWND dialog = WaitForDialog(L"Select source folder");
         ASSERT_NE(dialog, nullptr);
-        constexpr int kNameBox = 1152;
-        HWND name = nullptr;
-        ASSERT_TRUE(Eventually([&] { return (name = GetDlgItem(dialog, kNameBox)) != nullptr; }));
-        SendMessageW(name, WM_SETTEXT, 0, reinterpret_cast<LPARAM>((folder / L"in side").c_str()));
-        EXPECT_TRUE(PressButton(dialog, cancel ? IDCANCEL : IDOK));
+        EXPECT_TRUE(AnswerFolderPicker(dialog, folder / L"in side", cancel ? IDCANCEL : IDOK));
         ask.Join();
         EXPECT_EQ(result, cancel ? L"" : folder / L"in side");
     }

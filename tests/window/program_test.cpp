@@ -368,19 +368,10 @@ TEST_F(Program, LostDeviceIsReplacedAndThePictureDrawnAgain) {
     EXPECT_TRUE(Shows(program, kMiddleX, kMiddleY, {1830, 900}));
 }
 
-TEST_F(Program, CommandsNotThereYetSaySo) {
+TEST_F(Program, AboutBoxBelongsToTheWindow) {
     PutSettings(&settings_);
     RunningProgram program;
     ASSERT_NE(program.Window(), nullptr);
-    for (const auto& [command, text] :
-         {std::pair{kCommandOptions, L"Options is not available in this version yet."},
-          {kCommandBatch, L"Batch processing is not available in this version yet."}}) {
-        program.StartCommand(command);
-        const HWND box = WaitForMessage();
-        ASSERT_NE(box, nullptr);
-        EXPECT_EQ(MessageText(box), text);
-        EXPECT_TRUE(PressButton(box, IDOK));
-    }
     program.StartCommand(kCommandAbout);
     const HWND about = WaitForDialog(L"About Skyvault");
     ASSERT_NE(about, nullptr);

@@ -257,12 +257,23 @@ bool PressButton(HWND dialog, int id) {
     return WaitUntilClosed(dialog);
 }
 
-bool AnswerFileDialog(HWND dialog, const std::wstring& path) {
-    constexpr int kNameBox = 1148;
+namespace {
+
+bool AnswerDialog(HWND dialog, int nameBox, const std::wstring& path, int button) {
     HWND name = nullptr;
-    if (!Eventually([&] { return (name = GetDlgItem(dialog, kNameBox)) != nullptr; })) return false;
+    if (!Eventually([&] { return (name = GetDlgItem(dialog, nameBox)) != nullptr; })) return false;
     SendMessageW(name, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(path.c_str()));
-    return PressButton(dialog, IDOK);
+    return PressButton(dialog, button);
+}
+
+}  // namespace
+
+bool AnswerFileDialog(HWND dialog, const std::wstring& path) {
+    return AnswerDialog(dialog, 1148, path, IDOK);
+}
+
+bool AnswerFolderPicker(HWND dialog, const std::wstring& path, int button) {
+    return AnswerDialog(dialog, 1152, path, button);
 }
 
 void ChooseFilter(HWND dialog, int index) {

@@ -78,6 +78,8 @@ std::wstring MessageText(HWND box);
 bool PressButton(HWND dialog, int id);
 /// Sets the name in a file dialog and presses its button.
 bool AnswerFileDialog(HWND dialog, const std::wstring& path);
+/// The same for the folder picker; button: IDOK or IDCANCEL.
+bool AnswerFolderPicker(HWND dialog, const std::wstring& path, int button = IDOK);
 /// Chooses from a save dialog's list of file types, 1-based, as the mouse would.
 void ChooseFilter(HWND dialog, int index);
 int ChosenFilter(HWND dialog);

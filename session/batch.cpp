@@ -1,0 +1,238 @@
+#include "session/batch.h"
+
+#include <algorithm>
+#include <array>
+#include <cassert>
+#include <iterator>
+#include <set>
+
+#include "image/picture_codec.h"
+#include "platform/files.h"
+#include "platform/path_text.h"
+#include "platform/text_case.h"
+#include "projection/single_files.h"
+#include "session/conversion.h"
+
+namespace skyvault {
+namespace {
+
+constexpr int kDds = 0, kMov = 1, kPng = 6;
+constexpr std::array kExtensions = {L"dds", L"mov", L"bmp", L"jpg", L"gif", L"tif", L"png"};
+constexpr int kDdsLayout = static_cast<int>(PanoramaFormat::DirectXDds);
+constexpr int kQtvrLayout = static_cast<int>(PanoramaFormat::QuickTimeVr);
+
+bool IsPicture(int extension) {
+    return extension > kMov && extension < static_cast<int>(kExtensions.size());
+}
+
+/// Upper-case extensions of the files a layout is read from.
+std::set<std::wstring> SourceExtensions(PanoramaFormat layout) {
+    if (layout == PanoramaFormat::DirectXDds) return {L"DDS"};
+    if (layout == PanoramaFormat::QuickTimeVr) return {L"MOV"};
+    // The last two are read without a codec.
+    std::vector<std::wstring> codecs = ReadableExtensions();
+    std::set<std::wstring> extensions(codecs.begin(), codecs.end());
+    extensions.insert({L"DDS", L"TGA"});
+    return extensions;
+}
+
+/// Where the front face's name part stands in the path: where a naming system puts it, else where it comes
+/// last. The path must contain it.
+std::size_t FindFrontPart(const std::wstring& path, int namingSystem) {
+    const std::wstring part = FaceAffix(namingSystem, 0);
+    const std::size_t nameStart = path.size() - FileNamePart(path).size();
+    const std::wstring stem = WithoutExtension(FileNamePart(path));
+    if (!part.starts_with(L"_") && part.size() > 1 && stem.starts_with(part)) return nameStart;
+    if (stem.ends_with(part)) return nameStart + stem.size() - part.size();
+    return path.rfind(part);
+}
+
+/// The six paths of the panorama whose front face this is.
+std::vector<std::wstring> FacePaths(const std::wstring& front, int namingSystem) {
+    const std::size_t place = FindFrontPart(front, namingSystem);
+    const std::size_t length = std::wstring_view(FaceAffix(namingSystem, 0)).size();
+    std::vector<std::wstring> paths(kFaceCount, front);
+    for (int f = 1; f < kFaceCount; ++f) {
+        paths[static_cast<std::size_t>(f)].replace(place, length, FaceAffix(namingSystem, f));
+    }
+    return paths;
+}
+
+/// The panoramas among the files: those whose path contains the front face's part, and that are not
+/// themselves another's face ("pano101" is one of the faces of "pano100").
+std::vector<std::vector<std::wstring>> GroupFaces(const std::vector<std::wstring>& files, int namingSystem) {
+    const std::wstring part = FaceAffix(namingSystem, 0);
+    std::vector<std::vector<std::wstring>> panoramas;
+    if (part.empty()) return panoramas;
+    for (const std::wstring& file : files) {
+        if (file.find(part) != std::wstring::npos) panoramas.push_back(FacePaths(file, namingSystem));
+    }
+    std::set<std::wstring> otherFaces;
+    for (const auto& faces : panoramas) otherFaces.insert(faces.begin() + 1, faces.end());
+    std::erase_if(panoramas, [&](const auto& faces) { return otherFaces.contains(faces.front()); });
+    return panoramas;
+}
+
+std::vector<std::vector<std::wstring>> FindSources(const BatchJob& job, int namingSystem) {
+    const std::set<std::wstring> extensions = SourceExtensions(job.from);
+    std::vector<std::wstring> files;
+    for (const std::wstring& name : FindFiles(job.sourceFolder)) {
+        if (name.find(L'.') == std::wstring::npos || !extensions.contains(UpperExtension(name))) continue;
+        std::wstring path = JoinPath(job.sourceFolder, name);
+        if (FileExists(path)) files.push_back(std::move(path));
+    }
+    if (job.from == PanoramaFormat::SingleFiles) return GroupFaces(files, namingSystem);
+    std::vector<std::vector<std::wstring>> sources;
+    for (std::wstring& file : files) sources.push_back({std::move(file)});
+    return sources;
+}
+
+std::wstring OutputOf(const BatchJob& job, const std::wstring& source) {
+    const std::wstring stem = WithoutExtension(FileNamePart(source));
+    std::wstring folder = job.destinationFolder, prefix;
+    std::wstring extension = job.extension;
+    if (job.to == PanoramaFormat::DirectXDds) prefix = L"cubemap_";
+    if (job.to == PanoramaFormat::SphereMap) prefix = L"spheremap_";
+    if (job.to == PanoramaFormat::QuickTimeVr) extension = kExtensions[kMov];
+    if (job.to == PanoramaFormat::SingleFiles && job.subfolders) folder = JoinPath(folder, stem);
+    return JoinPath(folder, prefix + stem + L"." + extension);
+}
+
+/// The files that will be there when the panorama has been written.
+std::vector<std::wstring> ResultsOf(const BatchJob& job, const std::wstring& output, int namingSystem) {
+    if (job.to != PanoramaFormat::SingleFiles) return {output};
+    std::vector<std::wstring> files;
+    for (int f = 0; f < kFaceCount; ++f) {
+        files.push_back(SingleFilePath(output, namingSystem, static_cast<CubeFace>(f)));
+    }
+    return files;
+}
+
+/// Nothing that happens to one panorama is shown: the run goes on, and its outcome is told at the end.
+class Silence final : public Feedback {
+  public:
+    void Information(const std::wstring&) override {}
+    void Error(const std::wstring&) override {}
+    void BeginProgress() override {}
+    void SetProgress(float, std::wstring_view) override {}
+    void ResetProgress() override {}
+    void EndProgress() override {}
+    bool ProgressActive() const override { return false; }
+};
+
+class Run {
+  public:
+    Run(const BatchJob& job, const AppState& settings, const std::vector<BatchItem>& items)
+        : job_(job), settings_(settings), from_(FindLayout(job.from)), to_(FindLayout(job.to)) {
+        // One folder can have two names.
+        if (!SameFolder(job.sourceFolder, job.destinationFolder)) return;
+        for (const BatchItem& item : items) {
+            for (const std::wstring& source : item.sources) sourceNames_.insert(NameKey(source));
+        }
+    }
+
+    bool HasResults(const BatchItem& item) const {
+        const std::vector<std::wstring> results = Results(item);
+        return std::all_of(results.begin(), results.end(), FileExists);
+    }
+
+    /// Empty when it was written, else why not.
+    std::wstring Convert(const BatchItem& item) {
+        for (const std::wstring& result : Results(item)) {
+            if (ReplacesSource(result)) {
+                return L"Could not write \"" + result + L"\": it is one of the source files";
+            }
+        }
+        const std::wstring folder(FolderPart(item.output));
+        const bool isNew = !FolderExists(folder);
+        if (isNew && !CreateFolder(folder)) return L"Could not create the folder \"" + folder + L"\"";
+        const ConversionResult result = ConvertPanorama(
+            {from_, item.sources, to_, item.output, job_.modifications, {}}, settings_, silence_);
+        if (result.done) return {};
+        if (isNew) RemoveEmptyFolder(folder);
+        return result.reason;
+    }
+
+  private:
+    static std::wstring NameKey(const std::wstring& path) {
+        return LowerCase(std::wstring(FileNamePart(path)));
+    }
+    std::vector<std::wstring> Results(const BatchItem& item) const {
+        return ResultsOf(job_, item.output, settings_.fileNamingSystem);
+    }
+    bool ReplacesSource(const std::wstring& result) const {
+        const bool inSubfolder = job_.to == PanoramaFormat::SingleFiles && job_.subfolders;
+        return !inSubfolder && sourceNames_.contains(NameKey(result));
+    }
+
+    const BatchJob& job_;
+    const AppState& settings_;
+    const LayoutRow *const from_, *const to_;
+    std::set<std::wstring> sourceNames_;  ///< empty unless the results go where the sources are
+    Silence silence_;
+};
+
+}  // namespace
+
+std::span<const wchar_t* const> BatchExtensions() {
+    return kExtensions;
+}
+
+int BatchExtensionForLayout(int layout, int extension) {
+    if (layout == kDdsLayout) return kDds;
+    if (layout == kQtvrLayout) return kMov;
+    return IsPicture(extension) ? extension : kPng;
+}
+
+int BatchLayoutForExtension(int extension, int layout) {
+    if (extension == kDds) return kDdsLayout;
+    if (extension == kMov) return kQtvrLayout;
+    const bool ownType = layout == kDdsLayout || layout == kQtvrLayout;
+    return ownType ? static_cast<int>(PanoramaFormat::Equirectangular) : layout;
+}
+
+BatchPlan PlanBatch(const BatchJob& job, int namingSystem) {
+    if (job.destinationFolder == job.sourceFolder) {
+        return {L"Destination folder must be different from the source folder", {}};
+    }
+    if (!FolderExists(job.sourceFolder)) return {L"Source folder does not exist", {}};
+    if (!FolderExists(job.destinationFolder)) return {L"Destination folder does not exist", {}};
+    BatchPlan plan;
+    for (std::vector<std::wstring>& sources : FindSources(job, namingSystem)) {
+        const std::wstring output = OutputOf(job, sources.front());
+        plan.items.push_back({std::move(sources), output});
+    }
+    if (plan.items.empty()) plan.obstacle = L"No files found in source folder";
+    return plan;
+}
+
+BatchCounts RunBatch(const BatchJob& job, const std::vector<BatchItem>& items, bool skipExisting,
+                     const AppState& settings, BatchObserver& observer) {
+    BatchCounts counts;
+    Run run(job, settings, items);
+    for (std::size_t i = 0; i < items.size(); ++i) {
+        const BatchItem& item = items[i];
+        if (!observer.OnBegin(item, i, items.size())) break;
+        if (skipExisting && run.HasResults(item)) {
+            ++counts.skipped;
+            observer.OnEnd(item, BatchOutcome::Skipped, {});
+            continue;
+        }
+        const std::wstring reason = run.Convert(item);
+        ++(reason.empty() ? counts.converted : counts.failed);
+        observer.OnEnd(item, reason.empty() ? BatchOutcome::Converted : BatchOutcome::Failed, reason);
+    }
+    return counts;
+}
+
+std::vector<BatchItem> ShardOfBatch(std::vector<BatchItem> items, int shard, int shards) {
+    assert(shard >= 1 && shard <= shards);
+    std::sort(items.begin(), items.end(),
+              [](const BatchItem& a, const BatchItem& b) { return a.sources.front() < b.sources.front(); });
+    const std::size_t k = static_cast<std::size_t>(shard), n = static_cast<std::size_t>(shards);
+    const auto first = items.begin() + static_cast<std::ptrdiff_t>(items.size() * (k - 1) / n);
+    const auto last = items.begin() + static_cast<std::ptrdiff_t>(items.size() * k / n);
+    return {std::make_move_iterator(first), std::make_move_iterator(last)};
+}
+
+}  // namespace skyvault

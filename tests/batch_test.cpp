@@ -1,0 +1,297 @@
+// Batches: which files they take, what they call the results, and what they do about files that fail.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <set>
+
+#include "image/picture_files.h"
+#include "platform/files.h"
+#include "platform/utf8.h"
+#include "session/batch.h"
+#include "tests/temporary_folder.h"
+#include "tests/test_panorama.h"
+
+namespace skyvault::test {
+namespace {
+
+using Names = std::vector<std::wstring>;
+
+Names Sorted(Names names) {
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+/// A source and a destination folder side by side.
+class Batch : public testing::Test {
+  protected:
+    void SetUp() override {
+        ASSERT_TRUE(CreateFolder(job_.sourceFolder = folder_ / L"in"));
+        ASSERT_TRUE(CreateFolder(job_.destinationFolder = folder_ / L"out"));
+        settings_.antialiasing = false;
+        settings_.resolution0 = settings_.resolution1 = settings_.resolution2 = 0;
+    }
+
+    std::wstring Source(const std::wstring& name) const { return JoinPath(job_.sourceFolder, name); }
+    std::wstring Result(const std::wstring& name) const { return JoinPath(job_.destinationFolder, name); }
+    Names Results() const { return Sorted(FindFiles(job_.destinationFolder)); }
+
+    void PutPicture(const std::wstring& name, std::uint32_t width = 64, std::uint32_t height = 32) const {
+        Image picture = RandomImage(width, height, PixelFormat::Rgb8);
+        ASSERT_TRUE(SavePicture(picture, Source(name))) << ToUtf8(name);
+    }
+    void PutText(const std::wstring& name) const { folder_.Write(JoinPath(L"in", name), "no picture"); }
+
+    BatchPlan Plan() const { return PlanBatch(job_, settings_.fileNamingSystem); }
+    /// File names of the planned panoramas' first sources and of their results.
+    Names Planned() const {
+        Names names;
+        for (const BatchItem& item : Plan().items) names.emplace_back(FileNamePart(item.sources.front()));
+        return Sorted(names);
+    }
+    std::wstring OnlyOutput() const {
+        const BatchPlan plan = Plan();
+        EXPECT_EQ(plan.items.size(), 1u);
+        return plan.items.empty() ? std::wstring() : plan.items.front().output;
+    }
+
+    const TemporaryFolder folder_;
+    BatchJob job_;
+    AppState settings_;
+};
+
+/// Remembers what it heard; stops before the panorama of the given index.
+struct Listener : BatchObserver {
+    std::size_t stopBefore = 1000;
+    std::vector<std::size_t> begun;
+    std::vector<BatchOutcome> outcomes;
+    Names reasons;
+    bool OnBegin(const BatchItem&, std::size_t index, std::size_t) override {
+        if (index == stopBefore) return false;
+        begun.push_back(index);
+        return true;
+    }
+    void OnEnd(const BatchItem&, BatchOutcome outcome, const std::wstring& reason) override {
+        outcomes.push_back(outcome);
+        reasons.push_back(reason);
+    }
+};
+
+TEST(BatchLists, LayoutAndExtensionFollowEachOther) {
+    enum { Dds, Mov, Bmp, Jpg, Gif, Tif, Png };
+    enum { Equirect, CubeMap, Movie, Cross, Files = 7 };
+    const struct {
+        int layout, extension, newExtension;
+    } layouts[] = {{CubeMap, Jpg, Dds}, {Movie, Jpg, Mov}, {Equirect, Jpg, Jpg}, {Files, Bmp, Bmp},
+                   {Cross, Dds, Png},   {Cross, Mov, Png}, {Equirect, -1, Png}};
+    for (const auto& row : layouts) {
+        EXPECT_EQ(BatchExtensionForLayout(row.layout, row.extension), row.newExtension) << row.layout;
+    }
+    const struct {
+        int extension, layout, newLayout;
+    } extensions[] = {{Dds, Cross, CubeMap},    {Mov, Cross, Movie}, {Png, Movie, Equirect},
+                      {Tif, CubeMap, Equirect}, {Png, Files, Files}, {Gif, Cross, Cross}};
+    for (const auto& row : extensions) {
+        EXPECT_EQ(BatchLayoutForExtension(row.extension, row.layout), row.newLayout) << row.extension;
+    }
+}
+
+TEST_F(Batch, TheFirstObstacleIsTold) {
+    const std::wstring good = job_.sourceFolder, other = job_.destinationFolder, none = folder_ / L"none";
+    const struct {
+        std::wstring source, destination, obstacle;
+    } rows[] = {
+        {none, none, L"Destination folder must be different from the source folder"},
+        {none, folder_ / L"neither", L"Source folder does not exist"},
+        {L"", other, L"Source folder does not exist"},
+        {good, none, L"Destination folder does not exist"},
+        {good, other, L"No files found in source folder"},
+    };
+    PutText(L"only a text.txt");
+    for (const auto& row : rows) {
+        job_.sourceFolder = row.source;
+        job_.destinationFolder = row.destination;
+        EXPECT_EQ(Plan().obstacle, row.obstacle);
+        EXPECT_TRUE(Plan().items.empty()) << ToUtf8(row.obstacle);
+    }
+}
+
+TEST_F(Batch, TakesTheFilesThatFitTheLayout) {
+    for (const wchar_t* name : {L"a.jpg", L"b.JPEG", L"c.png", L"d.Tif", L"e.tga", L"f.dds", L"g.DDS",
+                                L"h.mov", L"i.txt", L"png", L"k", L"l.png.bak", L"\x4e2d \x00fc.bmp"}) {
+        PutText(name);
+    }
+    ASSERT_TRUE(CreateFolder(Source(L"folder.png")));
+    const Names pictures = {L"a.jpg", L"b.JPEG", L"c.png", L"d.Tif",
+                            L"e.tga", L"f.dds",  L"g.DDS", L"\x4e2d \x00fc.bmp"};
+    const struct {
+        PanoramaFormat from;
+        Names names;
+    } rows[] = {{PanoramaFormat::Equirectangular, pictures},
+                {PanoramaFormat::InteriorSquare, pictures},
+                {PanoramaFormat::DirectXDds, {L"f.dds", L"g.DDS"}},
+                {PanoramaFormat::QuickTimeVr, {L"h.mov"}}};
+    for (const auto& row : rows) {
+        job_.from = row.from;
+        EXPECT_EQ(Planned(), Sorted(row.names)) << static_cast<int>(row.from);
+    }
+}
+
+TEST_F(Batch, ResultsAreNamedAfterTheirSources) {
+    PutText(L"my.lake 1.jpg");
+    using enum PanoramaFormat;
+    const struct {
+        PanoramaFormat to;
+        const wchar_t* extension;
+        bool subfolders;
+        std::wstring output;
+    } rows[] = {
+        {Equirectangular, L"jpg", false, L"my.lake 1.jpg"},
+        {Heart, L"tif", false, L"my.lake 1.tif"},
+        {DirectXDds, L"dds", false, L"cubemap_my.lake 1.dds"},
+        {SphereMap, L"png", false, L"spheremap_my.lake 1.png"},
+        {QuickTimeVr, L"png", false, L"my.lake 1.mov"},
+        {SingleFiles, L"bmp", false, L"my.lake 1.bmp"},
+        {SingleFiles, L"bmp", true, JoinPath(L"my.lake 1", L"my.lake 1.bmp")},
+        {Strip, L"bmp", true, L"my.lake 1.bmp"},
+    };
+    for (const auto& row : rows) {
+        job_.to = row.to;
+        job_.extension = row.extension;
+        job_.subfolders = row.subfolders;
+        EXPECT_EQ(OnlyOutput(), Result(row.output)) << static_cast<int>(row.to);
+    }
+}
+
+TEST_F(Batch, SixFilesAreOnePanorama) {
+    const struct {
+        int system;
+        Names faces;  ///< in the order of the faces
+    } rows[] = {
+        {0,
+         {L"front room_front.png", L"front room_right.png", L"front room_back.png", L"front room_left.png",
+          L"front room_top.png", L"front room_bottom.png"}},
+        {2, {L"a_f_f.png", L"a_f_r.png", L"a_f_b.png", L"a_f_l.png", L"a_f_u.png", L"a_f_d.png"}},
+        {3,
+         {L"x_ft hdr.png", L"x_rt hdr.png", L"x_bk hdr.png", L"x_lf hdr.png", L"x_up hdr.png",
+          L"x_dn hdr.png"}},
+        {4,
+         {L"f_leaf_f_.png", L"r_leaf_f_.png", L"b_leaf_f_.png", L"l_leaf_f_.png", L"u_leaf_f_.png",
+          L"d_leaf_f_.png"}},
+        {5, {L"pano100.png", L"pano101.png", L"pano102.png", L"pano103.png", L"pano104.png", L"pano105.png"}},
+    };
+    job_.from = PanoramaFormat::SingleFiles;
+    for (const auto& row : rows) {
+        // The folder's own name holds a face's part, too.
+        ASSERT_TRUE(
+            CreateFolder(job_.sourceFolder = folder_ / (L"x_f0_front_ft f_" + std::to_wstring(row.system))));
+        Names expected;
+        for (const std::wstring& name : row.faces) {
+            Image picture = RandomImage(8, 8, PixelFormat::Rgb8);
+            ASSERT_TRUE(SavePicture(picture, Source(name)));
+            expected.push_back(Source(name));
+        }
+        settings_.fileNamingSystem = row.system;
+        const BatchPlan plan = Plan();
+        ASSERT_EQ(plan.items.size(), 1u) << row.system;
+        EXPECT_EQ(plan.items.front().sources, expected) << row.system;
+    }
+    for (const int unknown : {-1, 6}) {
+        settings_.fileNamingSystem = unknown;
+        EXPECT_EQ(Plan().obstacle, L"No files found in source folder");
+    }
+}
+
+TEST_F(Batch, WhatFailsIsToldAndTheRestConverted) {
+    PutPicture(L"a.png");
+    PutText(L"b.png");
+    PutPicture(L"c.bmp");
+    PutText(L"d.jpg");
+    job_.to = PanoramaFormat::SingleFiles;
+    job_.subfolders = true;
+    job_.extension = L"bmp";
+    Listener listener;
+    const std::vector<BatchItem> items = ShardOfBatch(Plan().items, 1, 1);
+    BatchCounts counts = RunBatch(job_, items, false, settings_, listener);
+    EXPECT_EQ(counts.converted, 2u);
+    EXPECT_EQ(counts.failed, 2u);
+    using enum BatchOutcome;
+    EXPECT_EQ(listener.outcomes, (std::vector{Converted, Failed, Converted, Failed}));
+    EXPECT_EQ(listener.reasons[1], L"Could not open \"" + Source(L"b.png") + L"\"");
+    EXPECT_EQ(Results(), (Names{L"a", L"c"})) << "no folder stays behind for what failed";
+    EXPECT_EQ(FindFiles(Result(L"a")).size(), 6u);
+    EXPECT_EQ(LoadPicture(JoinPath(Result(L"c"), L"c_bottom.bmp")).width, 16u);
+
+    // What is complete is left out the second time; a panorama with a face missing is not.
+    ASSERT_TRUE(RemoveFile(JoinPath(Result(L"c"), L"c_bottom.bmp")));
+    counts = RunBatch(job_, items, true, settings_, listener = {});
+    EXPECT_EQ(listener.outcomes, (std::vector{Skipped, Failed, Converted, Failed}));
+    EXPECT_EQ(counts.skipped, 1u);
+    EXPECT_EQ(FindFiles(Result(L"c")).size(), 6u);
+}
+
+TEST_F(Batch, SourcesAreNeverReplaced) {
+    PutPicture(L"a.png");
+    PutPicture(L"b.bmp");
+    // The same folder under another name.
+    job_.destinationFolder = JoinPath(job_.destinationFolder, JoinPath(L"..", L"in"));
+    const std::string before = folder_.Read(JoinPath(L"in", L"a.png"));
+    Listener listener;
+    const std::vector<BatchItem> items = ShardOfBatch(Plan().items, 1, 1);
+    RunBatch(job_, items, false, settings_, listener);
+    EXPECT_EQ(listener.outcomes, (std::vector{BatchOutcome::Failed, BatchOutcome::Converted}));
+    EXPECT_EQ(folder_.Read(JoinPath(L"in", L"a.png")), before);
+    EXPECT_EQ(FindFiles(job_.sourceFolder).size(), 3u);
+}
+
+TEST_F(Batch, StoppingKeepsWhatIsDone) {
+    for (const wchar_t* name : {L"a.png", L"b.png", L"c.png"}) PutPicture(name);
+    Listener listener;
+    listener.stopBefore = 2;
+    const BatchCounts counts = RunBatch(job_, Plan().items, false, settings_, listener);
+    EXPECT_EQ(counts.converted, 2u);
+    EXPECT_EQ(listener.begun, (std::vector<std::size_t>{0, 1}));
+    EXPECT_EQ(Results().size(), 2u);
+}
+
+TEST_F(Batch, EveryLayoutGoesThroughEveryOther) {
+    // There and back: the results of one batch are the sources of the next.
+    PutPicture(L"a.png", 256, 128);
+    for (int layout = 1; layout < kBatchLayoutCount; ++layout) {
+        const PanoramaFormat format = static_cast<PanoramaFormat>(layout);
+        BatchJob there = job_, back = job_;
+        there.to = back.from = format;
+        there.extension = BatchExtensions()[static_cast<std::size_t>(BatchExtensionForLayout(layout, 6))];
+        there.destinationFolder = back.sourceFolder = folder_ / std::to_wstring(layout);
+        ASSERT_TRUE(CreateFolder(there.destinationFolder));
+        for (const BatchJob& job : {there, back}) {
+            Listener listener;
+            const BatchPlan plan = PlanBatch(job, 0);
+            ASSERT_EQ(plan.items.size(), 1u) << layout << ToUtf8(plan.obstacle);
+            EXPECT_EQ(RunBatch(job, plan.items, false, settings_, listener).converted, 1u)
+                << layout << " " << ToUtf8(listener.reasons.front());
+        }
+    }
+}
+
+TEST(BatchShards, AreEqualPartsOfTheSortedList) {
+    for (const std::size_t count : {0u, 1u, 5u, 20u}) {
+        std::vector<BatchItem> items;
+        for (std::size_t i = 0; i < count; ++i) {
+            items.push_back({{std::wstring(1, static_cast<wchar_t>(L'a' + (i * 7) % 20))}, L""});
+        }
+        for (const int shards : {1, 3, 7, 25}) {
+            Names joined;
+            for (int shard = 1; shard <= shards; ++shard) {
+                const std::vector<BatchItem> part = ShardOfBatch(items, shard, shards);
+                EXPECT_GE(part.size(), count / static_cast<std::size_t>(shards));
+                EXPECT_LE(part.size(), count / static_cast<std::size_t>(shards) + 1);
+                for (const BatchItem& item : part) joined.push_back(item.sources.front());
+            }
+            EXPECT_EQ(joined.size(), count) << shards;
+            EXPECT_TRUE(std::is_sorted(joined.begin(), joined.end())) << shards;
+        }
+    }
+}
+
+}  // namespace
+}  // namespace skyvault::test
