@@ -5,27 +5,10 @@
 #include <algorithm>
 
 #include "app/screen.h"
+#include "app/waiting_input.h"
 #include "resources/resource_ids.h"
 
 namespace skyvault {
-namespace {
-
-/// Keys and clicks that came while the program stood still were not meant for what it shows next: they would
-/// close its message unread, or choose from a menu that was not there yet.
-void ForgetWaitingInput() {
-    struct Range {
-        UINT first, last;
-    };
-    constexpr Range kInput[] = {
-        {WM_KEYFIRST, WM_KEYLAST}, {WM_MOUSEFIRST, WM_MOUSELAST}, {WM_NCMOUSEMOVE, WM_NCXBUTTONDBLCLK}};
-    for (const Range& range : kInput) {
-        MSG message;
-        while (PeekMessageW(&message, nullptr, range.first, range.last, PM_REMOVE)) {
-        }
-    }
-}
-
-}  // namespace
 
 void ProgressBox::SetUp(HINSTANCE instance, HWND owner) {
     instance_ = instance;
