@@ -1,18 +1,14 @@
 #include "app/menu_commands.h"
 
-#include <shellapi.h>
-
 #include "app/about_box.h"
 #include "app/batch_dialog.h"
+#include "app/help_pages.h"
 #include "app/options_dialog.h"
 #include "session/commands.h"
 #include "session/layouts.h"
 
 namespace skyvault {
 namespace {
-
-constexpr const wchar_t* kUserGuidePage = L"https://skyvault.example/guide";
-constexpr const wchar_t* kCommunityPage = L"https://skyvault.example/community";
 
 struct ViewKey {
     WORD key;
@@ -48,10 +44,6 @@ constexpr CommandKey kCommandKeys[] = {
     {VK_SUBTRACT, kCommandSmallerFov},
 };
 
-void OpenPage(HWND owner, const wchar_t* address) {
-    ShellExecuteW(owner, L"open", address, nullptr, nullptr, SW_SHOWNORMAL);
-}
-
 }  // namespace
 
 std::uint16_t CommandOfKey(WPARAM virtualKey) {
@@ -81,10 +73,10 @@ void RunMenuCommand(HWND window, HINSTANCE instance, Session& session, const Fil
             ShowAboutBox(instance, window);
             break;
         case kCommandUserGuide:
-            OpenPage(window, kUserGuidePage);
+            OpenHelpPage(window, HelpPage::UserGuide);
             break;
         case kCommandCommunity:
-            OpenPage(window, kCommunityPage);
+            OpenHelpPage(window, HelpPage::Community);
             break;
         case kCommandOptions:
             if (ShowOptionsDialog(instance, window, session.settings, fileDialogs) == IDOK)

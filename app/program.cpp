@@ -62,7 +62,7 @@ int Run(HINSTANCE instance, int showCommand) {
     LoadSettings(settings, SettingsPath(ProgramFolder()), VirtualScreen());
 
     WindowHost host(settings);
-    Session session{settings, host, nullptr, {}};
+    Session session{settings, host};
     MainWindow window(instance, session, host);
     if (!window.Create()) return 0;
     host.SetSession(&session);

@@ -13,6 +13,11 @@ namespace skyvault {
 
 namespace {
 
+/// The other affixes go before the name.
+bool GoesBehind(std::wstring_view affix) {
+    return affix.size() == 1 || affix.starts_with(L"_");
+}
+
 bool WriteFaces(Panorama& panorama, const std::wstring& path, std::wstring& infoLog) {
     constexpr std::uint32_t kLargestFace = std::numeric_limits<std::int32_t>::max();
     const std::int32_t faceSize = static_cast<std::int32_t>(std::min(panorama.faceSize, kLargestFace));
@@ -37,8 +42,12 @@ std::wstring SingleFilePath(const std::wstring& path, int namingSystem, CubeFace
     const std::wstring stem = WithoutExtension(name);
     const std::wstring extension = stem.size() < name.size() ? name.substr(stem.size() + 1) : L"";
     const std::wstring affix = FaceAffix(namingSystem, static_cast<int>(face));
-    const bool behind = affix.size() == 1 || affix.starts_with(L"_");
-    return folder + (behind ? stem + affix : affix + stem) + L"." + extension;
+    return folder + (GoesBehind(affix) ? stem + affix : affix + stem) + L"." + extension;
+}
+
+bool NamesFace(std::wstring_view name, int namingSystem, CubeFace face) {
+    const std::wstring_view affix = FaceAffix(namingSystem, static_cast<int>(face));
+    return !affix.empty() && (GoesBehind(affix) ? name.ends_with(affix) : name.starts_with(affix));
 }
 
 bool ImportSingleFiles(Panorama& panorama, const std::vector<std::wstring>& paths) {

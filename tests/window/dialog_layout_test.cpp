@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 #include <windows.h>
+// After windows.h:
+#include <commctrl.h>
 
 #include <algorithm>
 #include <cwctype>
@@ -30,6 +32,8 @@ struct Part {
 class LaidOutDialog {
   public:
     explicit LaidOutDialog(int id) {
+        const INITCOMMONCONTROLSEX links{sizeof links, ICC_LINK_CLASS};
+        InitCommonControlsEx(&links);
         const auto nothing = [](HWND, UINT, WPARAM, LPARAM) -> INT_PTR { return FALSE; };
         window_ = CreateDialogParamW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(id), nullptr, nothing, 0);
         for (HWND child = GetWindow(window_, GW_CHILD); child != nullptr;
@@ -66,6 +70,11 @@ LONG WidthOf(HWND control, const std::wstring& text) {
     return rect.right;
 }
 
+/// A link's text without the marks around it.
+std::wstring TextOfLink(const std::wstring& text) {
+    return text.substr(3, text.size() - std::wstring(L"<a></a>").size());
+}
+
 /// Pixels the control needs for its text, with what is beside the text.
 LONG NeededWidth(const Part& part) {
     const LONG average = std::max(1L, WidthOf(part.window, L"xxxxxxxxxx") / 10);
@@ -73,6 +82,7 @@ LONG NeededWidth(const Part& part) {
         return WidthOf(part.window, part.text) + GetSystemMetrics(SM_CXMENUCHECK) + average;
     }
     if (part.windowClass == L"Button") return WidthOf(part.window, part.text) + 3 * average;
+    if (part.windowClass == L"SysLink") return WidthOf(part.window, TextOfLink(part.text));
     return WidthOf(part.window, part.text);
 }
 

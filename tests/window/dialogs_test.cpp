@@ -210,7 +210,20 @@ TEST(AboutBox, DrawsItsTextsAndCloses) {
         return dark > 50 && pixels.GetPixel8(2, static_cast<int>(pixels.height) - 3) == kOpaqueWhite;
     }));
     Shot(window, "about");
-    EXPECT_TRUE(PressButton(window, IDOK));
+    // The keyboard reaches the links; Esc closes the box.
+    const auto focus = [&] {
+        GUITHREADINFO info{};
+        info.cbSize = sizeof info;
+        GetGUIThreadInfo(GetWindowThreadProcessId(window, nullptr), &info);
+        return info.hwndFocus;
+    };
+    for (const int control : {IDOK, IDC_ABOUT_GUIDE, IDC_ABOUT_COMMUNITY}) {
+        EXPECT_TRUE(Eventually([&] { return focus() == GetDlgItem(window, control); }, 3000)) << control;
+        PostMessageW(focus(), WM_KEYDOWN, VK_TAB, 0);
+    }
+    EXPECT_TRUE(Eventually([&] { return focus() == GetDlgItem(window, IDOK); }, 3000));
+    PostMessageW(focus(), WM_KEYDOWN, VK_ESCAPE, 0);
+    EXPECT_TRUE(WaitUntilClosed(window));
 }
 
 }  // namespace
