@@ -83,6 +83,17 @@ ComPtr<IWICBitmapSource> InFormat(const ComPtr<IWICBitmapSource>& source, const 
     return converted;
 }
 
+/// False for devices, whose names files may have: reading "CON.png" would wait for the keyboard.
+bool IsOnDisk(const std::wstring& path) {
+    const HANDLE file =
+        CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                    nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE) return false;
+    const bool onDisk = GetFileType(file) == FILE_TYPE_DISK;
+    CloseHandle(file);
+    return onDisk;
+}
+
 /// A file and one of its frames.
 struct OpenFrame {
     ComPtr<IWICImagingFactory> factory = CreateWicFactory();
@@ -92,7 +103,7 @@ struct OpenFrame {
     ComPtr<IWICBitmapSource> source;  ///< the same
 
     bool Open(const std::wstring& path, UINT frame) {
-        if (!factory ||
+        if (!factory || !IsOnDisk(path) ||
             FAILED(factory->CreateDecoderFromFilename(path.c_str(), nullptr, GENERIC_READ,
                                                       WICDecodeMetadataCacheOnDemand, decoder.Put())) ||
             FAILED(decoder->GetFrameCount(&frameCount)) || frameCount == 0 ||

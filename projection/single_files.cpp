@@ -28,13 +28,19 @@ bool WriteFaces(Panorama& panorama, const std::wstring& path, std::wstring& info
     for (int f = 0; f < kFaceCount; ++f) {
         const CubeFace which = static_cast<CubeFace>(f);
         if (!BuildFace(panorama, face, which, static_cast<std::uint32_t>(size), format)) return false;
-        const std::wstring file = SingleFilePath(path, panorama.settings.fileNamingSystem, which);
+        const std::wstring file = SingleFilePath(path, NamingSystemOf(panorama.settings), which);
         if (!SavePicture(face, file, PixelFormat::None, &infoLog, true)) return false;
     }
     return true;
 }
 
 }  // namespace
+
+int NamingSystemOf(const AppState& settings) {
+    const int system = settings.fileNamingSystem;
+    // Without affixes the six files would be one, written over five times.
+    return *FaceAffix(system, 0) != L'\0' ? system : 0;
+}
 
 std::wstring SingleFilePath(const std::wstring& path, int namingSystem, CubeFace face) {
     const std::wstring name(FileNamePart(path));

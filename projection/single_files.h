@@ -13,6 +13,9 @@ namespace skyvault {
 /// name. "C:\out\room.jpg" gives "C:\out\room_front.jpg", "C:\out\f_room.jpg" or "C:\out\room0.jpg".
 std::wstring SingleFilePath(const std::wstring& path, int namingSystem, CubeFace face);
 
+/// The naming system files are written by: the chosen one, or 0 for an index that names none.
+int NamingSystemOf(const AppState& settings);
+
 /// Whether the file name (without extension, in lower case) is that of the face's file by the naming system.
 bool NamesFace(std::wstring_view name, int namingSystem, CubeFace face);
 

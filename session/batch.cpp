@@ -158,7 +158,7 @@ class Run {
         return LowerCase(std::wstring(FileNamePart(path)));
     }
     std::vector<std::wstring> Results(const BatchItem& item) const {
-        return ResultsOf(job_, item.output, settings_.fileNamingSystem);
+        return ResultsOf(job_, item.output, NamingSystemOf(settings_));
     }
     bool ReplacesSource(const std::wstring& result) const {
         const bool inSubfolder = job_.to == PanoramaFormat::SingleFiles && job_.subfolders;

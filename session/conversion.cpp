@@ -54,8 +54,10 @@ ConversionResult ConvertPanorama(const Conversion& conversion, const AppState& s
     }
     panorama.modifications = conversion.modifications;
     result.done = conversion.to->exportTo(panorama, conversion.output, conversion.camera, result.infoLog);
+    if (!errors.Text().empty()) result.done = false;
     if (result.done) return result;
-    if (ExportPixelFormat(panorama, false) == PixelFormat::None) {
+    result.infoLog.clear();
+    if (errors.Text().empty() && ExportPixelFormat(panorama, false) == PixelFormat::None) {
         result.reason = L"Could not write " + Quoted(conversion.output) +
                         L": there is no front face, which decides the pixel format";
     } else {

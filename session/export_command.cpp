@@ -24,9 +24,17 @@ void ExportCommand(Session& session, PanoramaFormat format) {
     bool written = false;
     {
         const ProgressScope progress(session.host);
+        session.feedback.Forget();
         written = layout->exportTo(*session.panorama, path, session.previewCamera, infoLog);
     }
-    if (written) session.host.Information(L"360° photo successfully exported!\n\n" + infoLog);
+    if (!session.feedback.Any()) {
+        if (written) {
+            session.host.Information(L"360° photo successfully exported!\n\n" + infoLog);
+        } else {
+            // Nobody may believe that the file is there.
+            session.host.Error(L"Could not write \"" + path + L"\"");
+        }
+    }
 
     // The window shows what was built for the file, also when it could not be written.
     if (layout->viewCommand != 0) session.settings.view = static_cast<std::int32_t>(layout->format);

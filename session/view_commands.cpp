@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cmath>
 
 #include "platform/path_text.h"
 #include "session/commands.h"
@@ -46,7 +47,9 @@ void SetView(Session& session, PanoramaFormat view) {
 }
 
 void ScalePreviewFov(Session& session, float factor) {
-    session.settings.previewFov *= factor;
+    // Infinity could not be scaled back.
+    const float scaled = session.settings.previewFov * factor;
+    if (std::isfinite(scaled)) session.settings.previewFov = scaled;
     Refresh(session);
 }
 
