@@ -1,7 +1,9 @@
 #include "image/memory.h"
 
 #include <atomic>
+#include <limits>
 
+#include "image/memory_faults.h"
 #include "platform/debug_line.h"
 
 namespace skyvault {
@@ -38,8 +40,13 @@ void* AllocateForMVector(std::size_t size) {
     return Allocate(size, L"MVector: out of memory exception\n");
 }
 
-void FailAllocationsAfter(int count, int failures) {
-    failuresLeft = failures;
+void FailAllocationsAfter(int count) {
+    failuresLeft = std::numeric_limits<int>::max();
+    allocationsLeft = count;
+}
+
+void FailOneAllocationAfter(int count) {
+    failuresLeft = 1;
     allocationsLeft = count;
 }
 

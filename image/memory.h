@@ -4,7 +4,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
-#include <limits>
 #include <memory>
 
 namespace skyvault {
@@ -16,10 +15,9 @@ void* MGetMemory(std::size_t size);
 /// The same for MVector (image/mvector.h), which names itself in the debugger line.
 void* AllocateForMVector(std::size_t size);
 
-/// For tests of what happens without memory: MGetMemory and MVector fail as soon as this many further
-/// allocations have succeeded; negative (the start value) means never. failures: how many fail before memory
-/// is there again.
-void FailAllocationsAfter(int count, int failures = std::numeric_limits<int>::max());
+/// For tests of what happens without memory: while set, MGetMemory and MVector fail as soon as this many
+/// further allocations have succeeded; negative (the start value) means never.
+void FailAllocationsAfter(int count);
 
 struct FreeDeleter {
     void operator()(void* block) const { std::free(block); }
