@@ -7,8 +7,8 @@ export WINEDEBUG=-all
 out=../../../out
 example="Media/Examples/Mountain lake.jpg"
 
-# The layouts this version writes, as the help lists them.
-layouts=$(wine ./skyvault-cli.exe convert --help | tr -d '\r' | sed -n '/this version writes/,/^$/p' | tail -n +2)
+# The layouts Layouts to write, as the help lists them.
+layouts=$(wine ./skyvault-cli.exe convert --help | tr -d '\r' | sed -n '/Layouts to write/,/^$/p' | tail -n +2)
 for layout in $layouts; do
     echo "== $layout"
     case $layout in dds) extension=dds ;; qtvr) extension=mov ;; *) extension=jpg ;; esac
