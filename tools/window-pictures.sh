@@ -60,12 +60,16 @@ import -window root -crop "$((WIDTH - 8))x$((HEIGHT - 50))+$((X + 4))+$((Y + 46)
 view F9 window-heart
 view F1 window-equirectangular
 
-# dialog X KEYS TITLE NAME: opens a dialog from a menu and takes its picture.
+# dialog X KEYS TITLE NAME [MORE]: opens a dialog from a menu, presses more keys in it and takes its picture.
 dialog() {
     menu "$1"
     xdotool key $2
     if await "$3"; then
         sleep 1
+        if [ -n "${5:-}" ]; then
+            xdotool key $5
+            sleep 1
+        fi
         shot "$3" "$4"
     fi
     xdotool key Escape
@@ -74,5 +78,5 @@ dialog() {
 eval "$main"
 dialog 225 "Down Return" "Skyvault - Options" options
 eval "$main"
-dialog 18 "Down Down Down Return" "Skyvault - Batch" batch
+dialog 18 "Down Down Down Return" "Skyvault - Batch" batch "alt+y h"
 # The program ends with the display it runs on.
