@@ -3,6 +3,7 @@
 # pictures of it, its menu and its dialogs in FOLDER. Runs inside tools/wine-environment.sh.
 set -euo pipefail
 cd "$(dirname "$0")/.."
+. tools/await-window.sh
 out=$(realpath "$1")
 # From a folder like a user's, for dialogs show it.
 folder=$WINEPREFIX/drive_c/Skyvault
@@ -11,15 +12,6 @@ cp -r build/windows/bin/Skyvault.exe Media "$folder"
 cd "$folder"
 
 wine ./Skyvault.exe >/dev/null 2>&1 &
-# Waits for a window whose title begins with the text.
-await() {
-    for _ in $(seq 100); do
-        xdotool search --onlyvisible --name "^$1" >/dev/null 2>&1 && return 0
-        sleep 0.1
-    done
-    echo "The window \"$1\" did not appear." >&2
-    return 1
-}
 # shot TITLE NAME: the window whose title begins so, as it is on the screen.
 shot() {
     eval "$(xdotool search --onlyvisible --name "^$1" getwindowgeometry --shell | head -6)"
