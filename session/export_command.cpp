@@ -1,7 +1,6 @@
 #include "platform/path_text.h"
 #include "session/commands.h"
 #include "session/layouts.h"
-#include "session/not_available.h"
 #include "session/progress_scope.h"
 
 namespace skyvault {
@@ -15,10 +14,6 @@ void ExportCommand(Session& session, PanoramaFormat format) {
     if (chosen.empty()) return;
     session.settings.exportPath = FolderPart(chosen);
 
-    if (!layout->ExportReady()) {
-        TellNotAvailable(session.host, layout->name);
-        return;
-    }
     const std::wstring path = WithExportPrefix(*layout, chosen);
     std::wstring infoLog;
     bool written = false;

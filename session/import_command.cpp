@@ -6,7 +6,6 @@
 #include "session/commands.h"
 #include "session/import_panorama.h"
 #include "session/layouts.h"
-#include "session/not_available.h"
 #include "session/progress_scope.h"
 
 namespace skyvault {
@@ -48,10 +47,6 @@ void ImportFiles(Session& session, const std::vector<std::wstring>& paths, Panor
     if (layout == nullptr || layout->importCommand == 0) return;
     if (FileExists(paths.front())) session.settings.importPath = FolderPart(paths.front());
 
-    if (!layout->ImportReady()) {
-        TellNotAvailable(session.host, layout->name);
-        return;
-    }
     // The old panorama first: two large ones may not fit into memory.
     session.panorama.reset();
     session.feedback.Forget();

@@ -4,7 +4,6 @@
 #include "platform/path_text.h"
 #include "session/commands.h"
 #include "session/layouts.h"
-#include "session/not_available.h"
 
 namespace skyvault {
 namespace {
@@ -41,9 +40,6 @@ void SetView(Session& session, PanoramaFormat view) {
     session.settings.view = static_cast<std::int32_t>(view);
     session.host.UpdateMenuChecks();
     Refresh(session);
-    const LayoutRow* layout = CurrentView(session);
-    const bool missing = layout != nullptr && !layout->ExportReady();
-    if (missing && session.panorama != nullptr) TellNotAvailable(session.host, layout->name);
 }
 
 void ScalePreviewFov(Session& session, float factor) {
@@ -70,7 +66,7 @@ void ApplyOptions(Session& session) {
 void Refresh(Session& session) {
     if (session.panorama == nullptr || !session.host.CanShow()) return;
     const LayoutRow* layout = CurrentView(session);
-    if (layout != nullptr && layout->ExportReady()) {
+    if (layout != nullptr) {
         std::wstring infoLog;
         layout->exportTo(*session.panorama, {}, session.previewCamera, infoLog);
     }
