@@ -6,8 +6,10 @@
 #include <new>
 #include <string>
 
+#include "app/dialog_text.h"
 #include "app/file_dialogs.h"
 #include "app/message_box.h"
+#include "app/progress_bar.h"
 #include "app/screen.h"
 #include "app/waiting_input.h"
 #include "platform/clock.h"
@@ -20,12 +22,6 @@ namespace {
 /// Long enough to read the line about each panorama.
 constexpr std::uint32_t kReadingTime = 100;
 constexpr int kLongestFolder = 260;
-
-std::wstring TextOf(HWND dialog, int control) {
-    wchar_t text[kLongestFolder + 1] = {};
-    GetDlgItemTextW(dialog, control, text, kLongestFolder + 1);
-    return text;
-}
 
 int Selected(HWND dialog, int list) {
     return static_cast<int>(SendDlgItemMessageW(dialog, list, CB_GETCURSEL, 0, 0));
@@ -66,6 +62,9 @@ void Fill(HWND dialog, const AppState& settings) {
     Select(dialog, IDC_BATCH_SOURCE_LAYOUT, Listed(settings.batchSourceFormatIndex, kBatchLayoutCount, 0));
     Select(dialog, IDC_BATCH_DESTINATION_LAYOUT, layout);
     Select(dialog, IDC_BATCH_EXTENSION, extension);
+    for (const int folder : {IDC_BATCH_SOURCE, IDC_BATCH_DESTINATION}) {
+        SendDlgItemMessageW(dialog, folder, EM_LIMITTEXT, kLongestFolder, 0);
+    }
     SetDlgItemTextW(dialog, IDC_BATCH_SOURCE, settings.batchSourceFolder.c_str());
     SetDlgItemTextW(dialog, IDC_BATCH_DESTINATION, settings.batchDestinationFolder.c_str());
     CheckDlgButton(dialog, IDC_BATCH_SUBFOLDERS, BST_UNCHECKED);
@@ -75,7 +74,7 @@ void Fill(HWND dialog, const AppState& settings) {
 }
 
 void BrowseInto(HWND dialog, int control, const wchar_t* title) {
-    const std::wstring folder = AskForFolder(dialog, title, TextOf(dialog, control));
+    const std::wstring folder = AskForFolder(dialog, title, TextOfControl(dialog, control));
     if (!folder.empty()) SetDlgItemTextW(dialog, control, folder.c_str());
 }
 
@@ -87,7 +86,7 @@ class DialogObserver final : public BatchObserver {
     bool OnBegin(const BatchItem& item, std::size_t index, std::size_t count) override {
         if (GetAsyncKeyState(VK_ESCAPE) & 0x8000) return false;
         // The one being converted counts as done.
-        SendDlgItemMessageW(dialog_, IDC_BATCH_PROGRESS, PBM_SETPOS, 100 * (index + 1) / count, 0);
+        JumpTo(GetDlgItem(dialog_, IDC_BATCH_PROGRESS), static_cast<int>(100 * (index + 1) / count));
         const std::wstring line = L"Converting \"" + item.sources.front() + L"\" to \"" + item.output + L"\"";
         SetDlgItemTextW(dialog_, IDC_BATCH_STATUS, line.c_str());
         // No messages are let in meanwhile; the controls paint themselves now.
@@ -95,16 +94,16 @@ class DialogObserver final : public BatchObserver {
         SleepMilliseconds(kReadingTime);
         return true;
     }
-    void OnEnd(const BatchItem&, BatchOutcome, const std::wstring&) override {}
+    void OnEnd(const BatchItem&, BatchOutcome, const ConversionResult&) override {}
 
   private:
     HWND dialog_;
 };
 
 void ReadInto(HWND dialog, AppState& settings) {
-    settings.batchSourceFolder = TextOf(dialog, IDC_BATCH_SOURCE);
+    settings.batchSourceFolder = TextOfControl(dialog, IDC_BATCH_SOURCE).substr(0, kLongestFolder);
     settings.batchSourceFormatIndex = Selected(dialog, IDC_BATCH_SOURCE_LAYOUT);
-    settings.batchDestinationFolder = TextOf(dialog, IDC_BATCH_DESTINATION);
+    settings.batchDestinationFolder = TextOfControl(dialog, IDC_BATCH_DESTINATION).substr(0, kLongestFolder);
     settings.batchDestinationFormatIndex = Selected(dialog, IDC_BATCH_DESTINATION_LAYOUT);
     settings.batchDestinationExtensionIndex = Selected(dialog, IDC_BATCH_EXTENSION);
 }

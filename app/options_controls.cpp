@@ -4,6 +4,7 @@
 #include <span>
 #include <variant>
 
+#include "app/dialog_text.h"
 #include "resources/resource_ids.h"
 #include "settings/number_text.h"
 
@@ -170,14 +171,6 @@ void ShowInControls(HWND dialog, const AppState& settings) {
 
 void ReadFromControls(HWND dialog, AppState& settings) {
     for (const Control& control : kControls) std::visit(Read{dialog, control.id, settings}, control.edits);
-}
-
-std::wstring TextOfControl(HWND dialog, int id) {
-    const HWND control = GetDlgItem(dialog, id);
-    std::wstring text(static_cast<std::size_t>(GetWindowTextLengthW(control)) + 1, L'\0');
-    text.resize(
-        static_cast<std::size_t>(GetWindowTextW(control, text.data(), static_cast<int>(text.size()))));
-    return text;
 }
 
 }  // namespace skyvault

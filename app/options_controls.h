@@ -19,7 +19,4 @@ void ShowInControls(HWND dialog, const AppState& settings);
 /// leaves its setting as it is.
 void ReadFromControls(HWND dialog, AppState& settings);
 
-/// The control's whole text.
-std::wstring TextOfControl(HWND dialog, int id);
-
 }  // namespace skyvault

@@ -5,6 +5,7 @@
 #include <array>
 #include <exception>
 
+#include "app/dialog_text.h"
 #include "app/draw_canvas.h"
 #include "app/logo_preview.h"
 #include "app/message_box.h"

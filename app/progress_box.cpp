@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "app/progress_bar.h"
 #include "app/screen.h"
 #include "app/waiting_input.h"
 #include "resources/resource_ids.h"
@@ -41,9 +42,7 @@ void ProgressBox::Set(float fraction, std::wstring_view text) {
     const int percent = percents > 0.0f ? static_cast<int>(std::min(percents, 100.0f)) : 0;
     if (percent != lastPercent_) {
         lastPercent_ = percent;
-        // Themed bars glide upwards by a timer, which cannot run now, but jump downwards at once.
-        SendDlgItemMessageW(box_, IDC_PROGRESS_BAR, PBM_SETPOS, static_cast<WPARAM>(percent + 1), 0);
-        SendDlgItemMessageW(box_, IDC_PROGRESS_BAR, PBM_SETPOS, static_cast<WPARAM>(percent), 0);
+        JumpTo(GetDlgItem(box_, IDC_PROGRESS_BAR), percent);
         UpdateWindow(box_);
     }
     if (text != lastText_) {

@@ -1,8 +1,7 @@
 #include "cli/batch.h"
 
-#include <map>
-
 #include "cli/console_feedback.h"
+#include "cli/convert.h"
 #include "cli/terminal.h"
 #include "cli/work_settings.h"
 #include "platform/parallel_rows.h"
@@ -23,34 +22,24 @@ class Reporter final : public BatchObserver {
         return true;
     }
 
-    void OnEnd(const BatchItem& item, BatchOutcome outcome, const std::wstring& reason) override {
+    void OnEnd(const BatchItem& item, BatchOutcome outcome, const ConversionResult& result) override {
+        const std::wstring& source = item.sources.front();
         if (outcome == BatchOutcome::Failed) {
-            const std::wstring& source = item.sources.front();
-            const bool named = reason.find(source) != std::wstring::npos;
-            feedback_.Error(named ? reason : L"\"" + source + L"\": " + reason);
-        } else if (!quiet_) {
-            feedback_.HideBar();
-            const wchar_t* const word = outcome == BatchOutcome::Skipped ? L"skipped" : L"converted";
-            WriteText(OutputStream::Standard,
-                      std::wstring(word) + L"\t" + item.sources.front() + L"\t" + item.output + L"\n");
+            const bool named = result.reason.find(source) != std::wstring::npos;
+            feedback_.Error(named ? result.reason : Quoted(source) + L": " + result.reason);
+            return;
         }
+        feedback_.HideBar();
+        TellOfMissingFaces(result, item.sources);
+        if (quiet_) return;
+        const wchar_t* const word = outcome == BatchOutcome::Skipped ? L"skipped" : L"converted";
+        WriteText(OutputStream::Standard, std::wstring(word) + L"\t" + source + L"\t" + item.output + L"\n");
     }
 
   private:
     ConsoleFeedback& feedback_;
     const bool quiet_;
 };
-
-/// Two sources that differ in their extension only become one file.
-void TellOfSharedResults(const std::vector<BatchItem>& items) {
-    std::map<std::wstring, const BatchItem*> byResult;
-    for (const BatchItem& item : items) {
-        const auto [earlier, isNew] = byResult.emplace(item.output, &item);
-        if (isNew) continue;
-        WriteMessage(L"\"" + earlier->second->sources.front() + L"\" and \"" + item.sources.front() +
-                     L"\" have the same result; only one of them stays");
-    }
-}
 
 }  // namespace
 
@@ -71,11 +60,11 @@ ExitStatus RunBatchCommand(const BatchOptions& options) {
     if (!plan.obstacle.empty()) {
         const bool aboutDestination = plan.obstacle.starts_with(L"Destination");
         const std::wstring& folder = aboutDestination ? job.destinationFolder : job.sourceFolder;
-        WriteMessage(plan.obstacle + L": \"" + folder + L"\"");
+        WriteMessage(plan.obstacle + L": " + Quoted(folder));
         return kFailed;
     }
+    RefuseSharedResults(plan.items);
     const std::vector<BatchItem> items = ShardOfBatch(std::move(plan.items), options.shard, options.shards);
-    if (!options.quiet) TellOfSharedResults(items);
     SetThreadCount(options.threads);
 
     ConsoleFeedback feedback(options.quiet);

@@ -21,10 +21,6 @@ namespace skyvault {
 
 namespace {
 
-std::wstring Quoted(const std::wstring& path) {
-    return L"\"" + path + L"\"";
-}
-
 ExitStatus Fail(const std::wstring& reason) {
     WriteMessage(reason);
     return kFailed;
@@ -87,7 +83,8 @@ std::wstring OutputObstacle(const ConvertOptions& options, const AppState& setti
     return {};
 }
 
-/// Faces that are missing are white; somebody who named their files wants to know.
+}  // namespace
+
 void TellOfMissingFaces(const ConversionResult& result, const std::vector<std::wstring>& inputs) {
     constexpr const wchar_t* kNames[kFaceCount] = {L"front", L"right", L"back", L"left", L"top", L"bottom"};
     for (const CubeFace face : result.missingFaces) {
@@ -95,8 +92,6 @@ void TellOfMissingFaces(const ConversionResult& result, const std::vector<std::w
         WriteMessage(L"Could not open " + Quoted(inputs[f]) + L"; there is no " + kNames[f] + L" face");
     }
 }
-
-}  // namespace
 
 ExitStatus RunConvert(const ConvertOptions& options) {
     AppState settings;

@@ -2,12 +2,16 @@
 #pragma once
 
 #include "cli/options.h"
+#include "session/conversion.h"
 
 namespace skyvault {
 
 /// Reads, modifies and writes a panorama. The description of the written file goes to stdout, everything
 /// else to stderr.
 ExitStatus RunConvert(const ConvertOptions& options);
+
+/// Faces that could not be read are white; somebody who named their files wants to know. On stderr.
+void TellOfMissingFaces(const ConversionResult& result, const std::vector<std::wstring>& inputs);
 
 /// Describes a picture on stdout.
 ExitStatus RunInfo(const InfoOptions& options);

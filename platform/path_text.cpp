@@ -34,6 +34,11 @@ std::wstring_view FolderPart(std::wstring_view path) {
     return end == std::wstring_view::npos ? std::wstring_view{} : path.substr(0, end);
 }
 
+std::wstring Quoted(std::wstring_view path) {
+    std::wstring quoted = L"\"";
+    return quoted.append(path) += L'"';
+}
+
 std::wstring UpperExtension(std::wstring_view path) {
     const std::size_t dot = path.rfind(L'.');
     return dot == std::wstring_view::npos ? std::wstring() : UpperCase(path.substr(dot + 1));

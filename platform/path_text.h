@@ -25,6 +25,9 @@ std::wstring_view FileNamePart(std::wstring_view path);
 /// The text before the last "\" or "/"; empty when there is none.
 std::wstring_view FolderPart(std::wstring_view path);
 
+/// The path in double quotes, for messages.
+std::wstring Quoted(std::wstring_view path);
+
 /// The text after the last full stop of the path, in upper case; empty when there is none.
 std::wstring UpperExtension(std::wstring_view path);
 

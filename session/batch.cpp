@@ -4,6 +4,8 @@
 #include <array>
 #include <cassert>
 #include <iterator>
+#include <map>
+#include <new>
 #include <set>
 
 #include "image/picture_codec.h"
@@ -12,7 +14,6 @@
 #include "platform/silent_feedback.h"
 #include "platform/text_case.h"
 #include "projection/single_files.h"
-#include "session/conversion.h"
 
 namespace skyvault {
 namespace {
@@ -109,14 +110,19 @@ std::vector<std::wstring> ResultsOf(const BatchJob& job, const std::wstring& out
     return files;
 }
 
+void SortBySource(std::vector<BatchItem>& items) {
+    std::sort(items.begin(), items.end(),
+              [](const BatchItem& a, const BatchItem& b) { return a.sources.front() < b.sources.front(); });
+}
+
 class Run {
   public:
-    Run(const BatchJob& job, const AppState& settings, const std::vector<BatchItem>& items)
+    Run(const BatchJob& job, const AppState& settings)
         : job_(job), settings_(settings), from_(FindLayout(job.from)), to_(FindLayout(job.to)) {
         // One folder can have two names.
         if (!SameFolder(job.sourceFolder, job.destinationFolder)) return;
-        for (const BatchItem& item : items) {
-            for (const std::wstring& source : item.sources) sourceNames_.insert(NameKey(source));
+        for (const std::vector<std::wstring>& sources : FindSources(job, NamingSystemOf(settings))) {
+            for (const std::wstring& source : sources) sourceNames_.insert(NameKey(source));
         }
     }
 
@@ -125,24 +131,36 @@ class Run {
         return std::all_of(results.begin(), results.end(), FileExists);
     }
 
-    /// Empty when it was written, else why not.
-    std::wstring Convert(const BatchItem& item) {
+    ConversionResult Convert(const BatchItem& item) {
+        if (!item.obstacle.empty()) return Failure(item.obstacle);
         for (const std::wstring& result : Results(item)) {
             if (ReplacesSource(result)) {
-                return L"Could not write \"" + result + L"\": it is one of the source files";
+                return Failure(L"Could not write " + Quoted(result) + L": it is one of the source files");
             }
         }
         const std::wstring folder(FolderPart(item.output));
         const bool isNew = !FolderExists(folder);
-        if (isNew && !CreateFolder(folder)) return L"Could not create the folder \"" + folder + L"\"";
-        const ConversionResult result = ConvertPanorama(
-            {from_, item.sources, to_, item.output, job_.modifications, {}}, settings_, silence_);
-        if (result.done) return {};
-        if (isNew) RemoveEmptyFolder(folder);
-        return result.reason;
+        if (isNew && !CreateFolder(folder)) return Failure(L"Could not create the folder " + Quoted(folder));
+        ConversionResult result = ConvertOrRunOut(item);
+        if (!result.done && isNew) RemoveEmptyFolder(folder);
+        return result;
     }
 
   private:
+    static ConversionResult Failure(const std::wstring& reason) {
+        ConversionResult result;
+        result.reason = reason;
+        return result;
+    }
+    /// Memory that is lacking for one panorama may be there for the next.
+    ConversionResult ConvertOrRunOut(const BatchItem& item) {
+        try {
+            return ConvertPanorama({from_, item.sources, to_, item.output, job_.modifications, {}}, settings_,
+                                   silence_);
+        } catch (const std::bad_alloc&) {
+            return Failure(L"Out of memory: " + Quoted(item.sources.front()));
+        }
+    }
     static std::wstring NameKey(const std::wstring& path) {
         return LowerCase(std::wstring(FileNamePart(path)));
     }
@@ -199,7 +217,7 @@ BatchPlan PlanBatch(const BatchJob& job, int namingSystem) {
 BatchCounts RunBatch(const BatchJob& job, const std::vector<BatchItem>& items, bool skipExisting,
                      const AppState& settings, BatchObserver& observer) {
     BatchCounts counts;
-    Run run(job, settings, items);
+    Run run(job, settings);
     for (std::size_t i = 0; i < items.size(); ++i) {
         const BatchItem& item = items[i];
         if (!observer.OnBegin(item, i, items.size())) break;
@@ -208,17 +226,29 @@ BatchCounts RunBatch(const BatchJob& job, const std::vector<BatchItem>& items, b
             observer.OnEnd(item, BatchOutcome::Skipped, {});
             continue;
         }
-        const std::wstring reason = run.Convert(item);
-        ++(reason.empty() ? counts.converted : counts.failed);
-        observer.OnEnd(item, reason.empty() ? BatchOutcome::Converted : BatchOutcome::Failed, reason);
+        const ConversionResult result = run.Convert(item);
+        ++(result.done ? counts.converted : counts.failed);
+        observer.OnEnd(item, result.done ? BatchOutcome::Converted : BatchOutcome::Failed, result);
     }
     return counts;
 }
 
+void RefuseSharedResults(std::vector<BatchItem>& items) {
+    SortBySource(items);
+    std::map<std::wstring, const BatchItem*> byResult;
+    for (BatchItem& item : items) {
+        // On Windows names that differ in case only are one name.
+        const bool anyCase = kPathSeparator == L'\\';
+        const auto [first, isNew] = byResult.emplace(anyCase ? LowerCase(item.output) : item.output, &item);
+        if (isNew) continue;
+        item.obstacle = Quoted(item.sources.front()) + L" has the same result as " +
+                        Quoted(first->second->sources.front());
+    }
+}
+
 std::vector<BatchItem> ShardOfBatch(std::vector<BatchItem> items, int shard, int shards) {
     assert(shard >= 1 && shard <= shards);
-    std::sort(items.begin(), items.end(),
-              [](const BatchItem& a, const BatchItem& b) { return a.sources.front() < b.sources.front(); });
+    SortBySource(items);
     const std::size_t k = static_cast<std::size_t>(shard), n = static_cast<std::size_t>(shards);
     const auto first = items.begin() + static_cast<std::ptrdiff_t>(items.size() * (k - 1) / n);
     const auto last = items.begin() + static_cast<std::ptrdiff_t>(items.size() * k / n);

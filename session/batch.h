@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "projection/modifications.h"
+#include "session/conversion.h"
 #include "session/layouts.h"
 #include "settings/app_state.h"
 
@@ -40,6 +41,7 @@ struct BatchJob {
 struct BatchItem {
     std::vector<std::wstring> sources;  ///< six for single files, else one
     std::wstring output;                ///< single files make their six names of it
+    std::wstring obstacle = {};         ///< why it is not converted; empty when it is to be
 };
 
 struct BatchPlan {
@@ -58,8 +60,8 @@ class BatchObserver {
     virtual ~BatchObserver() = default;
     /// Before a panorama, index 0 .. count − 1; false ends the run.
     virtual bool OnBegin(const BatchItem& item, std::size_t index, std::size_t count) = 0;
-    /// reason: why it failed, in one message that names the file; else empty.
-    virtual void OnEnd(const BatchItem& item, BatchOutcome outcome, const std::wstring& reason) = 0;
+    /// result: of a failure the reason, in one message that names a file.
+    virtual void OnEnd(const BatchItem& item, BatchOutcome outcome, const ConversionResult& result) = 0;
 };
 
 struct BatchCounts {
@@ -71,8 +73,11 @@ struct BatchCounts {
 BatchCounts RunBatch(const BatchJob& job, const std::vector<BatchItem>& items, bool skipExisting,
                      const AppState& settings, BatchObserver& observer);
 
-/// The K-th of N equal parts of the items sorted by their sources' names, the same on every machine that sees
-/// the same folder. 1 ≤ shard ≤ shards.
+/// Where several panoramas have one result, all but the one whose source's name comes first get an obstacle.
+void RefuseSharedResults(std::vector<BatchItem>& items);
+
+/// The K-th of N equal parts of the items sorted by their sources' names, the same on every machine that
+/// sees the same files and reads the same types of them. 1 ≤ shard ≤ shards.
 std::vector<BatchItem> ShardOfBatch(std::vector<BatchItem> items, int shard, int shards);
 
 }  // namespace skyvault

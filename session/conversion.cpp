@@ -1,6 +1,7 @@
 #include "session/conversion.h"
 
 #include "platform/feedback_relay.h"
+#include "platform/path_text.h"
 #include "session/import_panorama.h"
 
 namespace skyvault {
@@ -19,10 +20,6 @@ class FirstError final : public FeedbackRelay {
   private:
     std::wstring text_;
 };
-
-std::wstring Quoted(const std::wstring& path) {
-    return L"\"" + path + L"\"";
-}
 
 /// The engine's own words when it said any, with the file they are about.
 std::wstring ReasonAbout(const std::wstring& path, const std::wstring& told, const std::wstring& otherwise) {

@@ -4,6 +4,7 @@
 #include <array>
 #include <string_view>
 
+#include "image/dds_cube_map.h"
 #include "image/picture_files.h"
 #include "platform/files.h"
 #include "platform/path_text.h"
@@ -34,7 +35,7 @@ PanoramaFormat ViewAmong(const std::array<PanoramaFormat, count>& layouts, Panor
 
 PanoramaFormat LayoutOfFile(const std::wstring& path, PanoramaFormat view) {
     const std::wstring extension = UpperExtension(path);
-    if (extension == L"DDS") return PanoramaFormat::DirectXDds;
+    if (extension == L"DDS" && GetDdsKind(path) != DdsKind::Picture) return PanoramaFormat::DirectXDds;
     if (extension == L"MOV") return PanoramaFormat::QuickTimeVr;
     return LayoutOfPicture(ReadPictureSize(path), view);
 }

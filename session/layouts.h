@@ -34,8 +34,8 @@ struct LayoutRow {
     FileDialogKind openDialog = FileDialogKind::OpenPicture;
     FileDialogKind saveDialog = FileDialogKind::SavePicture;
     const wchar_t* exportPrefix = nullptr;  ///< WithExportPrefix
-    LayoutImport importFrom = nullptr;      ///< has one with importCommand
-    LayoutExport exportTo = nullptr;        ///< has one with exportCommand; also shows it
+    LayoutImport importFrom = nullptr;      ///< set in every row that has an importCommand
+    LayoutExport exportTo = nullptr;        ///< set in every row that has an exportCommand
 };
 
 std::span<const LayoutRow> Layouts();

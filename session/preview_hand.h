@@ -25,7 +25,6 @@ class WheelNotches {
 
     /// turn: what a wheel message reports. The notches completed by it, forward positive.
     int Turn(int turn);
-    void Forget() { rest_ = 0; }
 
   private:
     int rest_ = 0;

@@ -65,14 +65,16 @@ struct Listener : BatchObserver {
     std::vector<std::size_t> begun;
     std::vector<BatchOutcome> outcomes;
     Names reasons;
+    std::size_t missingFaces = 0;
     bool OnBegin(const BatchItem&, std::size_t index, std::size_t) override {
         if (index == stopBefore) return false;
         begun.push_back(index);
         return true;
     }
-    void OnEnd(const BatchItem&, BatchOutcome outcome, const std::wstring& reason) override {
+    void OnEnd(const BatchItem&, BatchOutcome outcome, const ConversionResult& result) override {
         outcomes.push_back(outcome);
-        reasons.push_back(reason);
+        reasons.push_back(result.reason);
+        missingFaces += result.missingFaces.size();
     }
 };
 
@@ -230,17 +232,41 @@ TEST_F(Batch, WhatFailsIsToldAndTheRestConverted) {
 }
 
 TEST_F(Batch, SourcesAreNeverReplaced) {
-    PutPicture(L"a.png");
-    PutPicture(L"b.bmp");
+    for (const wchar_t* name : {L"a.bmp", L"a.png", L"b.bmp"}) PutPicture(name);
     // The same folder under another name.
     job_.destinationFolder = JoinPath(job_.destinationFolder, JoinPath(L"..", L"in"));
     const std::string before = folder_.Read(JoinPath(L"in", L"a.png"));
-    Listener listener;
-    const std::vector<BatchItem> items = ShardOfBatch(Plan().items, 1, 1);
-    RunBatch(job_, items, false, settings_, listener);
-    EXPECT_EQ(listener.outcomes, (std::vector{BatchOutcome::Failed, BatchOutcome::Converted}));
+    using enum BatchOutcome;
+    const BatchOutcome expected[] = {Failed, Failed, Converted};
+    for (int shard = 1; shard <= 3; ++shard) {
+        // a.bmp's result would replace a source that belongs to another shard.
+        Listener listener;
+        RunBatch(job_, ShardOfBatch(Plan().items, shard, 3), false, settings_, listener);
+        EXPECT_EQ(listener.outcomes, std::vector{expected[shard - 1]}) << shard;
+    }
     EXPECT_EQ(folder_.Read(JoinPath(L"in", L"a.png")), before);
-    EXPECT_EQ(FindFiles(job_.sourceFolder).size(), 3u);
+    EXPECT_EQ(FindFiles(job_.sourceFolder).size(), 4u);
+}
+
+TEST_F(Batch, OfSharedResultsOnlyTheFirstIsMade) {
+    for (const wchar_t* name : {L"a.png", L"a.bmp", L"b.png"}) PutPicture(name);
+    std::vector<BatchItem> items = Plan().items;
+    RefuseSharedResults(items);
+    Listener listener;
+    EXPECT_EQ(RunBatch(job_, items, false, settings_, listener).failed, 1u);
+    EXPECT_EQ(
+        listener.reasons,
+        (Names{L"", Quoted(Source(L"a.png")) + L" has the same result as " + Quoted(Source(L"a.bmp")), L""}));
+}
+
+TEST_F(Batch, MissingFacesAreTold) {
+    PutPicture(L"x_front.png", 8, 8);
+    PutPicture(L"x_left.png", 8, 8);
+    PutText(L"x_bottom.png");
+    job_.from = PanoramaFormat::SingleFiles;
+    Listener listener;
+    EXPECT_EQ(RunBatch(job_, Plan().items, false, settings_, listener).converted, 1u);
+    EXPECT_EQ(listener.missingFaces, 4u);
 }
 
 TEST_F(Batch, StoppingKeepsWhatIsDone) {
@@ -253,9 +279,17 @@ TEST_F(Batch, StoppingKeepsWhatIsDone) {
     EXPECT_EQ(Results().size(), 2u);
 }
 
-TEST_F(Batch, EveryLayoutGoesThroughEveryOther) {
+TEST_F(Batch, EveryLayoutIsWrittenAndReadBack) {
     // There and back: the results of one batch are the sources of the next.
-    PutPicture(L"a.png", 256, 128);
+    // Light in front, dark behind.
+    Image sky(1024, 512, PixelFormat::Rgb8);
+    for (int y = 0; y < 512; ++y) {
+        for (int x = 0; x < 1024; ++x) {
+            const std::uint8_t grey = x >= 256 && x < 768 ? 200 : 40;
+            sky.SetPixel(x, y, Color8(grey, grey, grey, 255));
+        }
+    }
+    ASSERT_TRUE(SavePicture(sky, Source(L"a.png")));
     for (int layout = 1; layout < kBatchLayoutCount; ++layout) {
         const PanoramaFormat format = static_cast<PanoramaFormat>(layout);
         BatchJob there = job_, back = job_;
@@ -270,6 +304,13 @@ TEST_F(Batch, EveryLayoutGoesThroughEveryOther) {
             EXPECT_EQ(RunBatch(job, plan.items, false, settings_, listener).converted, 1u)
                 << layout << " " << ToUtf8(listener.reasons.front());
         }
+        // Only a mirror ball has lost the back: it repeats the front.
+        const std::wstring name = WithoutExtension(FileNamePart(PlanBatch(back, 0).items.front().output));
+        const Image result = LoadPicture(Result(name + L".png"));
+        ASSERT_EQ(result.width, 256u) << layout;
+        const int red = result.GetPixel8(128, 64).red, behind = result.GetPixel8(36, 64).red;
+        EXPECT_NEAR(red, 200, 12) << layout;
+        EXPECT_NEAR(behind, format == PanoramaFormat::MirrorBall ? 200 : 40, 12) << layout;
     }
 }
 

@@ -57,7 +57,7 @@ class FileFaults : public testing::Test {
 TEST_F(FileFaults, APlaceThatTakesNoFileIsToldAndStaysAsItIs) {
     folder_.Write(L"file.txt", "a file");
     for (const LayoutRow& layout : Layouts()) {
-        if (!layout.ExportReady()) continue;
+        if (layout.exportTo == nullptr) continue;
         // Six names are made of one, and a prefix is added to some: all their places are taken.
         const std::wstring name = L"Cubemap_Spheremap_x" + Extension(layout);
         for (const wchar_t* const affix : {L"", L"_front"}) {
@@ -104,7 +104,7 @@ TEST_F(FileFaults, NamesOfEveryKindAreWrittenAndReadAgain) {
         JoinPath(deep, L"cubemap_spheremap_p"),
     };
     for (const LayoutRow& layout : Layouts()) {
-        if (!layout.ExportReady()) continue;
+        if (layout.exportTo == nullptr) continue;
         for (const std::wstring& name : names) {
             const std::wstring path = WithExportPrefix(layout, name + Extension(layout));
             SCOPED_TRACE(std::string(layout.consoleName).append(1, ' ').append(ToUtf8(path)));

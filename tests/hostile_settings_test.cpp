@@ -115,7 +115,7 @@ TEST_F(HostileSettings, GeneratorsFillTheirFacesInTime) {
         if (!ConcernsGenerators(setting.key)) continue;
         ForHostileValues(plain_, setting, [&](const AppState& settings) {
             for (const LayoutRow& layout : Layouts()) {
-                if (layout.format < PanoramaFormat::Voronoi || !layout.ImportReady()) continue;
+                if (layout.format < PanoramaFormat::Voronoi || layout.importFrom == nullptr) continue;
                 RecordingFeedback feedback;
                 Panorama panorama(feedback, settings, nullptr);
                 const auto start = std::chrono::steady_clock::now();
@@ -147,7 +147,7 @@ TEST_F(HostileSettings, ExportsAndViewsKeepTheirSizes) {
             ASSERT_TRUE(session.panorama && !session.panorama->IsEmpty());
             session.panorama->modifications.logoSize = 0.5f;
             for (const LayoutRow& layout : Layouts()) {
-                if (!layout.ExportReady()) continue;
+                if (layout.exportTo == nullptr) continue;
                 SCOPED_TRACE(layout.consoleName);
                 for (const std::wstring& name : FindFiles(folder_ / L"out")) {
                     RemoveFile(folder_ / JoinPath(L"out", name));
@@ -270,7 +270,7 @@ TEST_F(HostileSettings, ABatchWithoutANamingSystemLosesNoFace) {
     job.extension = L"bmp";
     struct : BatchObserver {
         bool OnBegin(const BatchItem&, std::size_t, std::size_t) override { return true; }
-        void OnEnd(const BatchItem&, BatchOutcome, const std::wstring&) override {}
+        void OnEnd(const BatchItem&, BatchOutcome, const ConversionResult&) override {}
     } observer;
     const BatchPlan plan = PlanBatch(job, settings.fileNamingSystem);
     EXPECT_EQ(RunBatch(job, plan.items, false, settings, observer).converted, 1u);

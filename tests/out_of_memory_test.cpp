@@ -113,7 +113,7 @@ class OutOfMemory : public testing::Test {
         t.settings = settings_;
         t.SetFaces(16, PixelFormat::Rgba8);
         std::wstring infoLog;
-        if (layout.ExportReady()) {
+        if (layout.exportTo != nullptr) {
             EXPECT_TRUE(layout.exportTo(t.panorama, path, {}, infoLog));
         } else {
             EXPECT_TRUE(SavePicture(t.panorama.faces[0], path));

@@ -57,7 +57,8 @@ dialog() {
     menu "$1"
     xdotool key $2
     if await "$3"; then
-        sleep 1
+        # What is drawn comes after the controls.
+        sleep 3
         if [ -n "${5:-}" ]; then
             xdotool key $5
             sleep 1
