@@ -1,8 +1,10 @@
 #include "image/memory.h"
 
 #include <atomic>
+#include <cstdint>
 
 #include "platform/debug_line.h"
+#include "platform/large_block.h"
 
 namespace skyvault {
 
@@ -15,7 +17,8 @@ void* Allocate(std::size_t size, const wchar_t* failure) {
     int left = allocationsLeft;
     while (left > 0 && !allocationsLeft.compare_exchange_weak(left, left - 1)) {
     }
-    void* const block = left == 0 ? nullptr : std::malloc(size);
+    void* const block =
+        left == 0 || size > SIZE_MAX - kReadableBehind ? nullptr : AllocateBlock(size + kReadableBehind);
     if (!block) DebugLine(failure);
     return block;
 }

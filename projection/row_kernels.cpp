@@ -50,9 +50,10 @@ static void HorizonCurve(float* y, int n, float power) {
 
 static void PixelOffsets(const std::uint32_t* SKYVAULT_RESTRICT columns,
                          const std::uint32_t* SKYVAULT_RESTRICT rows, int n, std::uint32_t stride,
-                         std::uint32_t bytesPerPixel, std::uint64_t* SKYVAULT_RESTRICT offsets) {
+                         std::uint32_t bytesPerPixel, std::uint64_t origin,
+                         std::uint64_t* SKYVAULT_RESTRICT offsets) {
     for (int i = 0; i < n; ++i) {
-        offsets[i] = static_cast<std::uint64_t>(rows[i]) * stride +
+        offsets[i] = origin + static_cast<std::uint64_t>(rows[i]) * stride +
                      static_cast<std::uint64_t>(columns[i]) * bytesPerPixel;
     }
 }
@@ -131,7 +132,7 @@ static bool EquirectOffsets(const float* SKYVAULT_RESTRICT x, const float* SKYVA
     if (rare != 0) missing = PlaceRareDirections(x, y, z, n, grid, columnPosition, rowPosition);
     RoundAround(columnPosition, n, grid.width, columns);
     RoundAround(rowPosition, n, grid.height, rows);
-    PixelOffsets(columns, rows, n, grid.stride, grid.bytesPerPixel, offsets);
+    PixelOffsets(columns, rows, n, grid.stride, grid.bytesPerPixel, grid.origin, offsets);
     if (missing) {
         for (int i = 0; i < n; ++i) {
             if (!AreNumbers(columnPosition[i], rowPosition[i])) offsets[i] = kNoPixel;
@@ -182,7 +183,7 @@ static bool CubeOffsets(const float* SKYVAULT_RESTRICT x, const float* SKYVAULT_
     }
     std::int32_t missing = 0;
     for (int i = 0; i < n; ++i) missing |= sums[i] == sums[i] ? 0 : 1;
-    PixelOffsets(columns, rows, n, grid.stride, grid.bytesPerPixel, offsets);
+    PixelOffsets(columns, rows, n, grid.stride, grid.bytesPerPixel, 0, offsets);
     if (missing != 0) {
         for (int i = 0; i < n; ++i) {
             if (sums[i] != sums[i]) {
