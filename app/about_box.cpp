@@ -1,9 +1,13 @@
 #include "app/about_box.h"
 
+// After windows.h:
+#include <commctrl.h>
+
 #include <new>
 #include <string>
 
 #include "app/draw_canvas.h"
+#include "app/help_pages.h"
 #include "app/message_box.h"
 #include "app/screen.h"
 #include "image/picture_files.h"
@@ -48,6 +52,16 @@ void Draw(HWND box, HDC context, const Image& picture) {
     canvas.EndDraw();
 }
 
+void OnNotice(HWND box, const NMHDR& notice) {
+    if (notice.code != NM_CLICK && notice.code != NM_RETURN) return;
+    try {
+        if (notice.idFrom == IDC_ABOUT_GUIDE) OpenHelpPage(box, HelpPage::UserGuide);
+        if (notice.idFrom == IDC_ABOUT_COMMUNITY) OpenHelpPage(box, HelpPage::Community);
+    } catch (const std::bad_alloc&) {
+        // The page stays closed.
+    }
+}
+
 INT_PTR CALLBACK Procedure(HWND box, UINT message, WPARAM wParam, LPARAM lParam) {
     switch (message) {
         case WM_INITDIALOG:
@@ -67,6 +81,13 @@ INT_PTR CALLBACK Procedure(HWND box, UINT message, WPARAM wParam, LPARAM lParam)
             EndPaint(box, &paint);
             return TRUE;
         }
+        case WM_CTLCOLORSTATIC:
+            // The links stand on the paper, too.
+            SetBkColor(reinterpret_cast<HDC>(wParam), RGB(kPaper.red, kPaper.green, kPaper.blue));
+            return reinterpret_cast<INT_PTR>(GetStockObject(WHITE_BRUSH));
+        case WM_NOTIFY:
+            OnNotice(box, *reinterpret_cast<const NMHDR*>(lParam));
+            return TRUE;
         case WM_COMMAND:
             if (LOWORD(wParam) == IDOK || LOWORD(wParam) == IDCANCEL) EndDialog(box, LOWORD(wParam));
             return TRUE;
@@ -78,6 +99,8 @@ INT_PTR CALLBACK Procedure(HWND box, UINT message, WPARAM wParam, LPARAM lParam)
 }  // namespace
 
 void ShowAboutBox(HINSTANCE instance, HWND owner) {
+    const INITCOMMONCONTROLSEX links{sizeof links, ICC_LINK_CLASS};
+    InitCommonControlsEx(&links);
     // Without its picture the box still tells the version.
     const Image picture = LoadPicture(ProgramFolder() + L"\\media\\skins\\About.png");
     DialogBoxParamW(instance, MAKEINTRESOURCEW(IDD_ABOUT), owner, Procedure,

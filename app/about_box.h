@@ -1,4 +1,4 @@
-// The about box: the program's picture, name and version.
+// The about box: the program's picture, name and version, and the way to its help pages.
 #pragma once
 
 #include <windows.h>

@@ -9,6 +9,7 @@
 #include "app/file_dialogs.h"
 #include "app/message_box.h"
 #include "app/screen.h"
+#include "app/waiting_input.h"
 #include "platform/clock.h"
 #include "resources/resource_ids.h"
 #include "session/batch.h"
@@ -100,15 +101,6 @@ class DialogObserver final : public BatchObserver {
     HWND dialog_;
 };
 
-/// What was typed and clicked while nobody listened is not meant for what comes next.
-void ForgetInput() {
-    MSG message{};
-    while (PeekMessageW(&message, nullptr, WM_KEYFIRST, WM_KEYLAST, PM_REMOVE)) {
-    }
-    while (PeekMessageW(&message, nullptr, WM_MOUSEFIRST, WM_MOUSELAST, PM_REMOVE)) {
-    }
-}
-
 void ReadInto(HWND dialog, AppState& settings) {
     settings.batchSourceFolder = TextOf(dialog, IDC_BATCH_SOURCE);
     settings.batchSourceFormatIndex = Selected(dialog, IDC_BATCH_SOURCE_LAYOUT);
@@ -141,7 +133,7 @@ bool Start(HWND dialog, AppState& settings) {
         RunBatch(job, plan.items, false, settings, observer);
         SetCursor(before);
     }
-    ForgetInput();
+    ForgetWaitingInput();
     ShowMessage(L"Batch processing finished!", false);
     return true;
 }

@@ -1,13 +1,28 @@
 #include "app/main_window.h"
 
+#include <shellapi.h>
+
+#include <algorithm>
 #include <new>
 
+#include "app/dropped_files.h"
 #include "app/menu_commands.h"
 #include "app/message_box.h"
 #include "resources/resource_ids.h"
 #include "session/commands.h"
+#include "session/drop_files.h"
 
 namespace skyvault {
+namespace {
+
+/// A held key's repetition that has waited in the queue until after the key was let go: large pictures take
+/// longer to draw than keys to repeat, and turning on after the hand has stopped is no use.
+bool IsLateRepeat(WPARAM key, LPARAM keyData) {
+    const bool repeated = (keyData & LPARAM{1} << 30) != 0;
+    return repeated && (GetAsyncKeyState(static_cast<int>(key)) & 0x8000) == 0;
+}
+
+}  // namespace
 
 MainWindowClass::MainWindowClass(HINSTANCE instance)
     : instance_(instance),
@@ -50,6 +65,7 @@ LRESULT CALLBACK MainWindow::Procedure(HWND window, UINT message, WPARAM wParam,
         SetWindowLongPtrW(window, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(self));
         self->window_ = window;
         self->host_.SetWindow(window);
+        DragAcceptFiles(window, TRUE);
     }
     auto* const self = reinterpret_cast<MainWindow*>(GetWindowLongPtrW(window, GWLP_USERDATA));
     if (self == nullptr) return DefWindowProcW(window, message, wParam, lParam);
@@ -82,6 +98,12 @@ LRESULT MainWindow::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
         case WM_SIZE:
             OnSize();
             return 0;
+        case WM_GETMINMAXINFO: {
+            auto& limits = *reinterpret_cast<MINMAXINFO*>(lParam);
+            limits.ptMinTrackSize.x = std::max<LONG>(limits.ptMinTrackSize.x, kLeastWindowWidth);
+            limits.ptMinTrackSize.y = std::max<LONG>(limits.ptMinTrackSize.y, kLeastWindowHeight);
+            return 0;
+        }
         case WM_DPICHANGED: {
             const RECT& place = *reinterpret_cast<const RECT*>(lParam);
             SetWindowPos(window_, nullptr, place.left, place.top, place.right - place.left,
@@ -96,7 +118,7 @@ LRESULT MainWindow::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
             return 0;
         case WM_KEYDOWN:
             if (const std::uint16_t command = CommandOfKey(wParam); command != 0) {
-                OnCommand(command);
+                if (!IsLateRepeat(wParam, lParam)) OnCommand(command);
                 return 0;
             }
             break;
@@ -106,13 +128,26 @@ LRESULT MainWindow::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
         case WM_COMMAND:
             OnCommand(LOWORD(wParam));
             return 0;
+        case WM_DROPFILES:
+            OnDrop(wParam);
+            return 0;
+        case WM_LBUTTONDOWN:
+        case WM_MOUSEMOVE:
+        case WM_LBUTTONUP:
+        case WM_CAPTURECHANGED:
+        case WM_MOUSEWHEEL:
+            // A drag ends whatever else is going on; it does not begin then.
+            if (busy_ && message != WM_CAPTURECHANGED) return 0;
+            if (mouse_.OnMessage(window_, message, wParam, lParam)) RefreshView();
+            return 0;
         default:
             break;
     }
     return DefWindowProcW(window_, message, wParam, lParam);
 }
 
-void MainWindow::OnCommand(std::uint16_t command) {
+template <typename Operation>
+void MainWindow::Run(Operation operation) {
     if (busy_) return;
     struct Busy {
         bool& flag;
@@ -120,11 +155,29 @@ void MainWindow::OnCommand(std::uint16_t command) {
         ~Busy() { flag = false; }
     };
     const Busy busy(busy_);
-    RunMenuCommand(window_, instance_, session_, command);
-    if (refreshWhenDone_) {
+    operation();
+    while (refreshWhenDone_) {
         refreshWhenDone_ = false;
         Refresh(session_);
     }
+}
+
+void MainWindow::OnCommand(std::uint16_t command) {
+    Run([&] { RunMenuCommand(window_, instance_, session_, host_.Dialogs(), command); });
+}
+
+void MainWindow::OnDrop(WPARAM drop) {
+    const std::vector<std::wstring> paths = TakeDroppedFiles(drop);
+    Run([&] {
+        // The window dropped on is not always the one in front.
+        SetForegroundWindow(window_);
+        OpenDroppedFiles(session_, paths);
+    });
+}
+
+void MainWindow::RefreshView() {
+    refreshWhenDone_ = true;
+    Run([] {});
 }
 
 void MainWindow::OnSize() {
@@ -133,11 +186,7 @@ void MainWindow::OnSize() {
     StoreRect();
     host_.ReleaseCanvas();
     if (session_.panorama == nullptr) return;
-    if (busy_) {
-        refreshWhenDone_ = true;
-    } else {
-        Refresh(session_);
-    }
+    RefreshView();
 }
 
 void MainWindow::OnPaint() {

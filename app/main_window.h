@@ -3,6 +3,7 @@
 
 #include <windows.h>
 
+#include "app/preview_mouse.h"
 #include "app/window_host.h"
 #include "session/session.h"
 
@@ -27,7 +28,7 @@ class MainWindow {
   public:
     /// The references are kept.
     MainWindow(HINSTANCE instance, Session& session, WindowHost& host)
-        : instance_(instance), session_(session), host_(host) {}
+        : instance_(instance), session_(session), host_(host), mouse_(session) {}
     ~MainWindow();
     MainWindow(const MainWindow&) = delete;
     MainWindow& operator=(const MainWindow&) = delete;
@@ -43,15 +44,22 @@ class MainWindow {
   private:
     LRESULT OnMessage(UINT message, WPARAM wParam, LPARAM lParam);
     void OnCommand(std::uint16_t command);
+    void OnDrop(WPARAM drop);
     void OnSize();
     void OnPaint();
     void StoreRect();
+    /// Runs what may take long or ask the user, unless something of the kind runs already.
+    template <typename Operation>
+    void Run(Operation operation);
+    /// Draws the view anew, now or when the running command is done.
+    void RefreshView();
     /// Whether painting covers the whole client area, so that nothing needs to be erased before.
     bool PaintsEverything() const;
 
     HINSTANCE instance_;
     Session& session_;
     WindowHost& host_;
+    PreviewMouse mouse_;
     HWND window_ = nullptr;
     /// A command is running. Its message boxes let other messages in, but no second command: that could
     /// take away the panorama the first one works on.

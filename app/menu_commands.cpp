@@ -1,18 +1,14 @@
 #include "app/menu_commands.h"
 
-#include <shellapi.h>
-
 #include "app/about_box.h"
 #include "app/batch_dialog.h"
+#include "app/help_pages.h"
+#include "app/options_dialog.h"
 #include "session/commands.h"
 #include "session/layouts.h"
-#include "session/not_available.h"
 
 namespace skyvault {
 namespace {
-
-constexpr const wchar_t* kUserGuidePage = L"https://skyvault.example/guide";
-constexpr const wchar_t* kCommunityPage = L"https://skyvault.example/community";
 
 struct ViewKey {
     WORD key;
@@ -48,10 +44,6 @@ constexpr CommandKey kCommandKeys[] = {
     {VK_SUBTRACT, kCommandSmallerFov},
 };
 
-void OpenPage(HWND owner, const wchar_t* address) {
-    ShellExecuteW(owner, L"open", address, nullptr, nullptr, SW_SHOWNORMAL);
-}
-
 }  // namespace
 
 std::uint16_t CommandOfKey(WPARAM virtualKey) {
@@ -70,7 +62,8 @@ std::uint16_t CommandOfCharacter(WPARAM character) {
     return character == L'M' || character == L'm' ? std::uint16_t{kCommandMagnifyingGlass} : std::uint16_t{0};
 }
 
-void RunMenuCommand(HWND window, HINSTANCE instance, Session& session, std::uint16_t command) {
+void RunMenuCommand(HWND window, HINSTANCE instance, Session& session, const FileDialogs& fileDialogs,
+                    std::uint16_t command) {
     if (RunCommand(session, command)) return;
     switch (command) {
         case kCommandExit:
@@ -80,13 +73,16 @@ void RunMenuCommand(HWND window, HINSTANCE instance, Session& session, std::uint
             ShowAboutBox(instance, window);
             break;
         case kCommandUserGuide:
-            OpenPage(window, kUserGuidePage);
+            OpenHelpPage(window, HelpPage::UserGuide);
             break;
         case kCommandCommunity:
-            OpenPage(window, kCommunityPage);
+            OpenHelpPage(window, HelpPage::Community);
             break;
         case kCommandOptions:
-            TellNotAvailable(session.host, L"Options");
+            if (ShowOptionsDialog(instance, window, session.settings, fileDialogs) == IDOK)
+                ApplyOptions(session);
+            // "Reset all" also sets what has check marks in the menu, and stands after Cancel too.
+            session.host.UpdateMenuChecks();
             break;
         case kCommandBatch:
             ShowBatchDialog(instance, window, session.settings);

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 
+#include "app/file_dialogs.h"
 #include "session/session.h"
 
 namespace skyvault {
@@ -15,7 +16,9 @@ std::uint16_t CommandOfKey(WPARAM virtualKey);
 /// The same for typed characters.
 std::uint16_t CommandOfCharacter(WPARAM character);
 
-/// Runs a menu command of the session or of the window; unknown numbers do nothing.
-void RunMenuCommand(HWND window, HINSTANCE instance, Session& session, std::uint16_t command);
+/// Runs a menu command of the session or of the window; unknown numbers do nothing. The file dialogs are for
+/// the window's own dialogs.
+void RunMenuCommand(HWND window, HINSTANCE instance, Session& session, const FileDialogs& fileDialogs,
+                    std::uint16_t command);
 
 }  // namespace skyvault

@@ -58,12 +58,11 @@ int Run(HINSTANCE instance, int showCommand) {
     InitCommonControlsEx(&controls);
 
     const MainWindowClass windowClass(instance);
-    AppState settings = DefaultAppState();
-    settings.windowRect = DefaultWindowRectOfScreen();
+    AppState settings = DefaultSettingsOfScreen();
     LoadSettings(settings, SettingsPath(ProgramFolder()), VirtualScreen());
 
     WindowHost host(settings);
-    Session session{settings, host, nullptr, {}};
+    Session session{settings, host};
     MainWindow window(instance, session, host);
     if (!window.Create()) return 0;
     host.SetSession(&session);

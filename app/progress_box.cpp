@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "app/screen.h"
+#include "app/waiting_input.h"
 #include "resources/resource_ids.h"
 
 namespace skyvault {
@@ -63,6 +64,7 @@ void ProgressBox::End() {
     if (!IsOpen()) return;
     DestroyWindow(box_);
     box_ = nullptr;
+    ForgetWaitingInput();
 }
 
 }  // namespace skyvault

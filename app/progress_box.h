@@ -27,6 +27,7 @@ class ProgressBox {
     void Set(float fraction, std::wstring_view text);
     /// Back to 0 % without text.
     void Reset();
+    /// Closes the box; what was typed and clicked while it was open is forgotten.
     void End();
     bool IsOpen() const { return box_ != nullptr; }
 

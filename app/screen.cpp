@@ -15,6 +15,12 @@ ScreenRect DefaultWindowRectOfScreen() {
     return DefaultWindowRect(GetSystemMetrics(SM_CXSCREEN), GetSystemMetrics(SM_CYSCREEN), VirtualScreen());
 }
 
+AppState DefaultSettingsOfScreen() {
+    AppState settings = DefaultAppState();
+    settings.windowRect = DefaultWindowRectOfScreen();
+    return settings;
+}
+
 float ScaleOf(HWND window) {
     const UINT dpi = GetDpiForWindow(window);
     return dpi == 0 ? 1.0f : static_cast<float>(dpi) / 96.0f;

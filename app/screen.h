@@ -13,6 +13,9 @@ ScreenRect VirtualScreen();
 /// DefaultWindowRect of the primary screen.
 ScreenRect DefaultWindowRectOfScreen();
 
+/// DefaultAppState with the default window of the primary screen.
+AppState DefaultSettingsOfScreen();
+
 /// Pixels per 96th of an inch of the window's monitor: 1.0, 1.25, 1.5 …
 float ScaleOf(HWND window);
 

@@ -26,6 +26,9 @@ class WindowHost final : public Host {
     void SetUpProgress(HINSTANCE instance) { progress_.SetUp(instance, window_); }
     bool BuildFileFilters() { return dialogs_.BuildFilters(); }
 
+    /// For dialogs that ask for files in their own name.
+    const FileDialogs& Dialogs() const { return dialogs_; }
+
     /// The canvas is made when first needed; it has to be released when the client area changes its size.
     void ReleaseCanvas() { canvas_.reset(); }
 

@@ -2,21 +2,11 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
 
+#include "platform/silent_feedback.h"
 #include "projection/panorama.h"
 
 namespace skyvault::bench {
-
-struct SilentFeedback : Feedback {
-    void Information(const std::wstring&) override {}
-    void Error(const std::wstring&) override {}
-    void BeginProgress() override {}
-    void SetProgress(float, std::wstring_view) override {}
-    void ResetProgress() override {}
-    void EndProgress() override {}
-    bool ProgressActive() const override { return false; }
-};
 
 /// A panorama whose pictures hold noise.
 struct BenchPanorama {

@@ -73,7 +73,7 @@ void View(benchmark::State& state, const LayoutRow& layout) {
 
 const bool kRegistered = [] {
     for (const LayoutRow& layout : Layouts()) {
-        if (layout.viewCommand == 0 || !layout.ExportReady()) continue;
+        if (layout.viewCommand == 0) continue;
         benchmark::RegisterBenchmark((std::string("View/") + layout.consoleName).c_str(),
                                      [&layout](benchmark::State& state) { View(state, layout); })
             ->Unit(benchmark::kMillisecond);

@@ -99,14 +99,6 @@ void TellOfMissingFaces(const ConversionResult& result, const std::vector<std::w
 }  // namespace
 
 ExitStatus RunConvert(const ConvertOptions& options) {
-    if (!options.from->ImportReady()) {
-        return Fail(std::wstring(options.from->name) + L" cannot be read by this version: " +
-                    Quoted(options.inputs.front()));
-    }
-    if (!options.to->ExportReady()) {
-        return Fail(std::wstring(options.to->name) + L" cannot be written by this version: " +
-                    Quoted(options.output));
-    }
     AppState settings;
     if (!LoadWorkSettings(options, settings)) return Fail(L"Could not open " + Quoted(options.settingsFile));
     const std::wstring obstacle = OutputObstacle(options, settings);

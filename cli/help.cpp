@@ -23,14 +23,8 @@ std::string LayoutNames(bool (*fits)(const LayoutRow&)) {
     return text + "\n";
 }
 
-bool CanRead(const LayoutRow& layout) {
-    return IsImportLayout(layout) && layout.ImportReady();
-}
 bool IsInBatch(const LayoutRow& layout) {
     return static_cast<int>(layout.format) < kBatchLayoutCount;
-}
-bool CanWrite(const LayoutRow& layout) {
-    return IsExportLayout(layout) && layout.ExportReady();
 }
 
 }  // namespace
@@ -57,8 +51,8 @@ std::string MainFooter() {
 }
 
 std::string ConvertFooter() {
-    return "Layouts this version reads (--from):\n" + LayoutNames(CanRead) +
-           "Layouts this version writes (--to):\n" + LayoutNames(CanWrite) +
+    return "Layouts to read (--from):\n" + LayoutNames(IsImportLayout) + "Layouts to write (--to):\n" +
+           LayoutNames(IsExportLayout) +
            "\n"
            "OUTPUT's extension chooses the file type: bmp dds gif heic jpg png tif; for --to dds it\n"
            "is dds. An older file is replaced once the new one is whole. The written file is\n"
@@ -76,7 +70,7 @@ std::string ConvertFooter() {
 }
 
 std::string GenerateFooter() {
-    return "Kinds:\n" + LayoutNames(IsGenerator) + "Layouts (--to):\n" + LayoutNames(CanWrite) +
+    return "Kinds:\n" + LayoutNames(IsGenerator) + "Layouts (--to):\n" + LayoutNames(IsExportLayout) +
            "\n"
            "The faces are as large as Resolution0 says; the settings Voronoi..., Fractal..., Lights...,\n"
            "Blobs... and Polyhedra... are those of the options dialog.\n\n"

@@ -49,7 +49,10 @@ bool GenerateLights(Panorama& panorama, const std::wstring& palettePicturePath) 
     const std::int32_t count = ClampInt(settings.lightsLights, 1, kMostLights);
     const LightSpread spread = SpreadOf(settings.lightsBrightness);
     MVector<Light> lights;
-    if (!lights.Resize(count, false)) return false;
+    if (!lights.Resize(count, false)) {
+        panorama.feedback.Error(L"Out of memory");
+        return false;
+    }
     for (std::int32_t i = 0; i < count; ++i) lights[i] = Light();
 
     const Image palette = palettePicturePath.empty() ? Image() : LoadPicture(palettePicturePath);

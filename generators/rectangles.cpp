@@ -54,7 +54,10 @@ bool GenerateRectangles(Panorama& panorama, const std::wstring& palettePicturePa
     const std::int32_t count = ClampInt(settings.blobsForceFields, 1, kMostRectangles);
     const float size = ClampFloat(settings.blobsPower, 5.0f, 50.0f);
     MVector<Rectangles> memory;
-    if (!memory.Resize(1, false)) return false;
+    if (!memory.Resize(1, false)) {
+        panorama.feedback.Error(L"Out of memory");
+        return false;
+    }
     Rectangles& rectangles = memory[0];
     rectangles.planes.count = count;
     for (int k = 0; k < count; ++k) DrawRectangle(size, rectangles.planes, k);

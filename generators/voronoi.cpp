@@ -88,7 +88,10 @@ bool GenerateVoronoi(Panorama& panorama, const std::wstring& palettePicturePath)
     // Without a palette all seeds are black and at one place: one stands for all.
     if (!palette.IsValid()) count = 1;
     VoronoiSeeds seeds;
-    if (!seeds.Resize(count)) return false;
+    if (!seeds.Resize(count)) {
+        panorama.feedback.Error(L"Out of memory");
+        return false;
+    }
     if (palette.IsValid()) DrawSeeds(palette, count, seeds);
 
     PaintVoronoi(panorama, GeneratorFaceSize(panorama, true), seeds, look);

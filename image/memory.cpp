@@ -2,7 +2,9 @@
 
 #include <atomic>
 #include <cstdint>
+#include <limits>
 
+#include "image/memory_faults.h"
 #include "platform/debug_line.h"
 #include "platform/large_block.h"
 
@@ -10,15 +12,23 @@ namespace skyvault {
 
 namespace {
 
-std::atomic<int> allocationsLeft{-1};
+std::atomic<int> allocationsLeft{-1}, failuresLeft{0};
+
+/// Whether a test wants this allocation to fail.
+bool IsToFail() {
+    int left = allocationsLeft.load(std::memory_order_relaxed);
+    while (left > 0 && !allocationsLeft.compare_exchange_weak(left, left - 1)) {
+    }
+    if (left != 0) return false;
+    const int failures = failuresLeft--;
+    if (failures <= 1) allocationsLeft = -1;
+    return failures > 0;
+}
 
 void* Allocate(std::size_t size, const wchar_t* failure) {
     if (size == 0) return nullptr;
-    int left = allocationsLeft;
-    while (left > 0 && !allocationsLeft.compare_exchange_weak(left, left - 1)) {
-    }
     void* const block =
-        left == 0 || size > SIZE_MAX - kReadableBehind ? nullptr : AllocateBlock(size + kReadableBehind);
+        IsToFail() || size > SIZE_MAX - kReadableBehind ? nullptr : AllocateBlock(size + kReadableBehind);
     if (!block) DebugLine(failure);
     return block;
 }
@@ -34,6 +44,12 @@ void* AllocateForMVector(std::size_t size) {
 }
 
 void FailAllocationsAfter(int count) {
+    failuresLeft = std::numeric_limits<int>::max();
+    allocationsLeft = count;
+}
+
+void FailOneAllocationAfter(int count) {
+    failuresLeft = 1;
     allocationsLeft = count;
 }
 

@@ -100,6 +100,8 @@ bool IsCut(const std::wstring& path) {
 }
 
 bool OpenPicture::Open(const std::wstring& path, std::uint32_t frame) {
+    // Opening a pipe would wait for its other end.
+    if (!std::filesystem::is_regular_file(ToUtf8(path))) return false;
     const std::uint64_t fileSize = FileSizeOf(path);
     if (!ReadHeader(path, header) || !PlausibleSize(header.width, header.height, fileSize)) return false;
     if (header.kind == PictureKind::Gif && std::uint64_t{header.width} * header.height >= (1u << 29)) {
@@ -269,8 +271,7 @@ bool ReadPixels(OpenPicture& picture, const Plan& plan, Image& image) {
 
 bool Decode(const std::wstring& path, std::uint32_t frame, const PictureSize& target, Image& image) {
     OpenPicture picture;
-    // Opening a pipe would wait for its other end.
-    if (!std::filesystem::is_regular_file(ToUtf8(path)) || !picture.Open(path, frame)) return false;
+    if (!picture.Open(path, frame)) return false;
     const PictureSize size{static_cast<std::uint32_t>(picture.spec.width),
                            static_cast<std::uint32_t>(picture.spec.height)};
     const Plan plan = MakePlan(picture);
@@ -303,6 +304,18 @@ bool DecodePicture(const std::wstring& path, std::uint32_t frame, std::uint32_t 
                    std::uint32_t targetHeight, Image& image) {
     try {
         return Decode(path, frame, {targetWidth, targetHeight}, image);
+    } catch (...) {
+        return false;
+    }
+}
+
+bool MeasurePicture(const std::wstring& path, PictureSize& size) {
+    try {
+        OpenPicture picture;
+        if (!picture.Open(path, 0)) return false;
+        size = {static_cast<std::uint32_t>(picture.spec.width),
+                static_cast<std::uint32_t>(picture.spec.height)};
+        return true;
     } catch (...) {
         return false;
     }

@@ -20,6 +20,10 @@ PictureContainer ContainerOfExtension(const std::wstring& upperExtension);
 bool DecodePicture(const std::wstring& path, std::uint32_t frame, std::uint32_t targetWidth,
                    std::uint32_t targetHeight, Image& image);
 
+/// The size of the first frame as far as the codec tells it without decoding. False when it cannot open the
+/// file or does not believe its header.
+bool MeasurePicture(const std::wstring& path, PictureSize& size);
+
 /// Encodes the picture in (or as near as the container allows to) the format, straight to `path`, whose
 /// extension need not match. False on any failure; a broken file may then be left, which the caller
 /// removes.

@@ -1,8 +1,10 @@
 #include "image/picture_files.h"
 
+#include <array>
 #include <vector>
 
 #include "image/bleed_alpha.h"
+#include "image/dds_container.h"
 #include "image/dds_cube_map.h"
 #include "image/picture_codec.h"
 #include "image/tga_reader.h"
@@ -29,6 +31,26 @@ bool ReadByExtension(const std::wstring& path, std::uint32_t frame, const Pictur
     return DecodePicture(path, frame, target.width, target.height, image);
 }
 
+bool MeasureTga(const std::wstring& path, PictureSize& size) {
+    std::array<std::byte, kTgaHeaderSize> header;
+    FileStream file(path, FileUse::Read);
+    return file.IsOpen() && file.Read(header.data(), header.size()) && ReadTgaSize(header, size);
+}
+
+bool MeasureDds(const std::wstring& path, PictureSize& size) {
+    DdsMetadata metadata;
+    if (!ReadDdsMetadata(path, metadata)) return false;
+    size = {metadata.width, metadata.height};
+    return true;
+}
+
+bool MeasureByExtension(const std::wstring& path, PictureSize& size) {
+    const std::wstring extension = UpperExtension(path);
+    if (extension == L"TGA") return MeasureTga(path, size);
+    if (extension == L"DDS") return MeasureDds(path, size);
+    return MeasurePicture(path, size);
+}
+
 bool WriteByExtension(const Image& image, const std::wstring& path, PixelFormat format) {
     const std::wstring extension = UpperExtension(path);
     const bool dds = extension == L"DDS";
@@ -47,6 +69,11 @@ Image LoadPicture(const std::wstring& path, std::uint32_t frame, std::uint32_t t
     Image image;
     if (!ReadByExtension(path, frame, {targetWidth, targetHeight}, image)) image.Clear();
     return image;
+}
+
+PictureSize ReadPictureSize(const std::wstring& path) {
+    PictureSize size;
+    return MeasureByExtension(path, size) ? size : PictureSize{};
 }
 
 bool SavePicture(Image& image, const std::wstring& path, PixelFormat format, std::wstring* infoLog,

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "image/image.h"
+#include "image/picture_size.h"
 
 namespace skyvault {
 
@@ -15,6 +16,9 @@ namespace skyvault {
 /// With both target sizes ≥ 1 the picture is scaled while decoding to fit inside them, aspect ratio kept.
 Image LoadPicture(const std::wstring& path, std::uint32_t frame = 0, std::uint32_t targetWidth = 0,
                   std::uint32_t targetHeight = 0);
+
+/// The size a picture file says it has, without reading its pixels; 0 × 0 when it cannot be told.
+PictureSize ReadPictureSize(const std::wstring& path);
 
 /// Writes a picture, choosing the codec by the path's extension. format None writes the picture's own.
 /// infoLog: when given, on success the four lines Path, Size, Resolution and Format are appended; on

@@ -10,7 +10,6 @@
 namespace skyvault {
 namespace {
 
-constexpr std::size_t kHeaderSize = 18;
 constexpr int kColourMapped = 1;
 constexpr int kTrueColour = 2;
 constexpr int kTopDownBit = 0x20;
@@ -35,7 +34,7 @@ int Signed16(std::span<const std::byte> file, std::size_t at) {
 }
 
 bool ReadHeader(std::span<const std::byte> file, Header& header) {
-    if (file.size() < kHeaderSize) return false;
+    if (file.size() < kTgaHeaderSize) return false;
     header.colourMapType = Byte(file, 1);
     header.imageType = Byte(file, 2);
     header.colourMapLength = Byte(file, 5) | Byte(file, 6) << 8;
@@ -102,10 +101,17 @@ bool ReadColourMapped(std::span<const std::byte> data, std::size_t fileSize, con
 
 }  // namespace
 
+bool ReadTgaSize(std::span<const std::byte> header, PictureSize& size) {
+    Header read;
+    if (!ReadHeader(header, read)) return false;
+    size = {static_cast<std::uint32_t>(read.width), static_cast<std::uint32_t>(read.height)};
+    return true;
+}
+
 bool ReadTga(std::span<const std::byte> file, std::wstring_view name, Image& image) {
     Header header{};
     if (!ReadHeader(file, header)) return false;
-    const std::span<const std::byte> data = file.subspan(kHeaderSize);
+    const std::span<const std::byte> data = file.subspan(kTgaHeaderSize);
     bool ok = false;
     if (header.imageType == kTrueColour && header.colourMapType == 0 && header.bitsPerPixel != 8) {
         ok = ReadTrueColour(data, header, image);

@@ -10,6 +10,7 @@
 #include <string_view>
 
 #include "image/image.h"
+#include "image/picture_size.h"
 
 namespace skyvault {
 
@@ -18,6 +19,11 @@ namespace skyvault {
 constexpr std::uint64_t LargestColourMappedPicture(std::size_t fileSize) {
     return (std::uint64_t{16} << 20) + std::uint64_t{1024} * fileSize;
 }
+
+inline constexpr std::size_t kTgaHeaderSize = 18;
+
+/// The size a TGA file's header tells; false for kinds of pictures that ReadTga refuses.
+bool ReadTgaSize(std::span<const std::byte> header, PictureSize& size);
 
 /// Reads a TGA file held in memory. name: for the debugger line that tells the stored row order.
 /// False for any other kind than those above, for true-colour files with less pixel data than they claim,

@@ -83,6 +83,38 @@ ComPtr<IWICBitmapSource> InFormat(const ComPtr<IWICBitmapSource>& source, const 
     return converted;
 }
 
+/// False for devices, whose names files may have: reading "CON.png" would wait for the keyboard.
+bool IsOnDisk(const std::wstring& path) {
+    const HANDLE file =
+        CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                    nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE) return false;
+    const bool onDisk = GetFileType(file) == FILE_TYPE_DISK;
+    CloseHandle(file);
+    return onDisk;
+}
+
+/// A file and one of its frames.
+struct OpenFrame {
+    ComPtr<IWICImagingFactory> factory = CreateWicFactory();
+    ComPtr<IWICBitmapDecoder> decoder;
+    UINT frameCount = 0;
+    ComPtr<IWICBitmapFrameDecode> decode;
+    ComPtr<IWICBitmapSource> source;  ///< the same
+
+    bool Open(const std::wstring& path, UINT frame) {
+        if (!factory || !IsOnDisk(path) ||
+            FAILED(factory->CreateDecoderFromFilename(path.c_str(), nullptr, GENERIC_READ,
+                                                      WICDecodeMetadataCacheOnDemand, decoder.Put())) ||
+            FAILED(decoder->GetFrameCount(&frameCount)) || frameCount == 0 ||
+            FAILED(decoder->GetFrame(frame, decode.Put()))) {
+            return false;
+        }
+        source = decode.As<IWICBitmapSource>(IID_IWICBitmapSource);
+        return static_cast<bool>(source);
+    }
+};
+
 bool ProbeTiffByteOrder() {
     // One grey pixel, 0x1234, in a big-endian file.
     static constexpr BYTE kFile[] = {'M', 'M',  0, 42, 0, 0, 0, 10, 0x12, 0x34,  //
@@ -148,23 +180,14 @@ bool CopyWicPixels(IWICBitmapSource& whole, IWICBitmapSource& rows, Image& image
 
 bool DecodePicture(const std::wstring& path, std::uint32_t frameIndex, std::uint32_t targetWidth,
                    std::uint32_t targetHeight, Image& image) {
-    const ComPtr<IWICImagingFactory> factory = CreateWicFactory();
-    if (!factory) return false;
-    ComPtr<IWICBitmapDecoder> decoder;
-    UINT frameCount = 0;
-    if (FAILED(factory->CreateDecoderFromFilename(path.c_str(), nullptr, GENERIC_READ,
-                                                  WICDecodeMetadataCacheOnDemand, decoder.Put())) ||
-        FAILED(decoder->GetFrameCount(&frameCount)) || frameCount == 0) {
-        return false;
-    }
-    ComPtr<IWICBitmapFrameDecode> frameDecode;
-    if (FAILED(decoder->GetFrame(frameIndex, frameDecode.Put()))) return false;
-    const auto frame = frameDecode.As<IWICBitmapSource>(IID_IWICBitmapSource);
-    if (!frame) return false;
+    OpenFrame file;
+    if (!file.Open(path, frameIndex)) return false;
+    IWICImagingFactory& factory = *file.factory.Get();
+    const ComPtr<IWICBitmapSource>& frame = file.source;
 
     ComPtr<IWICBitmapSource> source = frame;
     if (targetWidth >= 1 && targetHeight >= 1) {
-        source = ScaleToFit(*factory.Get(), *frame.Get(), targetWidth, targetHeight);
+        source = ScaleToFit(factory, *frame.Get(), targetWidth, targetHeight);
         if (!source) return false;
     }
     UINT width = 0, height = 0;
@@ -184,13 +207,24 @@ bool DecodePicture(const std::wstring& path, std::uint32_t frameIndex, std::uint
 
     Image decoded(width, height, format.format);
     if (!decoded.IsValid() || !CopyWicPixels(*whole.Get(), *rows.Get(), decoded)) return false;
-    if (NeedsByteSwap(*factory.Get(), *decoder.Get(), path, listed)) {
+    if (NeedsByteSwap(factory, *file.decoder.Get(), path, listed)) {
         SwapBytesOf16(decoded.pixels.get(), decoded.ByteCount());
     }
     if (format.swapRedAndBlue) decoded.SwapRedAndBlue();
-    decoded.frameCount = frameCount;
-    if (frameCount > 1) ReadFrameInformation(*frameDecode.Get(), decoded);
+    decoded.frameCount = file.frameCount;
+    if (file.frameCount > 1) ReadFrameInformation(*file.decode.Get(), decoded);
     image = std::move(decoded);
+    return true;
+}
+
+bool MeasurePicture(const std::wstring& path, PictureSize& size) {
+    OpenFrame file;
+    UINT width = 0, height = 0;
+    if (!file.Open(path, 0) || FAILED(file.source->GetSize(&width, &height)) || width == 0 || height == 0 ||
+        !PlausibleSize(width, height, FileSizeOf(path))) {
+        return false;
+    }
+    size = {width, height};
     return true;
 }
 

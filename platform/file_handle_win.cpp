@@ -18,6 +18,11 @@ bool FileHandle::Open(const std::wstring& path, bool write, bool shared) {
         CreateFileW(path.c_str(), write ? GENERIC_WRITE : GENERIC_READ, shared ? FILE_SHARE_READ : 0, nullptr,
                     write ? OPEN_ALWAYS : OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (handle == INVALID_HANDLE_VALUE) return false;
+    // "CON.tga" is the keyboard on some versions of the system; such a device may never end.
+    if (!write && GetFileType(handle) != FILE_TYPE_DISK) {
+        CloseHandle(handle);
+        return false;
+    }
     handle_ = handle;
     return true;
 }

@@ -82,6 +82,11 @@ bool RemoveFile(const std::wstring& path) {
     return unlink(ToUtf8(path).c_str()) == 0;
 }
 
+bool MakeNewFile(const std::wstring& path) {
+    const int descriptor = open(ToUtf8(path).c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    return descriptor >= 0 && close(descriptor) == 0;
+}
+
 bool MakeOneFolder(const std::wstring& path) {
     return mkdir(ToUtf8(path).c_str(), 0777) == 0;
 }

@@ -57,11 +57,32 @@ bool MoveToNewName(const std::wstring& from, const std::wstring& to) {
 }
 
 bool MoveOver(const std::wstring& from, const std::wstring& to) {
-    return MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING);
+    // Another program may hold the old file for a moment: a second one of ours that reads its settings, a
+    // virus scanner, a backup.
+    constexpr int kAttempts = 10;
+    constexpr DWORD kMillisecondsBetween = 100;
+    for (int attempt = 1;; ++attempt) {
+        if (MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING)) return true;
+        const DWORD error = GetLastError();
+        const bool held = error == ERROR_SHARING_VIOLATION || error == ERROR_ACCESS_DENIED;
+        const DWORD attributes = GetFileAttributesW(to.c_str());
+        constexpr DWORD kForGood = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_READONLY;
+        if (!held || attributes == INVALID_FILE_ATTRIBUTES || (attributes & kForGood) ||
+            attempt == kAttempts) {
+            return false;
+        }
+        Sleep(kMillisecondsBetween);
+    }
 }
 
 bool RemoveFile(const std::wstring& path) {
     return DeleteFileW(path.c_str());
+}
+
+bool MakeNewFile(const std::wstring& path) {
+    const HANDLE file =
+        CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
+    return file != INVALID_HANDLE_VALUE && CloseHandle(file);
 }
 
 bool MakeOneFolder(const std::wstring& path) {

@@ -10,24 +10,23 @@
 #include "platform/files.h"
 #include "platform/path_text.h"
 #include "platform/pending_outputs.h"
+#include "platform/system_folders.h"
 
 namespace skyvault {
 
 namespace {
 
-// The clock part keeps two programs apart that write to the same folder.
-std::wstring FreeNameBeside(const std::wstring& target) {
+constexpr int kMostTries = 100;
+
+std::wstring NewNameBeside(const std::wstring& target) {
     static std::atomic<std::uint32_t> counter{0};
     const std::wstring_view name = FileNamePart(target);
     const std::wstring_view folder = std::wstring_view(target).substr(0, target.size() - name.size());
     const std::size_t dot = name.rfind(L'.');
     const std::wstring_view extension = dot == std::wstring_view::npos ? L"" : name.substr(dot);
-    for (;;) {
-        std::wstring path(folder);
-        path += L"Skyvault-" + std::to_wstring(MillisecondClock()) + L"-" + std::to_wstring(counter++);
-        path += extension;
-        if (!FileExists(path) && !FolderExists(path)) return path;
-    }
+    std::wstring path(folder);
+    path += L"Skyvault-" + std::to_wstring(MillisecondClock()) + L"-" + std::to_wstring(counter++);
+    return path += extension;
 }
 
 // The temporary files and folders that may be on disk. Renaming happens under the lock, so that an abandoned
@@ -63,9 +62,17 @@ void ForgetPendingOutput(const std::wstring& path) {
     std::erase(pending.paths, path);
 }
 
-OutputFile::OutputFile(std::wstring targetPath)
-    : targetPath_(std::move(targetPath)), temporaryPath_(FreeNameBeside(targetPath_)) {
-    AddPendingOutput(temporaryPath_);
+OutputFile::OutputFile(std::wstring targetPath) : targetPath_(std::move(targetPath)) {
+    // The name is taken by making the file: another program, on this machine or on another one that shares
+    // the folder, may come upon the same name at the same moment.
+    for (int i = 0; i < kMostTries; ++i) {
+        temporaryPath_ = NewNameBeside(targetPath_);
+        if (FileExists(temporaryPath_) || FolderExists(temporaryPath_)) continue;
+        AddPendingOutput(temporaryPath_);
+        // Where no file can be made, the writer will find out.
+        if (MakeNewFile(temporaryPath_) || !FileExists(temporaryPath_)) return;
+        ForgetPendingOutput(temporaryPath_);
+    }
 }
 
 OutputFile::~OutputFile() {
@@ -79,7 +86,8 @@ bool OutputFile::Commit() {
     PendingFiles& pending = Pending();
     const std::lock_guard lock(pending.mutex);
     if (finished_) return true;
-    finished_ = !pending.abandoned && MoveOver(temporaryPath_, targetPath_);
+    // No file of ours is empty: nothing was written into this one.
+    finished_ = !pending.abandoned && FileSizeOf(temporaryPath_) > 0 && MoveOver(temporaryPath_, targetPath_);
     if (!finished_) RemoveFile(temporaryPath_);
     return finished_;
 }

@@ -5,8 +5,8 @@
 
 namespace skyvault {
 
-/// A temporary name beside the target, on the same volume and with the same extension (codecs look at
-/// it). Write the file under TemporaryPath() and call Commit(); without a Commit the destructor removes
+/// A new file beside the target, on the same volume and with the same extension (codecs look at
+/// it). Write it anew under TemporaryPath() and call Commit(); without a Commit the destructor removes
 /// the temporary file and the target stays as it was.
 class OutputFile {
   public:
@@ -18,7 +18,8 @@ class OutputFile {
     const std::wstring& TemporaryPath() const { return temporaryPath_; }
 
     /// Renames the temporary file to the target, replacing an older one. False when that fails (the
-    /// target is a folder, is open elsewhere, was made read-only …); the temporary file is then removed.
+    /// target is a folder, is open elsewhere, was made read-only …), and for a file without a byte; the
+    /// temporary file is then removed.
     bool Commit();
 
   private:

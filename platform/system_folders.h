@@ -8,6 +8,9 @@ namespace skyvault {
 /// Creates one folder whose parent exists.
 bool MakeOneFolder(const std::wstring& path);
 
+/// Makes an empty file. False when anything has the name already.
+bool MakeNewFile(const std::wstring& path);
+
 /// Removes an empty folder.
 bool RemoveOneFolder(const std::wstring& path);
 

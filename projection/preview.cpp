@@ -1,5 +1,6 @@
 #include "projection/preview.h"
 
+#include "image/numeric.h"
 #include "image/picture_size.h"
 #include "projection/render_layout.h"
 
@@ -20,6 +21,13 @@ PictureSize PreviewSize(std::int32_t index) {
     }
 }
 
+/// A settings file may hold anything, and the steps of the menu multiply without end. Beyond the limit every
+/// pixel looks straight ahead anyway, and the squares of a direction would leave what a float holds.
+float FocalDepth(std::uint32_t width, float previewFov) {
+    constexpr float kLimit = 1e18f;
+    return ClampFloat(static_cast<float>(width) * previewFov, -kLimit, kLimit);
+}
+
 }  // namespace
 
 bool ExportPreview(Panorama& panorama, const std::wstring& path, const Camera& camera,
@@ -37,7 +45,7 @@ bool ExportPreview(Panorama& panorama, const std::wstring& path, const Camera& c
         if (size.width < 1 || size.height < 1) return false;
     }
     const Matrix4 turn = YawPitchRollMatrix(camera.heading, camera.pitch, camera.roll);
-    const float focalDepth = static_cast<float>(size.width) * panorama.settings.previewFov;
+    const float focalDepth = FocalDepth(size.width, panorama.settings.previewFov);
     const std::int32_t halfWidth = static_cast<std::int32_t>(size.width / 2);
     const std::int32_t halfHeight = static_cast<std::int32_t>(size.height / 2);
     const RowKernels& kernels = Kernels();

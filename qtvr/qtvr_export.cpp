@@ -24,17 +24,18 @@ constexpr std::uint64_t kMostPictureBytes = std::numeric_limits<std::uint32_t>::
 using FacePaths = std::array<std::wstring, kFaceCount>;
 using FaceSizes = std::array<std::uint64_t, kFaceCount>;
 
-/// Saves the faces one after the other, so that only one is in memory.
-void SaveFaces(Panorama& panorama, std::uint32_t faceEdge, PixelFormat format, const FacePaths& paths,
+/// Saves the faces one after the other, so that only one is in memory. False when one could not be saved.
+bool SaveFaces(Panorama& panorama, std::uint32_t faceEdge, PixelFormat format, const FacePaths& paths,
                FaceSizes& sizes) {
+    bool all = true;
     for (std::size_t f = 0; f < kFaceCount; ++f) {
         Image face;
-        if (BuildFace(panorama, face, static_cast<CubeFace>(f), faceEdge, format)) {
-            SavePicture(face, paths[f]);
-        }
+        all = BuildFace(panorama, face, static_cast<CubeFace>(f), faceEdge, format) &&
+              SavePicture(face, paths[f]) && all;
         sizes[f] = FileSizeOf(paths[f]);
         DebugLine(L"CubeFace " + std::to_wstring(f) + L": " + std::to_wstring(sizes[f]) + L" bytes\n");
     }
+    return all;
 }
 
 bool AppendFile(FileStream& movie, const std::wstring& path, std::uint64_t size) {
@@ -62,7 +63,7 @@ bool WriteMovie(FileStream& movie, std::uint32_t faceEdge, const FacePaths& path
 }  // namespace
 
 bool WriteQuickTimeVr(Panorama& panorama, const std::wstring& path, std::int32_t faceEdge, PixelFormat format,
-                      std::wstring* infoLog) {
+                      std::wstring* infoLog, MissingFaces missing) {
     if (path.empty() || faceEdge <= 0 || panorama.IsEmpty()) return false;
     const auto edge = static_cast<std::uint32_t>(faceEdge);
 
@@ -75,7 +76,7 @@ bool WriteQuickTimeVr(Panorama& panorama, const std::wstring& path, std::int32_t
         FacePaths paths;
         for (std::size_t f = 0; f < kFaceCount; ++f) paths[f] = scratch.Path(std::to_wstring(f) + L".jpg");
         FaceSizes sizes{};
-        SaveFaces(panorama, edge, format, paths, sizes);
+        if (!SaveFaces(panorama, edge, format, paths, sizes) && missing == MissingFaces::Refuse) return false;
         if (!WriteMovie(movie, edge, paths, sizes)) return false;
     }
     if (!output.Commit()) return false;
@@ -98,7 +99,7 @@ bool ExportQuickTimeVr(Panorama& panorama, const std::wstring& path, std::wstrin
     constexpr std::uint32_t kLargestSource = std::numeric_limits<std::int32_t>::max();
     const auto sourceSize = static_cast<std::int32_t>(std::min(panorama.faceSize, kLargestSource));
     const std::int32_t faceEdge = ChooseExportSize(panorama, SizeKind::CubeMap, sourceSize, false, true);
-    return WriteQuickTimeVr(panorama, path, faceEdge, format, &infoLog);
+    return WriteQuickTimeVr(panorama, path, faceEdge, format, &infoLog, MissingFaces::Refuse);
 }
 
 }  // namespace skyvault

@@ -9,6 +9,7 @@
 #include "image/picture_codec.h"
 #include "platform/files.h"
 #include "platform/path_text.h"
+#include "platform/silent_feedback.h"
 #include "platform/text_case.h"
 #include "projection/single_files.h"
 #include "session/conversion.h"
@@ -108,18 +109,6 @@ std::vector<std::wstring> ResultsOf(const BatchJob& job, const std::wstring& out
     return files;
 }
 
-/// Nothing that happens to one panorama is shown: the run goes on, and its outcome is told at the end.
-class Silence final : public Feedback {
-  public:
-    void Information(const std::wstring&) override {}
-    void Error(const std::wstring&) override {}
-    void BeginProgress() override {}
-    void SetProgress(float, std::wstring_view) override {}
-    void ResetProgress() override {}
-    void EndProgress() override {}
-    bool ProgressActive() const override { return false; }
-};
-
 class Run {
   public:
     Run(const BatchJob& job, const AppState& settings, const std::vector<BatchItem>& items)
@@ -158,7 +147,7 @@ class Run {
         return LowerCase(std::wstring(FileNamePart(path)));
     }
     std::vector<std::wstring> Results(const BatchItem& item) const {
-        return ResultsOf(job_, item.output, settings_.fileNamingSystem);
+        return ResultsOf(job_, item.output, NamingSystemOf(settings_));
     }
     bool ReplacesSource(const std::wstring& result) const {
         const bool inSubfolder = job_.to == PanoramaFormat::SingleFiles && job_.subfolders;
@@ -169,7 +158,8 @@ class Run {
     const AppState& settings_;
     const LayoutRow *const from_, *const to_;
     std::set<std::wstring> sourceNames_;  ///< empty unless the results go where the sources are
-    Silence silence_;
+    /// Nothing that happens to one panorama is shown: the run goes on, and the observer hears the outcome.
+    SilentFeedback silence_;
 };
 
 }  // namespace

@@ -6,9 +6,6 @@
 namespace skyvault {
 namespace {
 
-constexpr float kBiggerFov = 0.95f;
-constexpr float kSmallerFov = 1.05f;
-
 bool RunLayoutCommand(Session& session, std::uint16_t command) {
     if (const LayoutRow* layout = LayoutOfImportCommand(command)) {
         ImportCommand(session, layout->format);

@@ -44,6 +44,10 @@ bool RunCommand(Session& session, std::uint16_t command);
 /// could not be read. Generators ask for their palette or texture picture.
 void ImportCommand(Session& session, PanoramaFormat format);
 
+/// Makes the files the current panorama: what ImportCommand does with the chosen ones. One path, or the six
+/// of single files, the first of them not empty.
+void ImportFiles(Session& session, const std::vector<std::wstring>& paths, PanoramaFormat format);
+
 /// Asks for the destination and writes the current panorama there; the view becomes the written layout.
 void ExportCommand(Session& session, PanoramaFormat format);
 
@@ -55,7 +59,8 @@ void SetView(Session& session, PanoramaFormat view);
 void RotateStep(Session& session, float heading, float pitch, float roll);
 void HorizonCommand(Session& session, int sign);
 void LogoCommand(Session& session, int sign);
-/// "Bigger FOV" is × 0.95, "Smaller FOV" × 1.05.
+/// "Bigger FOV" and "Smaller FOV".
+inline constexpr float kBiggerFov = 0.95f, kSmallerFov = 1.05f;
 void ScalePreviewFov(Session& session, float factor);
 void ToggleCrosshair(Session& session);
 void ToggleMagnifyingGlass(Session& session);

@@ -1,28 +1,22 @@
 #include "session/conversion.h"
 
+#include "platform/feedback_relay.h"
 #include "session/import_panorama.h"
 
 namespace skyvault {
 namespace {
 
 /// Passes everything on but errors, and keeps their first: it is the cause of those after it.
-class FirstError final : public Feedback {
+class FirstError final : public FeedbackRelay {
   public:
-    explicit FirstError(Feedback& next) : next_(next) {}
+    using FeedbackRelay::FeedbackRelay;
     const std::wstring& Text() const { return text_; }
 
-    void Information(const std::wstring& text) override { next_.Information(text); }
     void Error(const std::wstring& text) override {
         if (text_.empty()) text_ = text;
     }
-    void BeginProgress() override { next_.BeginProgress(); }
-    void SetProgress(float fraction, std::wstring_view text) override { next_.SetProgress(fraction, text); }
-    void ResetProgress() override { next_.ResetProgress(); }
-    void EndProgress() override { next_.EndProgress(); }
-    bool ProgressActive() const override { return next_.ProgressActive(); }
 
   private:
-    Feedback& next_;
     std::wstring text_;
 };
 
@@ -54,8 +48,10 @@ ConversionResult ConvertPanorama(const Conversion& conversion, const AppState& s
     }
     panorama.modifications = conversion.modifications;
     result.done = conversion.to->exportTo(panorama, conversion.output, conversion.camera, result.infoLog);
+    if (!errors.Text().empty()) result.done = false;
     if (result.done) return result;
-    if (ExportPixelFormat(panorama, false) == PixelFormat::None) {
+    result.infoLog.clear();
+    if (errors.Text().empty() && ExportPixelFormat(panorama, false) == PixelFormat::None) {
         result.reason = L"Could not write " + Quoted(conversion.output) +
                         L": there is no front face, which decides the pixel format";
     } else {

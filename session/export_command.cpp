@@ -1,7 +1,6 @@
 #include "platform/path_text.h"
 #include "session/commands.h"
 #include "session/layouts.h"
-#include "session/not_available.h"
 #include "session/progress_scope.h"
 
 namespace skyvault {
@@ -15,18 +14,22 @@ void ExportCommand(Session& session, PanoramaFormat format) {
     if (chosen.empty()) return;
     session.settings.exportPath = FolderPart(chosen);
 
-    if (!layout->ExportReady()) {
-        TellNotAvailable(session.host, layout->name);
-        return;
-    }
     const std::wstring path = WithExportPrefix(*layout, chosen);
     std::wstring infoLog;
     bool written = false;
     {
         const ProgressScope progress(session.host);
+        session.feedback.Forget();
         written = layout->exportTo(*session.panorama, path, session.previewCamera, infoLog);
     }
-    if (written) session.host.Information(L"360° photo successfully exported!\n\n" + infoLog);
+    if (!session.feedback.Any()) {
+        if (written) {
+            session.host.Information(L"360° photo successfully exported!\n\n" + infoLog);
+        } else {
+            // Nobody may believe that the file is there.
+            session.host.Error(L"Could not write \"" + path + L"\"");
+        }
+    }
 
     // The window shows what was built for the file, also when it could not be written.
     if (layout->viewCommand != 0) session.settings.view = static_cast<std::int32_t>(layout->format);

@@ -6,7 +6,6 @@
 #include "session/commands.h"
 #include "session/import_panorama.h"
 #include "session/layouts.h"
-#include "session/not_available.h"
 #include "session/progress_scope.h"
 
 namespace skyvault {
@@ -34,35 +33,43 @@ std::vector<std::wstring> AskForSources(Session& session, const LayoutRow& layou
     return {session.host.AskForFile(layout.openDialog, session.settings.importPath, layout.importTitle)};
 }
 
+/// An import that failed without a word. A generator reads its picture or does without it: all that it can
+/// lack is memory.
+std::wstring FailureText(const LayoutRow& layout, const std::wstring& path) {
+    const bool generator = layout.exportCommand == 0;
+    return generator ? L"Out of memory" : L"Could not open \"" + path + L"\"";
+}
+
 }  // namespace
 
-void ImportCommand(Session& session, PanoramaFormat format) {
+void ImportFiles(Session& session, const std::vector<std::wstring>& paths, PanoramaFormat format) {
     const LayoutRow* layout = FindLayout(format);
     if (layout == nullptr || layout->importCommand == 0) return;
-
-    const std::vector<std::wstring> paths = AskForSources(session, *layout);
-    if (paths.front().empty()) return;
     if (FileExists(paths.front())) session.settings.importPath = FolderPart(paths.front());
 
-    if (!layout->ImportReady()) {
-        TellNotAvailable(session.host, layout->name);
-        return;
-    }
     // The old panorama first: two large ones may not fit into memory.
     session.panorama.reset();
+    session.feedback.Forget();
     {
         const ProgressScope progress(session.host);
-        session.panorama.reset(new (std::nothrow) Panorama(session.host, session.settings, &session.host));
+        session.panorama.reset(new (std::nothrow)
+                                   Panorama(session.feedback, session.settings, &session.host));
         if (session.panorama != nullptr) ImportPanorama(*session.panorama, paths, format);
     }
-    // The imports that read pictures of a layout leave it to their caller to say so.
-    const bool silent = format >= PanoramaFormat::HorizontalCross && format <= PanoramaFormat::InteriorSquare;
-    if (silent && session.panorama != nullptr && session.panorama->IsEmpty()) {
-        session.host.Error(L"Could not open \"" + paths.front() + L"\"");
+    // Not every import says itself that it failed.
+    if (session.panorama != nullptr && session.panorama->IsEmpty() && !session.feedback.Any()) {
+        session.host.Error(FailureText(*layout, paths.front()));
     }
     // A new panorama starts without mirrors.
     session.host.UpdateMenuChecks();
     Refresh(session);
+}
+
+void ImportCommand(Session& session, PanoramaFormat format) {
+    const LayoutRow* layout = FindLayout(format);
+    if (layout == nullptr || layout->importCommand == 0) return;
+    const std::vector<std::wstring> paths = AskForSources(session, *layout);
+    if (!paths.front().empty()) ImportFiles(session, paths, format);
 }
 
 }  // namespace skyvault

@@ -1,5 +1,7 @@
 #include "session/import_panorama.h"
 
+#include <algorithm>
+
 #include "image/dds_cube_map.h"
 #include "platform/path_text.h"
 #include "session/layouts.h"
@@ -26,13 +28,26 @@ PanoramaFormat CorrectedFormat(Panorama& panorama, const std::wstring& path, Pan
     return format;
 }
 
+bool IsGenerator(PanoramaFormat format) {
+    return format >= PanoramaFormat::Voronoi;
+}
+
+/// Six faces, all as large as the panorama says.
+bool IsWhole(const Panorama& panorama) {
+    return std::all_of(panorama.faces.begin(), panorama.faces.end(),
+                       [&](const Image& face) { return face.IsValid() && face.width == panorama.faceSize; });
+}
+
 }  // namespace
 
 void ImportPanorama(Panorama& panorama, const std::vector<std::wstring>& paths, PanoramaFormat format) {
     ResetModifications(panorama.modifications);
     panorama.path = paths.empty() ? std::wstring() : paths.front();
     const LayoutRow* layout = FindLayout(CorrectedFormat(panorama, panorama.path, format));
-    if (layout != nullptr && layout->importFrom != nullptr) layout->importFrom(panorama, paths);
+    if (layout == nullptr || layout->importFrom == nullptr) return;
+    const bool done = layout->importFrom(panorama, paths);
+    // Generators leave out the faces there is no memory for, or leave them at the double size.
+    if (done && IsGenerator(format) && !IsWhole(panorama)) panorama.feedback.Error(L"Out of memory");
 }
 
 }  // namespace skyvault

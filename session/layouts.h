@@ -34,11 +34,8 @@ struct LayoutRow {
     FileDialogKind openDialog = FileDialogKind::OpenPicture;
     FileDialogKind saveDialog = FileDialogKind::SavePicture;
     const wchar_t* exportPrefix = nullptr;  ///< WithExportPrefix
-    LayoutImport importFrom = nullptr;      ///< null while this build cannot import it
-    LayoutExport exportTo = nullptr;        ///< null while this build cannot export and show it
-
-    bool ImportReady() const { return importFrom != nullptr; }
-    bool ExportReady() const { return exportTo != nullptr; }
+    LayoutImport importFrom = nullptr;      ///< has one with importCommand
+    LayoutExport exportTo = nullptr;        ///< has one with exportCommand; also shows it
 };
 
 std::span<const LayoutRow> Layouts();

@@ -1,9 +1,9 @@
 #include <algorithm>
+#include <cmath>
 
 #include "platform/path_text.h"
 #include "session/commands.h"
 #include "session/layouts.h"
-#include "session/not_available.h"
 
 namespace skyvault {
 namespace {
@@ -40,13 +40,12 @@ void SetView(Session& session, PanoramaFormat view) {
     session.settings.view = static_cast<std::int32_t>(view);
     session.host.UpdateMenuChecks();
     Refresh(session);
-    const LayoutRow* layout = CurrentView(session);
-    const bool missing = layout != nullptr && !layout->ExportReady();
-    if (missing && session.panorama != nullptr) TellNotAvailable(session.host, layout->name);
 }
 
 void ScalePreviewFov(Session& session, float factor) {
-    session.settings.previewFov *= factor;
+    // Infinity could not be scaled back.
+    const float scaled = session.settings.previewFov * factor;
+    if (std::isfinite(scaled)) session.settings.previewFov = scaled;
     Refresh(session);
 }
 
@@ -67,7 +66,7 @@ void ApplyOptions(Session& session) {
 void Refresh(Session& session) {
     if (session.panorama == nullptr || !session.host.CanShow()) return;
     const LayoutRow* layout = CurrentView(session);
-    if (layout != nullptr && layout->ExportReady()) {
+    if (layout != nullptr) {
         std::wstring infoLog;
         layout->exportTo(*session.panorama, {}, session.previewCamera, infoLog);
     }

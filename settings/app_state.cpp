@@ -9,9 +9,6 @@
 namespace skyvault {
 namespace {
 
-constexpr std::int64_t kLeastWidth = 320;
-constexpr std::int64_t kLeastHeight = 240;
-
 // 64 bits: the corners of a rectangle from a file may lie anywhere.
 struct Span {
     std::int64_t low, high;
@@ -57,10 +54,10 @@ ScreenRect DefaultWindowRect(std::int32_t screenWidth, std::int32_t screenHeight
 }
 
 ScreenRect FitToScreen(const ScreenRect& rect, const ScreenRect& virtualScreen) {
-    const Span x =
-        FitToScreen(Span{rect.left, rect.right}, kLeastWidth, {virtualScreen.left, virtualScreen.right});
-    const Span y =
-        FitToScreen(Span{rect.top, rect.bottom}, kLeastHeight, {virtualScreen.top, virtualScreen.bottom});
+    const Span x = FitToScreen(Span{rect.left, rect.right}, kLeastWindowWidth,
+                               {virtualScreen.left, virtualScreen.right});
+    const Span y = FitToScreen(Span{rect.top, rect.bottom}, kLeastWindowHeight,
+                               {virtualScreen.top, virtualScreen.bottom});
     return {Saturate(x.low), Saturate(y.low), Saturate(x.high), Saturate(y.high)};
 }
 

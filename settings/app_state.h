@@ -66,6 +66,9 @@ AppState DefaultAppState();
 ScreenRect DefaultWindowRect(std::int32_t screenWidth, std::int32_t screenHeight,
                              const ScreenRect& virtualScreen);
 
+/// Pixels, frame included.
+inline constexpr std::int32_t kLeastWindowWidth = 320, kLeastWindowHeight = 240;
+
 /// Moves and sizes a rectangle into the virtual screen, at least 320 × 240 (or the whole screen, when that
 /// is smaller). With an empty virtual screen only the least size is seen to.
 ScreenRect FitToScreen(const ScreenRect& rect, const ScreenRect& virtualScreen);

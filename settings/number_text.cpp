@@ -101,6 +101,15 @@ float ParseFloat(std::wstring_view text) {
     return value;
 }
 
+std::int32_t ParseTruncated(std::wstring_view text) {
+    // A float holds whole numbers of up to 24 bits only.
+    std::int32_t whole = 0;
+    if (ParseWholeInteger(text, whole)) return whole;
+    const double value = ParseFloat(text);
+    using Limits = std::numeric_limits<std::int32_t>;
+    return static_cast<std::int32_t>(std::clamp<double>(value, double{Limits::min()}, double{Limits::max()}));
+}
+
 std::wstring IntegerText(std::int32_t value) {
     return std::to_wstring(value);
 }

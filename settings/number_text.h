@@ -16,6 +16,9 @@ std::int32_t ParseInteger(std::wstring_view text);
 /// float, and "inf" and "nan" are no numbers.
 float ParseFloat(std::wstring_view text);
 
+/// ParseFloat without its fraction ("12.9" is 12), saturating; whole numbers keep all their digits.
+std::int32_t ParseTruncated(std::wstring_view text);
+
 std::wstring IntegerText(std::int32_t value);
 
 /// Six decimals, then without trailing zeros and without a trailing point; never "-0". What is not finite

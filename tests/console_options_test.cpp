@@ -101,7 +101,7 @@ TEST(ConsoleOptions, WrongUsageIsRefusedWithItsReasonAndAHint) {
         Arguments arguments;
         const char* reason;
     } rows[] = {
-        {{}, "convert, generate or info"},
+        {{}, "convert, generate, batch or info"},
         {{L"convrt"}, "convrt"},
         {{L"--frm"}, "--frm"},
         {{L"info"}, "FILE"},

@@ -90,7 +90,9 @@ TEST(Layouts, EveryRowIsFoundByItsOwnIdsOnly) {
         ASSERT_EQ(row != nullptr, generator || layout) << code;
         if (row == nullptr) continue;
         EXPECT_EQ(row->importCommand != 0, generator || code <= 12) << code;
+        EXPECT_EQ(row->importFrom != nullptr, generator || code <= 12) << code;
         EXPECT_EQ(row->exportCommand != 0, layout) << code;
+        EXPECT_EQ(row->exportTo != nullptr, layout) << code;
         EXPECT_EQ(row->viewCommand != 0, layout && code != 1 && code != 2 && code != 14) << code;
     }
     EXPECT_EQ(LayoutOfConsoleName("Equirectangular"), nullptr);
@@ -186,44 +188,6 @@ TEST_F(SessionTest, SingleFilesAskFaceByFace) {
         }
         EXPECT_EQ(host.calls.size() > host.dialogs.size(), picked > 0)
             << "nothing happens without a front face";
-    }
-}
-
-TEST_F(SessionTest, WhatIsNotThereYetSaysSoAndKeepsThePanorama) {
-    ImportPicture();
-    const Panorama* before = session.panorama.get();
-    for (const LayoutRow& row : Layouts()) {
-        SCOPED_TRACE(row.consoleName);
-        const Calls box = {"information"};
-        const std::wstring text = std::wstring(row.name) + L" is not available in this version yet.";
-        if (row.importCommand != 0 && !row.ImportReady()) {
-            Forget();
-            settings.importPath.clear();
-            host.answers = {folder.Path(L"sky.tga")};
-            RunCommand(session, row.importCommand);
-            EXPECT_EQ(host.information, std::vector<std::wstring>{text});
-            EXPECT_EQ(session.panorama.get(), before);
-            EXPECT_EQ(settings.importPath, folder.Path());
-        }
-        if (row.exportCommand != 0 && !row.ExportReady()) {
-            Forget();
-            settings.view = -1;
-            host.answers = {folder.Path(L"out.png")};
-            RunCommand(session, row.exportCommand);
-            EXPECT_EQ(host.information, std::vector<std::wstring>{text});
-            EXPECT_EQ(settings.view, -1) << "the window shows what it did";
-            EXPECT_EQ(folder.FileCount(), 1u);
-        }
-        if (row.viewCommand != 0 && !row.ExportReady()) {
-            Forget();
-            RunCommand(session, row.viewCommand);
-            EXPECT_TRUE(Checked(row.viewCommand));
-            EXPECT_EQ(host.information, std::vector<std::wstring>{text});
-            EXPECT_TRUE(host.shown.empty());
-            Refresh(session);
-            RotateStep(session, 1, 0, 0);
-            EXPECT_EQ(host.information.size(), 1u) << "one box per choosing of the view";
-        }
     }
 }
 

@@ -293,6 +293,27 @@ TEST(NumberText, ParsesFloatsToFiniteValues) {
     EXPECT_GE(ParseFloat(L"1e-45"), 0.0f);
 }
 
+TEST(NumberText, TruncatesNumbersToIntegers) {
+    const struct {
+        const wchar_t* text;
+        std::int32_t value;
+    } cases[] = {
+        {L"12.9", 12},
+        {L"-12.9", -12},
+        {L"16777217", 16777217},
+        {L"1.5e9", 1500000000},
+        {L"2147483647", 2147483647},
+        {L"2147483648", 2147483647},
+        {L"-1e30", -2147483647 - 1},
+        {L"1e39", 2147483647},
+        {L"0.99", 0},
+        {L"nan", 0},
+        {L"", 0},
+        {L"twelve", 0},
+    };
+    for (const auto& c : cases) EXPECT_EQ(ParseTruncated(c.text), c.value) << ToUtf8(c.text);
+}
+
 TEST(NumberText, PrintsFloatsWithUpToSixDecimals) {
     const struct {
         float value;

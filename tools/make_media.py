@@ -47,10 +47,13 @@ def make_logo():
 
 
 def make_about():
-    """480 x 240: the mark before an evening sky over ridges, and the program's name."""
+    """960 x 480: the mark before an evening sky over ridges, and the program's name.
+
+    Laid out on 480 x 240 points, which is what it is shown at where nothing is enlarged."""
     from mark import draw_mark
     from noise import fractal
-    width, height, scale = 480, 240, 3
+    width, height, dense, samples = 480, 240, 2, 2  # pixels a point, samples a pixel
+    scale = dense * samples
     x, y = numpy.meshgrid(numpy.arange(width * scale) / scale, numpy.arange(height * scale) / scale)
     t = (y / height)[..., None]
     colour = numpy.array([14, 34, 82]) * (1 - t) ** 1.4 + numpy.array([150, 190, 226]) * (1 - (1 - t) ** 1.4)
@@ -65,13 +68,13 @@ def make_about():
     for which, (level, size, wavelength, shade) in enumerate(ridges):
         crest = level - size * fractal(ridge_x + 500, numpy.full_like(ridge_x, 40.0 * which), 6, size=wavelength)
         colour[y > crest[None, :]] = shade
-    pixels = colour.reshape(height, scale, width, scale, 3).mean(axis=(1, 3))
+    pixels = colour.reshape(height * dense, samples, width * dense, samples, 3).mean(axis=(1, 3))
     picture = Image.fromarray(numpy.clip(numpy.round(pixels), 0, 255).astype(numpy.uint8), "RGB").convert("RGBA")
-    picture.alpha_composite(draw_mark(168), (28, 36))
+    picture.alpha_composite(draw_mark(168 * dense), (28 * dense, 36 * dense))
     draw = ImageDraw.Draw(picture)
-    font = ImageFont.truetype("/usr/share/fonts/truetype/liberation/LiberationSans-Regular.ttf", 56)
-    draw.text((219, 121), "Skyvault", font=font, fill=(8, 20, 48, 255), anchor="lm")
-    draw.text((218, 119), "Skyvault", font=font, fill=(255, 255, 255, 255), anchor="lm")
+    font = ImageFont.truetype("/usr/share/fonts/truetype/liberation/LiberationSans-Regular.ttf", 56 * dense)
+    draw.text((219 * dense, 121 * dense), "Skyvault", font=font, fill=(8, 20, 48, 255), anchor="lm")
+    draw.text((218 * dense, 119 * dense), "Skyvault", font=font, fill=(255, 255, 255, 255), anchor="lm")
     picture.convert("RGB").save(MEDIA / "Skins" / "About.png", optimize=True)
 
 

@@ -2,13 +2,14 @@
 # Part of ./run.sh: the example in every layout, and screenshots of the window, under out/.
 # Runs inside tools/wine-environment.sh.
 set -euo pipefail
+. "$(dirname "$0")/await-window.sh"
 cd "$(dirname "$0")/../build/windows/bin"
 export WINEDEBUG=-all
 out=../../../out
 example="Media/Examples/Mountain lake.jpg"
 
-# The layouts this version writes, as the help lists them.
-layouts=$(wine ./skyvault-cli.exe convert --help | tr -d '\r' | sed -n '/this version writes/,/^$/p' | tail -n +2)
+# As the help lists them.
+layouts=$(wine ./skyvault-cli.exe convert --help | tr -d '\r' | sed -n '/Layouts to write/,/^$/p' | tail -n +2)
 for layout in $layouts; do
     echo "== $layout"
     case $layout in dds) extension=dds ;; qtvr) extension=mov ;; *) extension=jpg ;; esac
@@ -17,15 +18,6 @@ done
 
 echo "== window"
 wine ./Skyvault.exe >/dev/null 2>&1 &
-# Waits for a window whose title begins with the text.
-await() {
-    for _ in $(seq 150); do
-        xdotool search --onlyvisible --name "^$1" >/dev/null 2>&1 && return 0
-        sleep 0.1
-    done
-    echo "The window \"$1\" did not appear." >&2
-    exit 1
-}
 await "Skyvault"
 sleep 1
 # FILE > Import 360° photo > Equirectangular...

@@ -3,6 +3,7 @@
 # pictures of it, its menu and its dialogs in FOLDER. Runs inside tools/wine-environment.sh.
 set -euo pipefail
 cd "$(dirname "$0")/.."
+. tools/await-window.sh
 out=$(realpath "$1")
 # From a folder like a user's, for dialogs show it.
 folder=$WINEPREFIX/drive_c/Skyvault
@@ -11,15 +12,6 @@ cp -r build/windows/bin/Skyvault.exe Media "$folder"
 cd "$folder"
 
 wine ./Skyvault.exe >/dev/null 2>&1 &
-# Waits for a window whose title begins with the text.
-await() {
-    for _ in $(seq 100); do
-        xdotool search --onlyvisible --name "^$1" >/dev/null 2>&1 && return 0
-        sleep 0.1
-    done
-    echo "The window \"$1\" did not appear." >&2
-    return 1
-}
 # shot TITLE NAME: the window whose title begins so, as it is on the screen.
 shot() {
     eval "$(xdotool search --onlyvisible --name "^$1" getwindowgeometry --shell | head -6)"
@@ -60,12 +52,16 @@ import -window root -crop "$((WIDTH - 8))x$((HEIGHT - 50))+$((X + 4))+$((Y + 46)
 view F9 window-heart
 view F1 window-equirectangular
 
-# dialog X KEYS TITLE NAME: opens a dialog from a menu and takes its picture.
+# dialog X KEYS TITLE NAME [MORE]: opens a dialog from a menu, presses more keys in it and takes its picture.
 dialog() {
     menu "$1"
     xdotool key $2
     if await "$3"; then
         sleep 1
+        if [ -n "${5:-}" ]; then
+            xdotool key $5
+            sleep 1
+        fi
         shot "$3" "$4"
     fi
     xdotool key Escape
@@ -74,5 +70,5 @@ dialog() {
 eval "$main"
 dialog 225 "Down Return" "Skyvault - Options" options
 eval "$main"
-dialog 18 "Down Down Down Return" "Skyvault - Batch" batch
+dialog 18 "Down Down Down Return" "Skyvault - Batch" batch "alt+y h"
 # The program ends with the display it runs on.

@@ -84,6 +84,7 @@ if [ "$user" = no ]; then
     # One program stays until the end, and with it Wine's own: started by a test, they would hold the test's
     # output open, and starting them anew costs half a second each time.
     sleep infinity | wine cmd /c pause >/dev/null 2>&1 &
-    wine cmd /c exit >/dev/null 2>&1
+    # The first window brings up Wine's desktop, which stays: not from within a test either.
+    wine rundll32 user32.dll,GetDesktopWindow >/dev/null 2>&1
 fi
 "$@"

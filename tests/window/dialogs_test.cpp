@@ -4,11 +4,8 @@
 #include <windows.h>
 // After windows.h:
 #include <commctrl.h>
-#include <objbase.h>
 
 #include <algorithm>
-#include <functional>
-#include <thread>
 #include <vector>
 
 #include "app/about_box.h"
@@ -19,28 +16,11 @@
 #include "image/picture_codec.h"
 #include "resources/resource_ids.h"
 #include "tests/temporary_folder.h"
+#include "tests/window/in_background.h"
 #include "tests/window/window_driver.h"
 
 namespace skyvault::test {
 namespace {
-
-/// Does something that waits for the user, on a user-interface thread of its own.
-class InBackground {
-  public:
-    explicit InBackground(std::function<void()> what)
-        : thread_([what = std::move(what)] {
-              CoInitialize(nullptr);
-              what();
-              CoUninitialize();
-          }) {}
-    ~InBackground() { Join(); }
-    void Join() {
-        if (thread_.joinable()) thread_.join();
-    }
-
-  private:
-    std::thread thread_;
-};
 
 TEST(MessageBoxes, ShowTheirTextUnderTheProgramsName) {
     for (const bool isError : {false, true}) {
@@ -230,7 +210,20 @@ TEST(AboutBox, DrawsItsTextsAndCloses) {
         return dark > 50 && pixels.GetPixel8(2, static_cast<int>(pixels.height) - 3) == kOpaqueWhite;
     }));
     Shot(window, "about");
-    EXPECT_TRUE(PressButton(window, IDOK));
+    // The keyboard reaches the links; Esc closes the box.
+    const auto focus = [&] {
+        GUITHREADINFO info{};
+        info.cbSize = sizeof info;
+        GetGUIThreadInfo(GetWindowThreadProcessId(window, nullptr), &info);
+        return info.hwndFocus;
+    };
+    for (const int control : {IDOK, IDC_ABOUT_GUIDE, IDC_ABOUT_COMMUNITY}) {
+        EXPECT_TRUE(Eventually([&] { return focus() == GetDlgItem(window, control); }, 3000)) << control;
+        PostMessageW(focus(), WM_KEYDOWN, VK_TAB, 0);
+    }
+    EXPECT_TRUE(Eventually([&] { return focus() == GetDlgItem(window, IDOK); }, 3000));
+    PostMessageW(focus(), WM_KEYDOWN, VK_ESCAPE, 0);
+    EXPECT_TRUE(WaitUntilClosed(window));
 }
 
 }  // namespace

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 #include <windows.h>
+// After windows.h:
+#include <commctrl.h>
 
 #include <set>
 #include <string>
@@ -162,13 +164,17 @@ TEST(Resources, EveryLayoutCommandHasItsMenuItemAndNoneIsLeftOver) {
 }
 
 TEST(Resources, DialogsHoldTheControlsTheProgramUses) {
+    const INITCOMMONCONTROLSEX links{sizeof links, ICC_LINK_CLASS};
+    InitCommonControlsEx(&links);
     struct Row {
         int dialog;
         int control;
         const wchar_t* windowClass;
     };
-    for (const Row& row : {Row{IDD_ABOUT, IDOK, L"Button"}, Row{IDD_PROGRESS, 1044, L"Static"},
-                           Row{IDD_PROGRESS, 1045, L"msctls_progress32"}}) {
+    for (const Row& row :
+         {Row{IDD_ABOUT, IDOK, L"Button"}, Row{IDD_ABOUT, IDC_ABOUT_GUIDE, L"SysLink"},
+          Row{IDD_ABOUT, IDC_ABOUT_COMMUNITY, L"SysLink"}, Row{IDD_PROGRESS, 1044, L"Static"},
+          Row{IDD_PROGRESS, 1045, L"msctls_progress32"}}) {
         const auto nothing = [](HWND, UINT, WPARAM, LPARAM) -> INT_PTR { return FALSE; };
         const HWND dialog =
             CreateDialogParamW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(row.dialog), nullptr, nothing, 0);

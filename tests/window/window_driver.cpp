@@ -11,6 +11,7 @@
 #include "app/program.h"
 #include "image/picture_files.h"
 #include "platform/files.h"
+#include "platform/silent_feedback.h"
 #include "platform/utf8.h"
 #include "session/commands.h"
 #include "settings/settings_file.h"
@@ -24,18 +25,6 @@ class ComForTests final : public testing::Environment {
     void TearDown() override { CoUninitialize(); }
 };
 const testing::Environment* const comForTests = testing::AddGlobalTestEnvironment(new ComForTests);
-
-/// Messages of the settings file's writer have nobody to go to here.
-class Silent final : public Feedback {
-  public:
-    void Information(const std::wstring&) override {}
-    void Error(const std::wstring&) override {}
-    void BeginProgress() override {}
-    void SetProgress(float, std::wstring_view) override {}
-    void ResetProgress() override {}
-    void EndProgress() override {}
-    bool ProgressActive() const override { return false; }
-};
 
 const ScreenRect kAnyScreen{-100000, -100000, 100000, 100000};
 
@@ -154,7 +143,7 @@ AppState TestSettings(const std::wstring& folder) {
 
 void PutSettings(const AppState* settings) {
     RemoveFile(SettingsFile());
-    Silent silent;
+    SilentFeedback silent;
     if (settings != nullptr) SaveSettings(*settings, SettingsFile(), silent);
 }
 

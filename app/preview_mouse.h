@@ -1,0 +1,37 @@
+// The mouse in the Preview view: the left button takes the picture along, the wheel zooms.
+#pragma once
+
+#include <windows.h>
+
+#include "session/preview_hand.h"
+
+namespace skyvault {
+
+class PreviewMouse {
+  public:
+    /// The session is kept.
+    explicit PreviewMouse(Session& session) : session_(session) {}
+
+    /// Takes WM_LBUTTONDOWN, WM_MOUSEMOVE, WM_LBUTTONUP, WM_CAPTURECHANGED and WM_MOUSEWHEEL. True when the
+    /// view has changed and is to be drawn now; of many moves that wait in the queue only the last asks for
+    /// it. Nothing changes where no preview is shown.
+    bool OnMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
+
+  private:
+    void ButtonDown(HWND window, POINT at);
+    void Move(POINT at);
+    void TakeHold(POINT at);
+    bool IsDrawnLater(HWND window, UINT message) const;
+    float FocalLength() const;
+
+    Session& session_;
+    WheelNotches notches_;
+    bool dragging_ = false;
+    bool changed_ = false;  ///< and not drawn yet
+    // Where the hand took hold of the picture, and what it has made of it since.
+    POINT start_{}, last_{};
+    Camera startCamera_, camera_;
+    float focalLength_ = 0;
+};
+
+}  // namespace skyvault
