@@ -1,7 +1,7 @@
 // Whole conversions in memory, in seconds per 10^9 written pixels (nanoseconds per pixel), beside the cost of
 // merely fetching the same pixels through a ready-made index table.
 //
-// Arguments: threads. The source is 8192 × 4096 (or six faces of 2048²) unless the name says otherwise.
+// First argument: threads. The source is 8192 × 4096 (or six faces of 2048²) unless the name says otherwise.
 #include <benchmark/benchmark.h>
 
 #include <cstring>
@@ -9,6 +9,7 @@
 
 #include "bench/conversion_grid.h"
 #include "projection/build_faces.h"
+#include "projection/face_rows.h"
 
 namespace {
 
@@ -32,33 +33,70 @@ void Render(benchmark::State& state, BenchPanorama& p, const LayoutGrid& grid, P
     SetThreadCount(0);
 }
 
-/// The index table's only work: read an index, copy a pixel.
-void IndexTableFetch(benchmark::State& state, bool turned) {
-    BenchPanorama p;
-    p.SetEquirectangular(kWidth, PixelFormat::Rgb8);
-    if (turned) p.TurnObliquely();
-    const LayoutGrid grid = EquirectangularGrid(kWidth, kHeight);
-    std::vector<std::uint32_t> table(std::size_t{kWidth} * kHeight);
-    DirectionBlock block;
+void EquirectangularToFacesTable(const BenchPanorama& p, bool turned, std::vector<std::uint32_t>& table) {
+    const EdgeScale scale(kFace);
+    float across[kFace];
+    for (std::int64_t i = 0; i < kFace; ++i) across[i] = scale(i);
+    DirectionBlock b;
     std::uint64_t offsets[kBlockSize];
-    const Image& source = p.panorama.equirectSource;
-    for (std::uint32_t row = 0; row < kHeight; ++row) {
-        for (std::uint32_t first = 0; first < kWidth; first += kBlockSize) {
-            grid.directions(row, first, kBlockSize, block, nullptr);
-            Kernels().normalize(block.x, block.y, block.z, kBlockSize);
-            if (turned) {
-                Kernels().transform(block.x, block.y, block.z, kBlockSize,
-                                    p.panorama.modifications.orientation);
-            }
-            Kernels().equirectOffsets(block.x, block.y, block.z, kBlockSize,
-                                      {kWidth, kHeight, source.stride, 3}, offsets);
-            for (int i = 0; i < kBlockSize; ++i) {
-                table[std::size_t{row} * kWidth + first + static_cast<std::uint32_t>(i)] =
-                    static_cast<std::uint32_t>(offsets[i] / 3);
+    for (int face = 0; face < kFaceCount; ++face) {
+        for (std::uint32_t row = 0; row < kFace; ++row) {
+            for (std::uint32_t first = 0; first < kFace; first += kBlockSize) {
+                FaceRowDirections(static_cast<CubeFace>(face), across + first, across[row], kBlockSize, b.x,
+                                  b.y, b.z);
+                if (turned)
+                    Kernels().transform(b.x, b.y, b.z, kBlockSize, p.panorama.modifications.orientation);
+                Kernels().equirectOffsets(b.x, b.y, b.z, kBlockSize, {kWidth, kHeight, kWidth, 1}, offsets);
+                for (const std::uint64_t offset : offsets)
+                    table.push_back(static_cast<std::uint32_t>(offset));
             }
         }
     }
-    std::vector<std::byte> result(std::size_t{kWidth} * kHeight * 3);
+}
+
+/// To an equirectangular grid; sixFaces: from faces below each other, else from an equirectangular source.
+void EquirectangularTable(const BenchPanorama& p, bool turned, bool sixFaces,
+                          std::vector<std::uint32_t>& table) {
+    const LayoutGrid grid = EquirectangularGrid(kWidth, kHeight);
+    DirectionBlock b;
+    std::uint64_t offsets[kBlockSize];
+    std::int32_t faces[kBlockSize] = {};
+    for (std::uint32_t row = 0; row < kHeight; ++row) {
+        for (std::uint32_t first = 0; first < kWidth; first += kBlockSize) {
+            grid.directions(row, first, kBlockSize, b, nullptr);
+            Kernels().normalize(b.x, b.y, b.z, kBlockSize);
+            if (turned) Kernels().transform(b.x, b.y, b.z, kBlockSize, p.panorama.modifications.orientation);
+            if (sixFaces) {
+                Kernels().cubeOffsets(b.x, b.y, b.z, kBlockSize, {kFace, kFace, 1}, faces, offsets);
+            } else {
+                Kernels().equirectOffsets(b.x, b.y, b.z, kBlockSize, {kWidth, kHeight, kWidth, 1}, offsets);
+            }
+            for (int i = 0; i < kBlockSize; ++i) {
+                table.push_back(static_cast<std::uint32_t>(offsets[i]) +
+                                static_cast<std::uint32_t>(faces[i]) * kFace * kFace);
+            }
+        }
+    }
+}
+
+enum class Route { EquirectangularToItself, EquirectangularToFaces, FacesToEquirectangular };
+
+/// The index table's only work: read an index, copy a pixel.
+void IndexTableFetch(benchmark::State& state, Route route, bool turned) {
+    BenchPanorama p;
+    if (turned) p.TurnObliquely();
+    const bool sixFaces = route == Route::FacesToEquirectangular;
+    Image source = sixFaces ? Image(kFace, kFaceCount * kFace, PixelFormat::Rgb8)
+                            : Image(kWidth, kHeight, PixelFormat::Rgb8);
+    BenchPanorama::Fill(source);
+    std::vector<std::uint32_t> table;
+    table.reserve(std::size_t{kWidth} * kHeight);
+    if (route == Route::EquirectangularToFaces) {
+        EquirectangularToFacesTable(p, turned, table);
+    } else {
+        EquirectangularTable(p, turned, sixFaces, table);
+    }
+    std::vector<std::byte> result(table.size() * 3);
     for (auto _ : state) {
         const std::byte* from = source.pixels.get();
         std::byte* to = result.data();
@@ -72,10 +110,22 @@ void IndexTableFetch(benchmark::State& state, bool turned) {
 }
 
 void FetchStraight(benchmark::State& state) {
-    IndexTableFetch(state, false);
+    IndexTableFetch(state, Route::EquirectangularToItself, false);
 }
 void FetchTurned(benchmark::State& state) {
-    IndexTableFetch(state, true);
+    IndexTableFetch(state, Route::EquirectangularToItself, true);
+}
+void FetchToFaces(benchmark::State& state) {
+    IndexTableFetch(state, Route::EquirectangularToFaces, false);
+}
+void FetchToFacesTurned(benchmark::State& state) {
+    IndexTableFetch(state, Route::EquirectangularToFaces, true);
+}
+void FetchFromFaces(benchmark::State& state) {
+    IndexTableFetch(state, Route::FacesToEquirectangular, false);
+}
+void FetchFromFacesTurned(benchmark::State& state) {
+    IndexTableFetch(state, Route::FacesToEquirectangular, true);
 }
 
 void EquirectangularStraight(benchmark::State& state) {
@@ -99,14 +149,24 @@ void EquirectangularAntialiased(benchmark::State& state) {
     p.SetEquirectangular(kWidth, PixelFormat::Rgb8);
     Render(state, p, EquirectangularGrid(2 * kWidth / 2, 2 * kHeight / 2), PixelFormat::Rgb8, true);
 }
+/// range: width of source and result.
+void EquirectangularOfWidth(benchmark::State& state) {
+    const auto width = static_cast<std::uint32_t>(state.range(1));
+    BenchPanorama p;
+    p.SetEquirectangular(width, PixelFormat::Rgb8);
+    if (state.range(2)) p.TurnObliquely();
+    Render(state, p, EquirectangularGrid(width, width / 2), PixelFormat::Rgb8, false);
+}
 void FacesToEquirectangular(benchmark::State& state) {
     BenchPanorama p;
     p.SetFaces(kFace, PixelFormat::Rgb8);
+    if (state.range(1)) p.TurnObliquely();
     Render(state, p, EquirectangularGrid(kWidth, kHeight), PixelFormat::Rgb8, false);
 }
 void EquirectangularToFaces(benchmark::State& state) {
     BenchPanorama p;
     p.SetEquirectangular(kWidth, PixelFormat::Rgb8);
+    if (state.range(1)) p.TurnObliquely();
     SetThreadCount(static_cast<int>(state.range(0)));
     Image faces[kFaceCount];
     const auto build = [&] {
@@ -120,15 +180,25 @@ void EquirectangularToFaces(benchmark::State& state) {
     SetThreadCount(0);
 }
 
-#define CONVERSION(name) BENCHMARK(name)->Arg(1)->Unit(benchmark::kMillisecond)->MinTime(1)
-CONVERSION(FetchStraight);
-CONVERSION(FetchTurned);
+#define BENCHMARKED(name) BENCHMARK(name)->Unit(benchmark::kMillisecond)
+BENCHMARKED(FetchStraight);
+BENCHMARKED(FetchTurned);
+BENCHMARKED(FetchToFaces);
+BENCHMARKED(FetchToFacesTurned);
+BENCHMARKED(FetchFromFaces);
+BENCHMARKED(FetchFromFacesTurned);
+#define CONVERSION(name) BENCHMARKED(name)->Arg(1)
 CONVERSION(EquirectangularStraight);
-CONVERSION(EquirectangularTurned)->Arg(2)->UseRealTime();
+CONVERSION(EquirectangularTurned);
+BENCHMARKED(EquirectangularTurned)->Arg(2)->UseRealTime();
 CONVERSION(EquirectangularTurnedBaseline);
 CONVERSION(EquirectangularAntialiased);
-CONVERSION(EquirectangularToFaces);
-CONVERSION(FacesToEquirectangular);
+#define TURNED_OR_NOT(name) BENCHMARKED(name)->ArgNames({"threads", "turned"})->Args({1, 0})->Args({1, 1})
+TURNED_OR_NOT(EquirectangularToFaces);
+TURNED_OR_NOT(FacesToEquirectangular);
+BENCHMARKED(EquirectangularOfWidth)
+    ->ArgNames({"threads", "width", "turned"})
+    ->ArgsProduct({{1}, {4096, 16384}, {0, 1}});
 
 }  // namespace
 

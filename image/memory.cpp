@@ -1,10 +1,12 @@
 #include "image/memory.h"
 
 #include <atomic>
+#include <cstdint>
 #include <limits>
 
 #include "image/memory_faults.h"
 #include "platform/debug_line.h"
+#include "platform/large_block.h"
 
 namespace skyvault {
 
@@ -25,7 +27,8 @@ bool IsToFail() {
 
 void* Allocate(std::size_t size, const wchar_t* failure) {
     if (size == 0) return nullptr;
-    void* const block = IsToFail() ? nullptr : std::malloc(size);
+    void* const block =
+        IsToFail() || size > SIZE_MAX - kReadableBehind ? nullptr : AllocateBlock(size + kReadableBehind);
     if (!block) DebugLine(failure);
     return block;
 }

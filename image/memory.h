@@ -10,7 +10,10 @@ namespace skyvault {
 
 /// A new block of uninitialised memory, released with std::free, or null: for size 0, and when there is
 /// not enough memory ("MGetMemory: out of memory exception\n" then goes to the debugger channel).
+/// kReadableBehind bytes behind the block may be read as well, whatever they are, so that small things can be
+/// read in larger pieces.
 void* MGetMemory(std::size_t size);
+inline constexpr std::size_t kReadableBehind = 8;
 
 /// The same for MVector (image/mvector.h), which names itself in the debugger line.
 void* AllocateForMVector(std::size_t size);

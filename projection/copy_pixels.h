@@ -5,19 +5,26 @@
 #include <cstdint>
 #include <cstring>
 
+#include "image/memory.h"
+
 namespace skyvault {
 
-/// Copies one pixel of kBytes bytes from each address.
+/// Copies one pixel of kBytes bytes from each address of a picture in memory.
 template <int kBytes>
-void CopyPixels(const std::byte* const* addresses, int count, std::byte* destination) {
-    for (int i = 0; i < count; ++i) {
-        std::memcpy(destination, addresses[i], kBytes);
+void CopyPixels(const std::uintptr_t* addresses, int count, std::byte* destination) {
+    // Three and six bytes are moved in one piece with what follows, which the next pixel overwrites; behind
+    // the picture there is always something to read. Only the last one has to stop where it ends.
+    constexpr std::size_t kMoved = kBytes == 3 ? 4 : kBytes == 6 ? 8 : kBytes;
+    static_assert(kMoved - kBytes <= kReadableBehind);
+    for (int i = 0; i < count - 1; ++i) {
+        std::memcpy(destination, reinterpret_cast<const std::byte*>(addresses[i]), kMoved);
         destination += kBytes;
     }
+    if (count > 0) std::memcpy(destination, reinterpret_cast<const std::byte*>(addresses[count - 1]), kBytes);
 }
 
 /// bytesPerPixel: of one of the nine pixel formats.
-inline void CopyPixels(const std::byte* const* addresses, int count, std::uint32_t bytesPerPixel,
+inline void CopyPixels(const std::uintptr_t* addresses, int count, std::uint32_t bytesPerPixel,
                        std::byte* destination) {
     switch (bytesPerPixel) {
         case 1:

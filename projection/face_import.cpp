@@ -65,9 +65,11 @@ void FillFace(Image& face, const Image& picture, const PixelLookup& lookup) {
     const std::uint32_t sourceBytes = BytesPerPixel(picture.format);
     const std::uint32_t faceBytes = BytesPerPixel(face.format);
     const bool convert = picture.format != face.format;
+    const std::uintptr_t origin = reinterpret_cast<std::uintptr_t>(picture.pixels.get());
+    const std::uint32_t stride = picture.stride;
     const auto fillBand = [&](int band) {
         std::int32_t columns[kBlockSize], rows[kBlockSize];
-        const std::byte* addresses[kBlockSize];
+        std::uintptr_t addresses[kBlockSize];
         std::byte gathered[kBlockSize * 8];
         const std::uint32_t firstRow = static_cast<std::uint32_t>(band) * kBandRows;
         const std::uint32_t endRow = std::min(firstRow + kBandRows, face.height);
@@ -78,8 +80,8 @@ void FillFace(Image& face, const Image& picture, const PixelLookup& lookup) {
                 Wrap(columns, count, static_cast<std::int32_t>(picture.width));
                 Wrap(rows, count, static_cast<std::int32_t>(picture.height));
                 for (int i = 0; i < count; ++i) {
-                    addresses[i] = picture.Row(static_cast<std::uint32_t>(rows[i])) +
-                                   static_cast<std::size_t>(columns[i]) * sourceBytes;
+                    addresses[i] = origin + std::uint64_t{static_cast<std::uint32_t>(rows[i])} * stride +
+                                   std::uint64_t{static_cast<std::uint32_t>(columns[i])} * sourceBytes;
                 }
                 std::byte* target = face.Row(row) + std::size_t{first} * faceBytes;
                 CopyPixels(addresses, count, sourceBytes, convert ? gathered : target);

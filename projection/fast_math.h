@@ -27,36 +27,35 @@ SKYVAULT_INLINE float SquareRoot(float x) {
     return ::sqrtf(x);
 }
 
-/// Arc tangent of y/x in the right quadrant, radians, −π..π (π in single precision).
-/// (0, 0) gives 0; x = −0 counts as +0; NaN in, NaN out.
-/// atan(q) = q + q·z·P(z), z = q², for q ≤ tan(π/8); larger ratios go through (a − b)/(a + b) and the
-/// octants. P interpolates at Chebyshev nodes; its error is below 4e-9 of the result.
-SKYVAULT_INLINE float Atan2(float y, float x) {
-    constexpr float kTanPi8 = 0.41421357f;
-    constexpr float kPiHigh = 3.1415927f, kPiLow = -8.742278e-8f;  // π = high + low
-    const float ax = std::fabs(x);
-    const float ay = std::fabs(y);
-    const bool steep = ay > ax;
-    const float small = steep ? ax : ay;
-    const float large = steep ? ay : ax;
-    const bool beyond = small > kTanPi8 * large;
-    const float numerator = beyond ? small - large : small;
-    const float sum = beyond ? small + large : large;
-    const float denominator = sum == 0.0f ? 1.0f : sum;
-    const float q = numerator / denominator;
+/// Arc tangent of y/x for y, x ≥ 0, radians, 0..π/2. (0, 0) gives NaN; NaN in, NaN out.
+/// atan(q) = q + q·z·P(z), z = q², for q ≤ 1, and the complement beyond. P is a minimax polynomial whose
+/// error is below 2e-8 of the result.
+SKYVAULT_INLINE float AtanFirstQuadrant(float y, float x) {
+    constexpr float kHalfPiHigh = 1.5707964f, kHalfPiLow = -4.371139e-8f;  // π/2 = high + low
+    // Written as the processor's minimum and maximum are, and so that NaN stays.
+    const float small = y < x ? y : x;
+    const float large = y < x ? x : y;
+    const float q = small / large;
     const float z = q * q;
     // Not Horner's way: fewer steps wait for each other.
     const float zz = z * z;
-    const float p =
-        (0.1999954f * z - 0.33333331f) + zz * ((0.10743258f * z - 0.14263912f) - 0.06450364f * zz);
-    const float tail = q * z * p;
-    // The constants' second parts keep the octants' offsets from costing accuracy.
-    const float octant = beyond ? kPiHigh * 0.25f : 0.0f;
-    const float octantLow = beyond ? kPiLow * 0.25f : 0.0f;
-    float angle = octant + (q + (tail + octantLow));
-    angle = steep ? kPiHigh * 0.5f - (angle - kPiLow * 0.5f) : angle;
-    angle = x < 0.0f ? kPiHigh - (angle - kPiLow) : angle;
-    return std::copysign(angle, y);
+    const float p0 = (0.19993767f * z - 0.33333153f) + zz * (0.10665884f * z - 0.14211008f);
+    const float p4 = (0.043213706f * z - 0.07552159f) + zz * (0.0029216404f * z - 0.01637049f);
+    const float angle = q + q * z * (p0 + zz * zz * p4);
+    // Without π/2's second part its rounding would show just above π/4.
+    return y > x ? kHalfPiHigh - (angle - kHalfPiLow) : angle;
+}
+
+/// Arc tangent of y/x in the right quadrant, radians, −π..π (π in single precision). (0, 0) gives NaN;
+/// x = −0 counts as +0; NaN in, NaN out.
+SKYVAULT_INLINE float Atan2Apart(float y, float x) {
+    const float angle = AtanFirstQuadrant(std::fabs(y), std::fabs(x));
+    return std::copysign(x < 0.0f ? 3.1415927f - angle : angle, y);
+}
+
+/// The same with 0 for (0, 0).
+SKYVAULT_INLINE float Atan2(float y, float x) {
+    return std::fabs(y) + std::fabs(x) == 0.0f ? y : Atan2Apart(y, x);
 }
 
 /// Sine and cosine in double precision, for single-precision arguments up to 1e5: then below 1e-15 off.
@@ -222,9 +221,9 @@ SKYVAULT_INLINE float Pow(float base, float exponent) {
 }
 
 /// Halves away from zero, for 0 ≤ value < 2^31. NaN and anything outside gives an unspecified integer.
+/// The addend is the largest float below ½: with ½ itself the float below n + ½ would round up to n + 1.
 SKYVAULT_INLINE std::int32_t RoundPositive(float value) {
-    const std::int32_t whole = static_cast<std::int32_t>(value);
-    return whole + (value - static_cast<float>(whole) >= 0.5f ? 1 : 0);
+    return static_cast<std::int32_t>(value + 0.49999997f);
 }
 
 }  // namespace skyvault

@@ -26,10 +26,11 @@ bool ProcessorHasAvx2() {
     int leaf[4];
     __cpuid(leaf, 1);
     const bool savesYmm = (leaf[2] & (1 << 27)) != 0 && (_xgetbv(0) & 6) == 6;
+    const bool fma = (leaf[2] & (1 << 12)) != 0;
     __cpuidex(leaf, 7, 0);
-    return savesYmm && (leaf[1] & (1 << 5)) != 0;
+    return savesYmm && fma && (leaf[1] & (1 << 5)) != 0;
 #else
-    return __builtin_cpu_supports("avx2") != 0;
+    return __builtin_cpu_supports("avx2") != 0 && __builtin_cpu_supports("fma") != 0;
 #endif
 }
 

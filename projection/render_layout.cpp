@@ -14,8 +14,11 @@ namespace skyvault {
 namespace {
 
 /// Rows of the result made together: enough that a tile of 256 columns is square-ish in the source, few
-/// enough that a doubled band stays in the cache.
+/// enough that a doubled tile stays in the cache.
 constexpr std::uint32_t kBandRows = 64;
+
+/// Columns of the result averaged together: two blocks of the doubled picture.
+constexpr std::uint32_t kDoubledTile = kBlockSize;
 
 /// Below this many pixels, waking other threads costs more than it saves (0.8 ms under Wine).
 constexpr std::uint64_t kParallelPixels = 1'000'000;
@@ -82,20 +85,26 @@ Stretch CutToShape(DirectionBlock& block, int count, std::uint8_t* inside) {
     return {first, stretch, std::count(inside, inside + stretch, 0) == 0};
 }
 
-/// Writes rows firstRow .. firstRow + rowCount − 1 of the grid at destination. Each block is fetched after
-/// the next one was found, so that its pixels have time to arrive.
-void RenderRows(const LayoutGrid& grid, const ViewSampler& sampler, const Background& background,
-                std::uint32_t bytesPerPixel, std::uint32_t firstRow, std::uint32_t rowCount,
-                std::byte* destination, std::size_t stride) {
+/// A part of a grid.
+struct GridPart {
+    std::uint32_t firstColumn = 0, columns = 0, firstRow = 0, rows = 0;
+};
+
+/// Writes the part's pixels at destination. Each block is fetched after the next one was found, so that its
+/// pixels have time to arrive.
+void RenderPart(const LayoutGrid& grid, const GridPart& part, const ViewSampler& sampler,
+                const Background& background, std::uint32_t bytesPerPixel, std::byte* destination,
+                std::size_t stride) {
     DirectionBlock block;
     PendingBlock pending[2];
     int current = 0;
-    for (std::uint32_t first = 0; first < grid.width; first += kBlockSize) {
-        const int count = static_cast<int>(std::min<std::uint32_t>(kBlockSize, grid.width - first));
-        for (std::uint32_t row = 0; row < rowCount; ++row) {
+    for (std::uint32_t column = 0; column < part.columns; column += kBlockSize) {
+        const int count = static_cast<int>(std::min<std::uint32_t>(kBlockSize, part.columns - column));
+        for (std::uint32_t row = 0; row < part.rows; ++row) {
             PendingBlock& found = pending[current];
-            const Coverage coverage = grid.directions(firstRow + row, first, count, block, found.inside);
-            std::byte* target = destination + row * stride + std::size_t{first} * bytesPerPixel;
+            const Coverage coverage =
+                grid.directions(part.firstRow + row, part.firstColumn + column, count, block, found.inside);
+            std::byte* target = destination + row * stride + std::size_t{column} * bytesPerPixel;
             if (coverage != Coverage::All) background.Fill(target, count);
             if (coverage == Coverage::None) continue;
             Stretch inside{0, count};
@@ -143,21 +152,27 @@ bool RenderLayout(Panorama& panorama, const LayoutGrid& grid, const RenderOption
         const std::uint32_t first = static_cast<std::uint32_t>(band) * kBandRows;
         const std::uint32_t rows = std::min(kBandRows, height - first);
         if (!options.halve) {
-            RenderRows(grid, sampler, background, bytesPerPixel, first, rows, result.Row(first),
+            RenderPart(grid, {0, width, first, rows}, sampler, background, bytesPerPixel, result.Row(first),
                        result.stride);
             return;
         }
-        Image doubled(grid.width, 2 * rows, options.format);
+        Image doubled(std::min(2 * kDoubledTile, grid.width), 2 * rows, options.format);
         if (!doubled.IsValid()) {
             failed = true;
             return;
         }
-        RenderRows(grid, sampler, background, bytesPerPixel, 2 * first, 2 * rows, doubled.Row(0),
-                   doubled.stride);
-        BoxGrid bandGrid = halving;
-        bandGrid.height = rows;
-        for (std::uint32_t row = 0; row < rows; ++row) {
-            AverageRow(doubled, bandGrid, row, options.format, result.Row(first + row));
+        for (std::uint32_t column = 0; column < width; column += kDoubledTile) {
+            const std::uint32_t columns = std::min(kDoubledTile, width - column);
+            doubled.width = 2 * columns;  // the last tile may be narrower; its rows stay where they are
+            RenderPart(grid, {2 * column, 2 * columns, 2 * first, 2 * rows}, sampler, background,
+                       bytesPerPixel, doubled.Row(0), doubled.stride);
+            BoxGrid tile = halving;
+            tile.width = columns;
+            tile.height = rows;
+            for (std::uint32_t row = 0; row < rows; ++row) {
+                std::byte* const target = result.Row(first + row) + std::size_t{column} * bytesPerPixel;
+                AverageRow(doubled, tile, row, options.format, target);
+            }
         }
     };
     const auto report = [&](int finished) {

@@ -2,7 +2,7 @@
 //
 // The picture is built in bands of rows that may run on several cores, and within a band in tiles, so that
 // neighbouring directions read neighbouring memory. A picture built at double size for antialiasing is
-// averaged band by band: the doubled picture as a whole never exists.
+// averaged tile by tile: the doubled picture as a whole never exists.
 #pragma once
 
 #include <cstdint>

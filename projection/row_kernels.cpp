@@ -48,14 +48,60 @@ static void HorizonCurve(float* y, int n, float power) {
     for (int i = 0; i < n; ++i) y[i] = 2.0f * PowPositive((y[i] + 1.0f) * 0.5f, wide) - 1.0f;
 }
 
-static void PixelOffsets(const std::int32_t* SKYVAULT_RESTRICT columns,
-                         const std::int32_t* SKYVAULT_RESTRICT rows, int n, std::uint32_t stride,
-                         std::uint32_t bytesPerPixel, std::uint64_t* SKYVAULT_RESTRICT offsets) {
+static void PixelOffsets(const std::uint32_t* SKYVAULT_RESTRICT columns,
+                         const std::uint32_t* SKYVAULT_RESTRICT rows, int n, std::uint32_t stride,
+                         std::uint32_t bytesPerPixel, std::uint64_t origin,
+                         std::uint64_t* SKYVAULT_RESTRICT offsets) {
     for (int i = 0; i < n; ++i) {
-        const std::uint32_t column = static_cast<std::uint32_t>(columns[i]);
-        const std::uint32_t row = static_cast<std::uint32_t>(rows[i]);
-        offsets[i] =
-            static_cast<std::uint64_t>(row) * stride + static_cast<std::uint64_t>(column) * bytesPerPixel;
+        offsets[i] = origin + static_cast<std::uint64_t>(rows[i]) * stride +
+                     static_cast<std::uint64_t>(columns[i]) * bytesPerPixel;
+    }
+}
+
+/// x / divisor, correctly rounded. reciprocal: 1 / divisor, correctly rounded. Where the processor multiplies
+/// and adds in one step, the remainder is exact and corrects the product by the reciprocal to the very bits
+/// of the division (Markstein), at a fraction of its cost.
+template <typename Real>
+SKYVAULT_INLINE Real DivideBy(Real x, Real divisor, [[maybe_unused]] Real reciprocal) {
+#ifdef SKYVAULT_KERNELS_AVX2
+    const Real quotient = x * reciprocal;
+    return std::fma(std::fma(-quotient, divisor, x), reciprocal, quotient);
+#else
+    return x / divisor;
+#endif
+}
+
+/// Whether both are numbers.
+SKYVAULT_INLINE bool AreNumbers(float a, float b) {
+    const float sum = a + b;  // never infinities of both signs
+    return sum == sum;
+}
+
+/// Positions of the directions whose position is NaN, worked out in full. True when some remain NaN.
+static bool PlaceRareDirections(const float* x, const float* y, const float* z, int n,
+                                const EquirectGrid& grid, float* columnPosition, float* rowPosition) {
+    bool missing = false;
+    for (int i = 0; i < n; ++i) {
+        if (AreNumbers(columnPosition[i], rowPosition[i])) continue;
+        const bool onAxis = x[i] == 0.0f && z[i] == 0.0f;
+        const float longitude = onAxis ? 0.0f : Atan2(x[i], z[i]);
+        const float pole = y[i] > 0.0f ? kPi * 0.5f : -kPi * 0.5f;
+        const float latitude = onAxis ? pole : Atan2(y[i], SquareRoot(x[i] * x[i] + z[i] * z[i]));
+        columnPosition[i] = (longitude + kPi) * static_cast<float>(grid.width) / kTwoPi;
+        rowPosition[i] =
+            static_cast<float>((kHalfPiWide - static_cast<double>(latitude)) * grid.height / kPiWide);
+        missing = missing || !AreNumbers(columnPosition[i], rowPosition[i]);
+    }
+    return missing;
+}
+
+/// Pixels nearest to positions of 0 .. size along a circle of pixels. NaN gives any number.
+static void RoundAround(const float* SKYVAULT_RESTRICT positions, int n, std::uint32_t size,
+                        std::uint32_t* SKYVAULT_RESTRICT pixels) {
+    for (int i = 0; i < n; ++i) {
+        const std::uint32_t pixel = static_cast<std::uint32_t>(RoundPositive(positions[i]));
+        const std::uint32_t wrapped = pixel - size;  // huge but for pixel ≥ size
+        pixels[i] = wrapped < pixel ? wrapped : pixel;
     }
 }
 
@@ -64,42 +110,35 @@ static bool EquirectOffsets(const float* SKYVAULT_RESTRICT x, const float* SKYVA
                             std::uint64_t* SKYVAULT_RESTRICT offsets) {
     const float width = static_cast<float>(grid.width);
     const double height = static_cast<double>(grid.height);
-    const std::int32_t width32 = static_cast<std::int32_t>(grid.width);
-    const std::int32_t height32 = static_cast<std::int32_t>(grid.height);
 
     alignas(64) float columnPosition[kBlockSize], rowPosition[kBlockSize];
-    alignas(64) std::int32_t columns[kBlockSize], rows[kBlockSize];
+    alignas(64) std::uint32_t columns[kBlockSize], rows[kBlockSize];
     // Short loops: the processor overlaps more of their iterations than of one long one.
-    for (int i = 0; i < n; ++i) columnPosition[i] = (Atan2(x[i], z[i]) + kPi) * width / kTwoPi;
     for (int i = 0; i < n; ++i) {
-        const float latitude = Atan2(y[i], SquareRoot(x[i] * x[i] + z[i] * z[i]));
-        const float pole = y[i] > 0.0f ? kPi * 0.5f : -kPi * 0.5f;
-        rowPosition[i] = std::fabs(x[i]) + std::fabs(z[i]) == 0.0f ? pole : latitude;
+        columnPosition[i] = DivideBy((Atan2Apart(x[i], z[i]) + kPi) * width, kTwoPi, 1.0f / kTwoPi);
     }
     for (int i = 0; i < n; ++i) {
-        rowPosition[i] =
-            static_cast<float>((kHalfPiWide - static_cast<double>(rowPosition[i])) * height / kPiWide);
-    }
-    std::int32_t missing = 0;
-    for (int i = 0; i < n; ++i) {
-        // Positions are 0 or more, or NaN, which the comparison turns into 0.
-        const std::int32_t column = RoundPositive(columnPosition[i] > 0.0f ? columnPosition[i] : 0.0f);
-        const std::int32_t row = RoundPositive(rowPosition[i] > 0.0f ? rowPosition[i] : 0.0f);
-        columns[i] = column - (column >= width32 ? width32 : 0);
-        rows[i] = row - (row >= height32 ? height32 : 0);
+        const float across = SquareRoot(x[i] * x[i] + z[i] * z[i]);
+        rowPosition[i] = std::copysign(AtanFirstQuadrant(std::fabs(y[i]), across), y[i]);
     }
     for (int i = 0; i < n; ++i) {
-        const float sum = columnPosition[i] + rowPosition[i];  // NaN when either is
-        missing |= sum == sum ? 0 : 1;
+        const double fromZenith = kHalfPiWide - static_cast<double>(rowPosition[i]);
+        rowPosition[i] = static_cast<float>(DivideBy(fromZenith * height, kPiWide, 1.0 / kPiWide));
     }
-    PixelOffsets(columns, rows, n, grid.stride, grid.bytesPerPixel, offsets);
-    if (missing != 0) {
+    // The zenith, the nadir and what is no direction at all leave NaN.
+    std::int32_t rare = 0;
+    for (int i = 0; i < n; ++i) rare |= AreNumbers(columnPosition[i], rowPosition[i]) ? 0 : 1;
+    bool missing = false;
+    if (rare != 0) missing = PlaceRareDirections(x, y, z, n, grid, columnPosition, rowPosition);
+    RoundAround(columnPosition, n, grid.width, columns);
+    RoundAround(rowPosition, n, grid.height, rows);
+    PixelOffsets(columns, rows, n, grid.stride, grid.bytesPerPixel, grid.origin, offsets);
+    if (missing) {
         for (int i = 0; i < n; ++i) {
-            const float sum = columnPosition[i] + rowPosition[i];
-            if (sum != sum) offsets[i] = kNoPixel;
+            if (!AreNumbers(columnPosition[i], rowPosition[i])) offsets[i] = kNoPixel;
         }
     }
-    return missing != 0;
+    return missing;
 }
 
 static bool CubeOffsets(const float* SKYVAULT_RESTRICT x, const float* SKYVAULT_RESTRICT y,
@@ -120,7 +159,7 @@ static bool CubeOffsets(const float* SKYVAULT_RESTRICT x, const float* SKYVAULT_
     }
     // Faces as masks from here on: reading them back keeps the selects apart, or the compiler merges them
     // into boolean arithmetic it cannot turn into vectors.
-    alignas(64) std::int32_t columns[kBlockSize], rows[kBlockSize];
+    alignas(64) std::uint32_t columns[kBlockSize], rows[kBlockSize];
     alignas(64) float sums[kBlockSize];
     for (int i = 0; i < n; ++i) {
         const float dx = x[i], dy = y[i], dz = z[i];
@@ -139,12 +178,12 @@ static bool CubeOffsets(const float* SKYVAULT_RESTRICT x, const float* SKYVAULT_
         sums[i] = columnPosition + rowPosition + (std::fabs(dx) + std::fabs(dy) + std::fabs(dz));
         const std::int32_t column = static_cast<std::int32_t>(columnPosition > 0.0f ? columnPosition : 0.0f);
         const std::int32_t row = static_cast<std::int32_t>(rowPosition > 0.0f ? rowPosition : 0.0f);
-        columns[i] = column > last ? last : column;
-        rows[i] = row > last ? last : row;
+        columns[i] = static_cast<std::uint32_t>(column > last ? last : column);
+        rows[i] = static_cast<std::uint32_t>(row > last ? last : row);
     }
     std::int32_t missing = 0;
     for (int i = 0; i < n; ++i) missing |= sums[i] == sums[i] ? 0 : 1;
-    PixelOffsets(columns, rows, n, grid.stride, grid.bytesPerPixel, offsets);
+    PixelOffsets(columns, rows, n, grid.stride, grid.bytesPerPixel, 0, offsets);
     if (missing != 0) {
         for (int i = 0; i < n; ++i) {
             if (sums[i] != sums[i]) {

@@ -23,6 +23,7 @@ struct DirectionBlock {
 /// An equirectangular source, as the lookup needs it.
 struct EquirectGrid {
     std::uint32_t width = 0, height = 0, stride = 0, bytesPerPixel = 0;
+    std::uint64_t origin = 0;  ///< added to every offset: the address of the first pixel makes addresses
 };
 
 /// Six faces of one size and format.

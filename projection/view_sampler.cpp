@@ -12,9 +12,13 @@ namespace skyvault {
 
 namespace {
 
-void Prefetch([[maybe_unused]] const std::byte* address) {
+std::uintptr_t AddressOf(const Image& picture) {
+    return reinterpret_cast<std::uintptr_t>(picture.pixels.get());
+}
+
+void Prefetch([[maybe_unused]] const std::uintptr_t* addresses, [[maybe_unused]] int count) {
 #if defined(__GNUC__)
-    __builtin_prefetch(address);
+    for (int i = 0; i < count; ++i) __builtin_prefetch(reinterpret_cast<const void*>(addresses[i]));
 #endif
 }
 
@@ -30,18 +34,21 @@ ViewSampler::ViewSampler(Panorama& panorama, PixelFormat format, bool applyOrien
     const Image& source = panorama.equirectSource;
     if (source.IsValid()) {
         sourceFormat_ = source.format;
-        equirect_ = {source.width, source.height, source.stride, BytesPerPixel(source.format)};
-        bases_[0] = source.pixels.get();
+        present_ = AddressOf(source);
+        equirect_ = {source.width, source.height, source.stride, BytesPerPixel(source.format), present_};
         return;
     }
     const std::uint32_t size = FaceGridSize(panorama.faces);
     uniform_ = size > 0;
     for (std::size_t f = 0; f < panorama.faces.size(); ++f) {
         const Image& face = panorama.faces[f];
-        if (!face.IsValid()) continue;
+        if (!face.IsValid()) {
+            allPresent_ = false;
+            continue;
+        }
         if (sourceFormat_ == PixelFormat::None) sourceFormat_ = face.format;
         if (face.width != size || face.height != size || face.format != sourceFormat_) uniform_ = false;
-        bases_[f] = face.pixels.get();
+        bases_[f] = present_ = AddressOf(face);
         cube_ = {size, face.stride, BytesPerPixel(face.format)};
     }
 }
@@ -81,40 +88,30 @@ void ViewSampler::Find(DirectionBlock& directions, int count, Lookup& lookup) co
         if (!m.orientation.isIdentity) kernels_.transform(x, y, z, count, m.orientation);
     }
 
-    alignas(64) std::uint64_t offsets[kBlockSize];
+    std::uintptr_t* const addresses = lookup.addresses;
     if (equirect_.width > 0) {
-        lookup.someMissing = kernels_.equirectOffsets(x, y, z, count, equirect_, offsets);
-        for (int i = 0; i < count; ++i) {
-            lookup.addresses[i] = bases_[0] + (offsets[i] == kNoPixel ? 0 : offsets[i]);
-            Prefetch(lookup.addresses[i]);
+        lookup.someMissing = kernels_.equirectOffsets(x, y, z, count, equirect_, addresses);
+        for (int i = 0; lookup.someMissing && i < count; ++i) {
+            lookup.missing[i] = addresses[i] == kNoPixel;
+            if (lookup.missing[i]) addresses[i] = present_;
         }
-        if (lookup.someMissing) {
-            for (int i = 0; i < count; ++i) lookup.missing[i] = offsets[i] == kNoPixel;
-        }
+        Prefetch(addresses, count);
         return;
     }
+    assert(present_ && "a sampler without any face works pixel by pixel");
     alignas(64) std::int32_t faces[kBlockSize];
-    lookup.someMissing = kernels_.cubeOffsets(x, y, z, count, cube_, faces, offsets);
-    const std::byte* present = nullptr;
-    bool allPresent = true;
-    for (const std::byte* base : bases_) {
-        if (base) present = base;
-        allPresent = allPresent && base;
-    }
-    assert(present && "a sampler without any face works pixel by pixel");
-    if (allPresent && !lookup.someMissing) {
+    lookup.someMissing = kernels_.cubeOffsets(x, y, z, count, cube_, faces, addresses);
+    if (allPresent_ && !lookup.someMissing) {
+        for (int i = 0; i < count; ++i) addresses[i] += bases_[static_cast<std::size_t>(faces[i])];
+    } else {
+        lookup.someMissing = true;
         for (int i = 0; i < count; ++i) {
-            lookup.addresses[i] = bases_[static_cast<std::size_t>(faces[i])] + offsets[i];
-            Prefetch(lookup.addresses[i]);
+            const std::uintptr_t base = bases_[static_cast<std::size_t>(faces[i])];
+            lookup.missing[i] = addresses[i] == kNoPixel || !base;
+            addresses[i] = lookup.missing[i] ? present_ : base + addresses[i];
         }
-        return;
     }
-    lookup.someMissing = true;
-    for (int i = 0; i < count; ++i) {
-        const std::byte* base = bases_[static_cast<std::size_t>(faces[i])];
-        lookup.missing[i] = offsets[i] == kNoPixel || !base;
-        lookup.addresses[i] = lookup.missing[i] ? present : base + offsets[i];
-    }
+    Prefetch(addresses, count);
 }
 
 void ViewSampler::Fetch(const Lookup& lookup, std::byte* destination) const {
@@ -146,7 +143,9 @@ void ViewSampler::FixRarePixels(const Lookup& lookup, std::byte* destination) co
     for (int hit = 0; hit < lookup.logoHits; ++hit) {
         const int i = lookup.logoLanes[hit];
         const bool missing = lookup.someMissing && lookup.missing[i];
-        const PixelValue under = missing ? white : ReadPixel(sourceFormat_, lookup.addresses[i]);
+        const PixelValue under =
+            missing ? white
+                    : ReadPixel(sourceFormat_, reinterpret_cast<const std::byte*>(lookup.addresses[i]));
         const PixelValue logo = LogoColour(panorama_, lookup.logoPoints[hit]);
         WritePixel(format_, destination + i * std::size_t{bytesPerPixel_}, BlendLogo(logo, under));
     }

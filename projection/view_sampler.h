@@ -27,8 +27,8 @@ class ViewSampler {
         int count = 0;
         bool someMissing = false;
         int logoHits = 0;
-        const std::byte* addresses[kBlockSize];  ///< never null: a missing pixel looks at some other
-        bool missing[kBlockSize];                ///< meaningful only with someMissing
+        alignas(64) std::uintptr_t addresses[kBlockSize];  ///< of pixels; a missing one's is some other's
+        bool missing[kBlockSize];                          ///< meaningful only with someMissing
         std::int16_t logoLanes[kBlockSize];
         LogoHit logoPoints[kBlockSize];
         DirectionBlock directions;  ///< only of panoramas that are looked up pixel by pixel
@@ -57,8 +57,9 @@ class ViewSampler {
     bool uniform_ = true;  ///< all valid faces have one size and format; else pixel by pixel
     EquirectGrid equirect_;
     CubeGrid cube_;
-    std::array<const std::byte*, kFaceCount>
-        bases_{};  ///< first bytes of the source's pictures; null: missing
+    std::array<std::uintptr_t, kFaceCount> bases_{};  ///< first bytes of the source's pictures; 0: missing
+    std::uintptr_t present_ = 0;                      ///< any of them that is there
+    bool allPresent_ = true;
 };
 
 }  // namespace skyvault

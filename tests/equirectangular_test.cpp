@@ -259,8 +259,9 @@ void ExpectBandsAverageAsTheWhole(PixelFormat format, std::uint32_t size) {
 
 TEST(RenderLayout, AveragingByBandsGivesTheResizedWholePicture) {
     for (const PixelFormat format : test::AllFormats()) {
-        ExpectBandsAverageAsTheWhole(format, 300);  // columns not a whole number of blocks
-        ExpectBandsAverageAsTheWhole(format, 130);  // the last band is a single row
+        ExpectBandsAverageAsTheWhole(format, 1100);  // more columns than are averaged together
+        ExpectBandsAverageAsTheWhole(format, 300);   // columns not a whole number of blocks
+        ExpectBandsAverageAsTheWhole(format, 130);   // the last band is a single row
     }
 }
 
