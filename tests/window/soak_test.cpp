@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 //
+#include <commdlg.h>
 #include <psapi.h>
 
 #include <algorithm>
@@ -16,6 +17,7 @@
 #include "session/layouts.h"
 #include "tests/temporary_folder.h"
 #include "tests/test_panorama.h"
+#include "tests/window/in_background.h"
 #include "tests/window/window_driver.h"
 
 namespace skyvault::test {
@@ -34,6 +36,10 @@ struct Holdings {
     DWORD handles = 0, gdiObjects = 0, windows = 0;
 };
 
+FARPROC SystemFunction(const char* name) {
+    return GetProcAddress(GetModuleHandleW(L"ntdll.dll"), name);
+}
+
 /// Objects of GDI that are this process's. Where the system does not count them, its table of all objects is
 /// gone through: 65536 entries of 24 bytes whose second word names the owner.
 DWORD CountGdiObjects() {
@@ -46,11 +52,51 @@ DWORD CountGdiObjects() {
     };
     // The pointer to it stands at this place of the process environment block.
     constexpr std::size_t kTableInBlock = 0xf8, kEntries = 65536;
-    const auto* const block = reinterpret_cast<const std::byte*>(__readgsqword(0x60));
+    const auto getBlock =
+        reinterpret_cast<const std::byte* (*)()>(reinterpret_cast<void*>(SystemFunction("RtlGetCurrentPeb")));
+    const std::byte* const block = getBlock();
     const auto* const entries = *reinterpret_cast<const Entry* const*>(block + kTableInBlock);
     DWORD count = 0;
     for (std::size_t i = 0; entries != nullptr && i < kEntries; ++i) count += entries[i].type != 0;
     return count;
+}
+
+/// Handles of this process; where the system does not count them, from its list of all.
+DWORD CountHandles() {
+    DWORD told = 0;
+    if (GetProcessHandleCount(GetCurrentProcess(), &told) && told > 0) return told;
+    struct Entry {
+        void* object;
+        ULONG_PTR process, handle;
+        ULONG access;
+        USHORT creator, type;
+        ULONG attributes, reserved;
+    };
+    struct List {
+        ULONG_PTR count, reserved;
+        Entry entries[1];
+    };
+    using Query = LONG(WINAPI*)(ULONG, void*, ULONG, ULONG*);
+    const auto query =
+        reinterpret_cast<Query>(reinterpret_cast<void*>(SystemFunction("NtQuerySystemInformation")));
+    constexpr ULONG kAllHandles = 64;
+    std::vector<std::byte> memory(8 << 20);
+    if (query(kAllHandles, memory.data(), static_cast<ULONG>(memory.size()), nullptr) < 0) return 0;
+    const auto& list = *reinterpret_cast<const List*>(memory.data());
+    return static_cast<DWORD>(std::count_if(list.entries, list.entries + list.count, [](const Entry& entry) {
+        return entry.process == GetCurrentProcessId();
+    }));
+}
+
+/// Bytes of private memory in use.
+std::size_t PrivateBytes() {
+    std::size_t bytes = 0;
+    MEMORY_BASIC_INFORMATION region{};
+    for (const std::byte* at = nullptr; VirtualQuery(at, &region, sizeof region) == sizeof region;
+         at = static_cast<const std::byte*>(region.BaseAddress) + region.RegionSize) {
+        if (region.State == MEM_COMMIT && region.Type == MEM_PRIVATE) bytes += region.RegionSize;
+    }
+    return bytes;
 }
 
 BOOL CALLBACK CountWindow(HWND window, LPARAM count) {
@@ -70,14 +116,12 @@ BOOL CALLBACK CountWindow(HWND window, LPARAM count) {
 
 Holdings Measure() {
     Holdings now;
-    PROCESS_MEMORY_COUNTERS_EX memory{};
-    memory.cb = sizeof memory;
-    GetProcessMemoryInfo(GetCurrentProcess(), reinterpret_cast<PROCESS_MEMORY_COUNTERS*>(&memory),
-                         sizeof memory);
+    PROCESS_MEMORY_COUNTERS memory{};
+    GetProcessMemoryInfo(GetCurrentProcess(), &memory, sizeof memory);
     constexpr double kMegabyte = 1024 * 1024;
-    now.privateMegabytes = static_cast<double>(memory.PrivateUsage) / kMegabyte;
+    now.privateMegabytes = static_cast<double>(PrivateBytes()) / kMegabyte;
     now.residentMegabytes = static_cast<double>(memory.WorkingSetSize) / kMegabyte;
-    GetProcessHandleCount(GetCurrentProcess(), &now.handles);
+    now.handles = CountHandles();
     now.gdiObjects = CountGdiObjects();
     EnumWindows(CountWindow, reinterpret_cast<LPARAM>(&now.windows));
     return now;
@@ -89,10 +133,36 @@ void Print(int round, const Holdings& h) {
     std::fflush(stdout);
 }
 
+/// How many handles the system's own file dialog keeps of each time it is answered: none on Windows, a key of
+/// the registry under Wine.
+int HandlesADialogKeeps(const std::wstring& anyFile) {
+    constexpr int kTimes = 4;
+    DWORD first = 0;
+    for (int i = 0; i <= kTimes; ++i) {
+        const InBackground box([] {
+            wchar_t path[MAX_PATH] = L"";
+            OPENFILENAMEW dialog{};
+            dialog.lStructSize = sizeof dialog;
+            dialog.lpstrFile = path;
+            dialog.nMaxFile = MAX_PATH;
+            dialog.lpstrTitle = L"Plain dialog";
+            dialog.Flags = OFN_EXPLORER | OFN_NOCHANGEDIR;
+            GetOpenFileNameW(&dialog);
+        });
+        AnswerFileDialog(WaitForDialog(L"Plain dialog"), anyFile);
+        if (i == 0) first = CountHandles();
+    }
+    const int kept = static_cast<int>(CountHandles()) - static_cast<int>(first);
+    return std::max(0, (kept + kTimes / 2) / kTimes);
+}
+
 class Soak : public testing::Test {
   protected:
     void SetUp() override {
         settings_ = TestSettings(folder_.Path());
+        // A small window: presenting a picture is what takes the time.
+        settings_.windowRect.right = settings_.windowRect.left + 360;
+        settings_.windowRect.bottom = settings_.windowRect.top + 280;
         settings_.filterIndex = 1;                                                  // BMP
         settings_.resolution0 = settings_.resolution1 = settings_.resolution2 = 0;  // 256
         Image picture = RandomImage(512, 256, PixelFormat::Rgb8);
@@ -102,7 +172,7 @@ class Soak : public testing::Test {
         PutSettings(&settings_);
     }
 
-    /// An import, three views with a turn each, and an export over the last one's file.
+    /// An import, two views with a turn each, and an export over the last one's file.
     void Round(const RunningProgram& program, int round) {
         const bool strip = round % 2 != 0;
         const LayoutRow& source =
@@ -117,8 +187,8 @@ class Soak : public testing::Test {
             if (layout.viewCommand != 0 && layout.format != PanoramaFormat::SingleFiles)
                 exports.push_back(&layout);
         }
-        for (std::size_t i = 0; i < 3; ++i) {
-            program.Command(views[(static_cast<std::size_t>(round) * 3 + i) % views.size()]->viewCommand);
+        for (std::size_t i = 0; i < 2; ++i) {
+            program.Command(views[(static_cast<std::size_t>(round) * 2 + i) % views.size()]->viewCommand);
             program.Command(kCommandHeadingLeft);
         }
         const LayoutRow& layout = *exports[static_cast<std::size_t>(round) % exports.size()];
@@ -142,6 +212,7 @@ class Soak : public testing::Test {
 };
 
 TEST_F(Soak, NothingIsHeldAnyLonger) {
+    const int keptByDialogs = 2 * HandlesADialogKeeps(folder_ / L"sky.bmp");
     const RunningProgram program;
     ASSERT_NE(program.Window(), nullptr);
     Holdings first;
@@ -154,10 +225,12 @@ TEST_F(Soak, NothingIsHeldAnyLonger) {
         if (round == kFirstRounds || round == rounds || round % 50 == 0) Print(round, Measure());
     }
     const Holdings last = Measure();
-    EXPECT_LE(last.handles, first.handles + 8);
+    const int lastHandles = static_cast<int>(last.handles) - keptByDialogs * (rounds - kFirstRounds);
+    EXPECT_LE(lastHandles, static_cast<int>(first.handles) + 8);
     EXPECT_LE(last.gdiObjects, first.gdiObjects + 8);
     EXPECT_LE(last.windows, first.windows);
-    EXPECT_LE(last.privateMegabytes, first.privateMegabytes + 16);
+    EXPECT_LE(last.privateMegabytes, first.privateMegabytes + 8);
+    EXPECT_LE(last.residentMegabytes, first.residentMegabytes + 24);
 }
 
 }  // namespace
