@@ -52,13 +52,13 @@ class ShownProgress {
   private:
     static LRESULT CALLBACK See(int code, WPARAM wParam, LPARAM lParam) {
         const auto& sent = *reinterpret_cast<const CWPSTRUCT*>(lParam);
-        if (ShownProgress* const self = current_; code >= 0 && self != nullptr) {
+        ShownProgress* const self = current_;
+        if (code >= 0 && self != nullptr && sent.hwnd == self->status_ && sent.message == WM_SETTEXT) {
+            // The bar is moved before its line is written. Asking it comes through here again.
+            const auto position = static_cast<int>(SendMessageW(self->bar_, PBM_GETPOS, 0, 0));
             const std::lock_guard lock(self->mutex_);
-            // The bar is moved before its line is written.
-            if (sent.hwnd == self->status_ && sent.message == WM_SETTEXT) {
-                self->positions_.push_back(static_cast<int>(SendMessageW(self->bar_, PBM_GETPOS, 0, 0)));
-                self->lines_.emplace_back(reinterpret_cast<const wchar_t*>(sent.lParam));
-            }
+            self->positions_.push_back(position);
+            self->lines_.emplace_back(reinterpret_cast<const wchar_t*>(sent.lParam));
         }
         return CallNextHookEx(nullptr, code, wParam, lParam);
     }
