@@ -14,7 +14,7 @@ template <int kBytes>
 void CopyPixels(const std::uintptr_t* addresses, int count, std::byte* destination) {
     // Three and six bytes are moved in one piece with what follows, which the next pixel overwrites; behind
     // the picture there is always something to read. Only the last one has to stop where it ends.
-    constexpr std::size_t kMoved = kBytes == 3 ? 4 : kBytes == 6 ? 8 : kBytes;
+    constexpr std::size_t kMoved = kBytes % 3 == 0 ? kBytes / 3 * 4 : kBytes;
     static_assert(kMoved - kBytes <= kReadableBehind);
     for (int i = 0; i < count - 1; ++i) {
         std::memcpy(destination, reinterpret_cast<const std::byte*>(addresses[i]), kMoved);

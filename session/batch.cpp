@@ -85,6 +85,7 @@ std::vector<std::vector<std::wstring>> FindSources(const BatchJob& job, int nami
     }
     if (job.from == PanoramaFormat::SingleFiles) return GroupFaces(files, namingSystem);
     std::vector<std::vector<std::wstring>> sources;
+    sources.reserve(files.size());
     for (std::wstring& file : files) sources.push_back({std::move(file)});
     return sources;
 }
@@ -104,6 +105,7 @@ std::wstring OutputOf(const BatchJob& job, const std::wstring& source) {
 std::vector<std::wstring> ResultsOf(const BatchJob& job, const std::wstring& output, int namingSystem) {
     if (job.to != PanoramaFormat::SingleFiles) return {output};
     std::vector<std::wstring> files;
+    files.reserve(kFaceCount);
     for (int f = 0; f < kFaceCount; ++f) {
         files.push_back(SingleFilePath(output, namingSystem, static_cast<CubeFace>(f)));
     }
