@@ -1,6 +1,6 @@
 #!/bin/bash
-# bench/compare-peers.sh [--repeats N]: times skyvault-cli beside ffmpeg's v360 filter, Hugin's nona and OpenCV's
-# remap on the same pictures, prints the tables and puts them into docs/performance.md.
+# bench/compare-peers.sh [--repeats N] [--threads N ...]: times skyvault-cli beside ffmpeg's v360 filter, Hugin's
+# nona and OpenCV's remap on the same pictures, prints the tables and puts them into docs/performance.md.
 # Installs those three when they are missing; nothing else in the project needs them.
 set -euo pipefail
 cd "$(dirname "$0")/.."
