@@ -27,7 +27,7 @@ constexpr int kFirstRounds = 10;
 
 int Rounds() {
     const char* const asked = std::getenv("SKYVAULT_SOAK_ROUNDS");
-    return asked != nullptr ? std::max(std::atoi(asked), kFirstRounds + 1) : 30;
+    return asked != nullptr ? std::max(std::atoi(asked), kFirstRounds + 1) : 15;
 }
 
 /// What the process holds.
