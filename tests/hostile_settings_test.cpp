@@ -189,14 +189,8 @@ TEST_F(HostileSettings, ExportsAndViewsKeepTheirSizes) {
 }
 
 TEST_F(HostileSettings, ModificationsAndCamerasOfAnySizeAreDrawn) {
-    const float values[] = {Floats::quiet_NaN(),
-                            Floats::infinity(),
-                            -Floats::infinity(),
-                            Floats::max(),
-                            Floats::lowest(),
-                            Floats::denorm_min(),
-                            -1.0f,
-                            1e10f};
+    std::vector<float> values = Hostile(float{});
+    values.push_back(1e10f);
     struct Row {
         const char* name;
         void (*set)(Modifications& modifications, Camera& camera, float value);

@@ -35,6 +35,16 @@ class RealInput : public testing::Test {
         ASSERT_TRUE(SavePicture(picture, folder_ / L"place.bmp"));
     }
 
+    /// The place picture in the window, which takes the keys.
+    bool ImportPlace(const RunningProgram& program) const {
+        const UINT command = FindLayout(PanoramaFormat::Equirectangular)->importCommand;
+        return program.Import(command, L"Select equirectangular", folder_ / L"place.bmp", kTitle) &&
+               program.Focus();
+    }
+    static bool Shows(const RunningProgram& program, POINT at, const Place& place) {
+        return Eventually([&] { return NearPlace(PlaceOfColour(program.PixelAt(at.x, at.y)), place); }, 3000);
+    }
+
     const TemporaryFolder folder_;
     AppState settings_;
 };
@@ -89,12 +99,8 @@ TEST_F(RealInput, StepKeysTurnBendAndSizeByTheHeldModifier) {
     PutSettings(&settings_);
     RunningProgram program;
     ASSERT_NE(program.Window(), nullptr);
-    ASSERT_TRUE(program.Import(FindLayout(PanoramaFormat::Equirectangular)->importCommand,
-                               L"Select equirectangular", folder_ / L"place.bmp", kTitle));
-    ASSERT_TRUE(program.Focus());
-    const auto shows = [&](POINT at, const Place& place) {
-        return Eventually([&] { return NearPlace(PlaceOfColour(program.PixelAt(at.x, at.y)), place); }, 3000);
-    };
+    ASSERT_TRUE(ImportPlace(program));
+    const auto shows = [&](POINT at, const Place& place) { return Shows(program, at, place); };
     struct Row {
         std::initializer_list<WORD> keys;
         POINT at;
@@ -176,12 +182,8 @@ TEST_F(RealInput, ThePreviewIsDraggedAndZoomedByTheMouse) {
     PutSettings(&settings_);
     RunningProgram program;
     ASSERT_NE(program.Window(), nullptr);
-    ASSERT_TRUE(program.Import(FindLayout(PanoramaFormat::Equirectangular)->importCommand,
-                               L"Select equirectangular", folder_ / L"place.bmp", kTitle));
-    ASSERT_TRUE(program.Focus());
-    const auto shows = [&](POINT at, const Place& place) {
-        return Eventually([&] { return NearPlace(PlaceOfColour(program.PixelAt(at.x, at.y)), place); }, 3000);
-    };
+    ASSERT_TRUE(ImportPlace(program));
+    const auto shows = [&](POINT at, const Place& place) { return Shows(program, at, place); };
     const auto point = [&](int x, int y) {
         POINT at{x, y};
         ClientToScreen(program.Window(), &at);
