@@ -8,6 +8,7 @@
 #include "cli/convert.h"
 #include "cli/options.h"
 #include "cli/terminal.h"
+#include "image/picture_codec.h"
 #include "platform/clock.h"
 #include "platform/output_file.h"
 
@@ -39,7 +40,10 @@ void EndInterrupted() {
 
 ExitStatus Run(const std::vector<std::wstring>& arguments) {
     try {
-        return std::visit(Runner{}, ParseArguments(arguments));
+        const ExitStatus status = std::visit(Runner{}, ParseArguments(arguments));
+        const std::wstring trouble = status == kFailed ? CodecTrouble() : std::wstring();
+        if (!trouble.empty()) WriteMessage(trouble);
+        return status;
     } catch (const std::bad_alloc&) {
         WriteMessage(L"Out of memory");
         return kFailed;

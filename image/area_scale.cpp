@@ -99,4 +99,12 @@ Image ScaleByArea(const Image& source, std::uint32_t width, std::uint32_t height
     return scaled;
 }
 
+bool ScaleInto(const PictureSize& target, Image& image) {
+    if (target.width < 1 || target.height < 1) return true;
+    const PictureSize size{image.width, image.height};
+    const PictureSize fitted = FitInto(size, target);
+    if (fitted != size) image = ScaleByArea(image, fitted.width, fitted.height);
+    return image.IsValid();
+}
+
 }  // namespace skyvault

@@ -2,8 +2,6 @@
 // stores and no more. Nothing is turned by orientation tags, converted by colour profiles or multiplied by
 // alpha; palettes, CMYK and everything else that none of our formats can hold becomes 32-bit colour.
 
-#include <OpenImageIO/imageio.h>
-
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
@@ -15,8 +13,7 @@
 #include "image/area_scale.h"
 #include "image/gif_frames.h"
 #include "image/jpeg_end.h"
-#include "image/oiio_system_posix.h"
-#include "image/picture_codec.h"
+#include "image/oiio_codec_posix.h"
 #include "image/picture_header.h"
 #include "platform/file_stream.h"
 #include "platform/files.h"
@@ -62,19 +59,11 @@ bool ReadHeader(const std::wstring& path, PictureHeader& header) {
 /// An open file, set to one of its frames.
 struct OpenPicture {
     PictureHeader header;
-    std::unique_ptr<OIIO::ImageInput> input;
-    OIIO::ImageSpec spec;
+    const OiioFunctions* oiio = nullptr;
+    std::unique_ptr<void, void (*)(void*)> input{nullptr, [](void*) {}};
+    OiioFacts facts{};
     std::uint32_t frameCount = 1;
     GifFrame gifFrame;
-
-    OpenPicture() = default;
-    OpenPicture(const OpenPicture&) = delete;
-    OpenPicture& operator=(const OpenPicture&) = delete;
-    // Messages that nobody fetched would be printed.
-    ~OpenPicture() {
-        if (input) static_cast<void>(input->geterror());
-        static_cast<void>(OIIO::geterror());
-    }
 
     bool Open(const std::wstring& path, std::uint32_t frame);
     bool CountFrames(const std::wstring& path, std::uint32_t frame);
@@ -87,8 +76,7 @@ bool OpenPicture::CountFrames(const std::wstring& path, std::uint32_t frame) {
         frameCount = ReadGifFrames(file, frame, gifFrame);
     } else {
         int count = 1;
-        while (count < kMostFrames && input->seek_subimage(count, 0)) ++count;
-        static_cast<void>(input->geterror());
+        while (count < kMostFrames && oiio->selectFrame(input.get(), count)) ++count;
         frameCount = static_cast<std::uint32_t>(count);
     }
     return frame < frameCount;
@@ -108,75 +96,74 @@ bool OpenPicture::Open(const std::wstring& path, std::uint32_t frame) {
         return false;  // its canvas in bytes is counted in 31 bits
     }
     if (header.kind == PictureKind::Jpeg && IsCut(path)) return false;
-    PrepareOiio();
-    input = OIIO::ImageInput::create(OiioName(header.kind));
-    if (!input) return false;
-    OIIO::ImageSpec hints;
-    hints.attribute("oiio:UnassociatedAlpha", 1);
-    hints.attribute("bmp:monochrome_detect", 0);
-    if (!input->open(ToUtf8(path), spec, hints) || !CountFrames(path, frame) ||
-        !input->seek_subimage(static_cast<int>(frame), 0)) {
+    oiio = Oiio();
+    if (!oiio) return false;
+    input = {oiio->openInput(ToUtf8(path).c_str(), OiioName(header.kind)), oiio->closeInput};
+    if (!input || !CountFrames(path, frame) || !oiio->selectFrame(input.get(), static_cast<int>(frame)) ||
+        !oiio->describe(input.get(), &facts)) {
         return false;
     }
-    spec = input->spec();
-    return spec.width >= 1 && spec.height >= 1 && spec.depth <= 1 && spec.nchannels >= 1 &&
-           PlausibleSize(static_cast<std::uint64_t>(spec.width), static_cast<std::uint64_t>(spec.height),
+    return facts.width >= 1 && facts.height >= 1 && facts.depth <= 1 && facts.channels >= 1 &&
+           PlausibleSize(static_cast<std::uint64_t>(facts.width), static_cast<std::uint64_t>(facts.height),
                          fileSize);
 }
 
 /// How the channels of a file become those of a picture.
 struct Plan {
     PixelFormat format;
-    OIIO::TypeDesc readAs;    ///< channel type to ask for
+    OiioChannel readAs;       ///< channel type to ask for
     int channels;             ///< how many of the file's channels are read: 1 to 4
     bool alpha;               ///< the last of them is alpha
     bool multiplied = false;  ///< colours have been multiplied by alpha
     bool linear = false;      ///< 32-bit floats, linear light
 };
 
-bool IsLinear(const OIIO::TypeDesc& type) {
-    return type.basetype == OIIO::TypeDesc::FLOAT || type.basetype == OIIO::TypeDesc::DOUBLE;
+std::size_t BytesOf(OiioChannel channel) {
+    switch (channel) {
+        case OiioChannel::Byte:
+            return 1;
+        case OiioChannel::Float:
+            return 4;
+        default:
+            return 2;
+    }
 }
 
 /// True for files whose pixels none of the nine formats stores.
 bool IsIndirect(const OpenPicture& picture) {
     enum Photometric { MinIsWhite = 0, MinIsBlack = 1, Rgb = 2 };
-    const OIIO::ImageSpec& spec = picture.spec;
-    if (picture.header.indirect) return true;
-    if (!spec.get_string_attribute("jpeg:ColorSpace").empty()) return true;  // told for CMYK only
+    const OiioFacts& facts = picture.facts;
+    if (picture.header.indirect || facts.colourSpaceTold) return true;  // the latter is told for CMYK only
     if (picture.header.kind != PictureKind::Tiff) return false;
-    const int photometric = spec.get_int_attribute("tiff:PhotometricInterpretation", Rgb);
-    const int bits = spec.get_int_attribute("oiio:BitsPerSample", 8);
-    return photometric > Rgb || (bits != 8 && bits != 16);
+    return facts.photometric > Rgb || (facts.bitsPerSample != 8 && facts.bitsPerSample != 16);
 }
 
 Plan MakePlan(const OpenPicture& picture) {
     using enum PixelFormat;
-    const OIIO::ImageSpec& spec = picture.spec;
+    const OiioFacts& facts = picture.facts;
     Plan plan{};
-    plan.channels = std::min(spec.nchannels, 4);
+    plan.channels = std::min(facts.channels, 4);
     // The GIF reader puts the alpha channel one too far.
-    plan.alpha = (spec.alpha_channel == plan.channels - 1 && plan.channels % 2 == 0) ||
+    plan.alpha = (facts.alphaChannel == plan.channels - 1 && plan.channels % 2 == 0) ||
                  (picture.header.kind == PictureKind::Gif && plan.channels == 4);
     if (picture.header.alphaUnused) plan.alpha = false;
     if (!plan.alpha) plan.channels = plan.channels >= 3 ? 3 : 1;
     const bool mayBeMultiplied = picture.header.kind == PictureKind::Tiff ||
                                  picture.header.kind == PictureKind::Webp ||
                                  picture.header.kind == PictureKind::Heif;
-    plan.multiplied =
-        plan.alpha && mayBeMultiplied && spec.get_int_attribute("oiio:UnassociatedAlpha", 0) == 0;
-    plan.linear = IsLinear(spec.format);
+    plan.multiplied = plan.alpha && mayBeMultiplied && !facts.alphaUnassociated;
+    plan.linear = facts.stored == OiioChannel::Float;
 
     const bool grey = plan.channels == 1;
     if (!IsIndirect(picture) && !plan.multiplied && !picture.header.alphaUnused) {
-        switch (spec.format.basetype) {
-            case OIIO::TypeDesc::UINT8:
+        switch (facts.stored) {
+            case OiioChannel::Byte:
                 plan.format = plan.alpha ? Rgba8 : grey ? Grey8 : Rgb8;
                 break;
-            case OIIO::TypeDesc::UINT16:
+            case OiioChannel::Word:
                 plan.format = plan.alpha ? Rgba16 : grey ? Grey16 : Rgb16;
                 break;
-            case OIIO::TypeDesc::HALF:
+            case OiioChannel::Half:
                 plan.format = plan.alpha ? RgbaHalf : grey ? GreyHalf : RgbHalf;
                 break;
             default:
@@ -185,7 +172,7 @@ Plan MakePlan(const OpenPicture& picture) {
     } else {
         plan.format = Rgba8;
     }
-    plan.readAs = plan.linear ? OIIO::TypeDesc(OIIO::TypeDesc::FLOAT) : OiioChannelType(plan.format);
+    plan.readAs = plan.linear ? OiioChannel::Float : OiioChannelOf(plan.format);
     return plan;
 }
 
@@ -238,14 +225,13 @@ void DivideByAlpha(Image& image) {
 
 bool ReadPixels(OpenPicture& picture, const Plan& plan, Image& image) {
     const auto read = [&](void* memory) {
-        return picture.input->read_image(picture.input->current_subimage(), 0, 0, plan.channels, plan.readAs,
-                                         memory);
+        return picture.oiio->readPixels(picture.input.get(), plan.channels, plan.readAs, memory);
     };
     const int toChannels = ChannelCount(image.format);
     if (!plan.linear && plan.channels == toChannels) {
         if (!read(image.pixels.get())) return false;
     } else {
-        const std::size_t rowBytes = std::size_t{image.width} * plan.channels * plan.readAs.size();
+        const std::size_t rowBytes = std::size_t{image.width} * plan.channels * BytesOf(plan.readAs);
         const ByteBuffer memory = AllocateBytes(rowBytes * image.height);
         if (!memory || !read(memory.get())) return false;
         for (std::uint32_t y = 0; y < image.height; ++y) {
@@ -254,7 +240,7 @@ bool ReadPixels(OpenPicture& picture, const Plan& plan, Image& image) {
             if (plan.linear) {
                 EncodeLinear(reinterpret_cast<const float*>(from), plan, reinterpret_cast<std::uint8_t*>(to),
                              image.width);
-            } else if (plan.readAs.size() == 1) {
+            } else if (BytesOf(plan.readAs) == 1) {
                 SpreadChannels(reinterpret_cast<const std::uint8_t*>(from), plan, std::uint8_t{255},
                                reinterpret_cast<std::uint8_t*>(to), toChannels, image.width);
             } else {
@@ -269,20 +255,17 @@ bool ReadPixels(OpenPicture& picture, const Plan& plan, Image& image) {
     return true;
 }
 
-bool Decode(const std::wstring& path, std::uint32_t frame, const PictureSize& target, Image& image) {
+}  // namespace
+
+bool DecodeWithOiio(const std::wstring& path, std::uint32_t frame, const PictureSize& target, Image& image) {
     OpenPicture picture;
     if (!picture.Open(path, frame)) return false;
-    const PictureSize size{static_cast<std::uint32_t>(picture.spec.width),
-                           static_cast<std::uint32_t>(picture.spec.height)};
+    const PictureSize size{static_cast<std::uint32_t>(picture.facts.width),
+                           static_cast<std::uint32_t>(picture.facts.height)};
     const Plan plan = MakePlan(picture);
     Image decoded(size.width, size.height, plan.format);
     if (!decoded.IsValid() || !ReadPixels(picture, plan, decoded)) return false;
-
-    if (target.width >= 1 && target.height >= 1) {
-        const PictureSize fitted = FitInto(size, target);
-        if (fitted != size) decoded = ScaleByArea(decoded, fitted.width, fitted.height);
-        if (!decoded.IsValid()) return false;
-    }
+    if (!ScaleInto(target, decoded)) return false;
     decoded.frameCount = picture.frameCount;
     if (picture.frameCount > 1) {
         constexpr std::uint32_t kMissingDelay = 10;
@@ -298,27 +281,12 @@ bool Decode(const std::wstring& path, std::uint32_t frame, const PictureSize& ta
     return true;
 }
 
-}  // namespace
-
-bool DecodePicture(const std::wstring& path, std::uint32_t frame, std::uint32_t targetWidth,
-                   std::uint32_t targetHeight, Image& image) {
-    try {
-        return Decode(path, frame, {targetWidth, targetHeight}, image);
-    } catch (...) {
-        return false;
-    }
-}
-
-bool MeasurePicture(const std::wstring& path, PictureSize& size) {
-    try {
-        OpenPicture picture;
-        if (!picture.Open(path, 0)) return false;
-        size = {static_cast<std::uint32_t>(picture.spec.width),
-                static_cast<std::uint32_t>(picture.spec.height)};
-        return true;
-    } catch (...) {
-        return false;
-    }
+bool MeasureWithOiio(const std::wstring& path, PictureSize& size) {
+    OpenPicture picture;
+    if (!picture.Open(path, 0)) return false;
+    size = {static_cast<std::uint32_t>(picture.facts.width),
+            static_cast<std::uint32_t>(picture.facts.height)};
+    return true;
 }
 
 }  // namespace skyvault

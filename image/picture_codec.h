@@ -1,4 +1,5 @@
-// The platform's picture codecs behind one interface: WIC on Windows, OpenImageIO elsewhere.
+// The platform's picture codecs behind one interface: WIC on Windows; elsewhere OpenImageIO, and the
+// program itself for plain BMP files.
 #pragma once
 
 #include <cstdint>
@@ -33,5 +34,9 @@ bool EncodePicture(const Image& image, const std::wstring& path, PictureContaine
 /// Upper-case extensions the codecs of this machine can read ("PNG", "JPG" …); empty when there is no
 /// codec system at all.
 std::vector<std::wstring> ReadableExtensions();
+
+/// Why the codecs themselves could not be used since the program began, for the user; empty when they could
+/// or were not needed.
+std::wstring CodecTrouble();
 
 }  // namespace skyvault

@@ -108,4 +108,8 @@ std::vector<std::wstring> ReadableExtensions() {
     return extensions;
 }
 
+std::wstring CodecTrouble() {
+    return {};
+}
+
 }  // namespace skyvault

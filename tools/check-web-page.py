@@ -269,8 +269,9 @@ def main():
         temporary = pathlib.Path(temporary)
         folder = (options.keep or temporary / "pages").resolve()
         folder.mkdir(parents=True, exist_ok=True)
-        # The program looks for Media beside itself.
+        # The program looks for Media and its module beside itself.
         (temporary / "bin").mkdir()
+        shutil.copy2(options.bin / "skyvault-oiio.so", temporary / "bin")
         cli = pathlib.Path(shutil.copy2(options.bin / "skyvault-cli", temporary / "bin"))
         shutil.copytree(ROOT / "Media", temporary / "bin/Media")
         for name in [*NAMES, "missing.png"]:
