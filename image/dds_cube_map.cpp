@@ -97,11 +97,22 @@ DdsFormat WrittenFormat(ChannelKind kind) {
     return DdsFormat::Unknown;
 }
 
-/// A picture as an array item of a file: its pixels converted, or as they are where they fit already.
+/// How the pictures of a file are stored.
+struct WriteRule {
+    PixelFormat stored;
+    bool keepAlpha;
+    bool compress;  ///< BC1; stored is Rgba8 then
+};
+
+WriteRule MakeWriteRule(PixelFormat format, bool keepAlpha, bool compress) {
+    const PixelFormat stored = WithAlpha(format);
+    return {stored, keepAlpha, compress && stored == PixelFormat::Rgba8};
+}
+
+/// A picture as an array item of a file: its pixels converted, or the picture itself where it fits already.
 struct StoredItem {
     DdsItem item;
     ByteBuffer pixels;
-    DdsTexture compressed;
 };
 
 /// One row of `count` pixels in the format `stored`, from a picture that goes on around its edges.
@@ -116,62 +127,98 @@ void StoreRow(const Image& image, std::uint32_t y, PixelFormat stored, bool opaq
     if (stored == PixelFormat::Rgba8) SwapRedAndBlueRow(stored, row, count);
 }
 
-bool StoreItem(const Image& image, const DdsMetadata& metadata, PixelFormat stored, bool keepAlpha,
-               StoredItem& result) {
-    if (!image.IsValid()) return false;
-    const std::size_t rowPitch = std::size_t{BytesPerPixel(stored)} * metadata.width;
-    result.item = {image.pixels.get(), metadata.width, metadata.height, rowPitch, rowPitch * metadata.height};
-    const bool asItIs = image.format == stored && stored != PixelFormat::Rgba8 && keepAlpha &&
-                        image.width == metadata.width && image.height == metadata.height;
-    if (asItIs) return true;
-
-    result.pixels = AllocateBytes(result.item.slicePitch);
-    if (!result.pixels) return false;
-    const bool opaque = !keepAlpha || !HasAlpha(image.format);
-    for (std::uint32_t y = 0; y < metadata.height; ++y) {
-        StoreRow(image, y, stored, opaque, result.pixels.get() + rowPitch * y, metadata.width);
+void StoreRows(const Image& image, const WriteRule& rule, std::uint32_t firstRow, const DdsItem& size,
+               std::byte* pixels) {
+    const bool opaque = !rule.keepAlpha || !HasAlpha(image.format);
+    for (std::uint32_t y = 0; y < size.height; ++y) {
+        StoreRow(image, firstRow + y, rule.stored, opaque, pixels + size.rowPitch * y, size.width);
     }
-    result.item.pixels = result.pixels.get();
+}
+
+/// Compresses a picture some rows of blocks at a time, so that little of it is held converted.
+bool StoreCompressed(const Image& image, const WriteRule& rule, StoredItem& result) {
+    constexpr std::uint32_t kBlockEdge = 4, kBlockBytes = 8;
+    constexpr std::uint32_t kStripRows = 512;
+    DdsItem& item = result.item;
+    item.rowPitch = (std::size_t{item.width} + kBlockEdge - 1) / kBlockEdge * kBlockBytes;
+    item.slicePitch = item.rowPitch * ((std::size_t{item.height} + kBlockEdge - 1) / kBlockEdge);
+    const std::size_t rowPitch = std::size_t{BytesPerPixel(rule.stored)} * item.width;
+    const ByteBuffer strip = AllocateBytes(rowPitch * std::min(kStripRows, item.height));
+    result.pixels = AllocateBytes(item.slicePitch);
+    if (!strip || !result.pixels) return false;
+    std::byte* to = result.pixels.get();
+    for (std::uint32_t y = 0; y < item.height; y += kStripRows) {
+        DdsMetadata metadata;
+        metadata.format = WrittenFormat(ChannelKind::Int8);
+        metadata.width = item.width;
+        metadata.height = std::min(kStripRows, item.height - y);
+        const DdsItem rows{strip.get(), metadata.width, metadata.height, rowPitch,
+                           rowPitch * metadata.height};
+        StoreRows(image, rule, y, rows, strip.get());
+        DdsTexture compressed;
+        if (!CompressToBc1(metadata, {&rows, 1}, compressed)) return false;
+        const DdsItem blocks = compressed.Item(0);
+        std::memcpy(to, blocks.pixels, blocks.slicePitch);
+        to += blocks.slicePitch;
+    }
+    item.pixels = result.pixels.get();
     return true;
 }
 
-/// Writes one picture, or six in the order of the file, in the size and channel type given by `metadata` and
-/// `stored`, straight to the path. compress: 8-bit pictures as BC1.
-bool WriteTexture(const std::wstring& path, DdsMetadata metadata, PixelFormat stored,
-                  std::span<const Image* const> pictures, bool keepAlpha, bool compress) {
-    std::array<StoredItem, kFaceOfItem.size()> storedItems;
-    std::array<DdsItem, kFaceOfItem.size()> items;
-    compress = compress && stored == PixelFormat::Rgba8;
-    DdsMetadata single = metadata;
-    single.format = WrittenFormat(ChannelType(stored));
-    metadata.format = compress ? DdsFormat::Bc1 : single.format;
-    metadata.arraySize = static_cast<std::uint32_t>(pictures.size());
-    for (std::size_t i = 0; i < pictures.size(); ++i) {
-        StoredItem& item = storedItems[i];
-        if (!StoreItem(*pictures[i], metadata, stored, keepAlpha, item)) return false;
-        if (compress) {
-            // One after the other, so that only one item is held uncompressed.
-            if (!CompressToBc1(single, {&item.item, 1}, item.compressed)) return false;
-            item.item = item.compressed.Item(0);
-            item.pixels.reset();
-        }
-        items[i] = item.item;
+/// The picture as an item of the file's size; it must outlive the item, which may be its own pixels.
+bool StoreItem(const Image& image, const WriteRule& rule, std::uint32_t width, std::uint32_t height,
+               StoredItem& result) {
+    if (!image.IsValid()) return false;
+    result.item.width = width;
+    result.item.height = height;
+    if (rule.compress) return StoreCompressed(image, rule, result);
+    DdsItem& item = result.item;
+    item.rowPitch = std::size_t{BytesPerPixel(rule.stored)} * width;
+    item.slicePitch = item.rowPitch * height;
+    const bool asItIs = image.format == rule.stored && rule.stored != PixelFormat::Rgba8 && rule.keepAlpha &&
+                        image.width == width && image.height == height;
+    if (!asItIs) {
+        result.pixels = AllocateBytes(item.slicePitch);
+        if (!result.pixels) return false;
+        StoreRows(image, rule, 0, item, result.pixels.get());
     }
-    return SaveDds(path, metadata, std::span(items).first(pictures.size()));
+    item.pixels = asItIs ? image.pixels.get() : result.pixels.get();
+    return true;
 }
 
-bool WriteCubeMap(const std::wstring& path, const std::array<Image, 6>& faces, bool keepAlpha,
-                  bool compress) {
-    const Image& front = faces[0];
-    if (path.empty() || !front.IsValid()) return false;
-    std::array<const Image*, 6> pictures;
-    for (std::size_t i = 0; i < pictures.size(); ++i) pictures[i] = &faces[kFaceOfItem[i]];
+/// Writes the items, all of one size, straight to the path.
+bool WriteItems(const std::wstring& path, const WriteRule& rule, std::span<const StoredItem> stored) {
+    std::array<DdsItem, kFaceOfItem.size()> items;
+    for (std::size_t i = 0; i < stored.size(); ++i) items[i] = stored[i].item;
     DdsMetadata metadata;
-    metadata.width = metadata.height = front.width;
+    metadata.width = items[0].width;
+    metadata.height = items[0].height;
+    metadata.arraySize = static_cast<std::uint32_t>(stored.size());
+    metadata.format = rule.compress ? DdsFormat::Bc1 : WrittenFormat(ChannelType(rule.stored));
+    return SaveDds(path, metadata, std::span(items).first(stored.size()));
+}
+
+/// faceSize, format: the front face's, known on success.
+bool WriteCubeMap(const std::wstring& path, const FaceSource& faces, bool keepAlpha, bool compress,
+                  std::uint32_t& faceSize, PixelFormat& format) {
+    if (path.empty()) return false;
+    WriteRule rule{};
+    std::array<StoredItem, kFaceOfItem.size()> items;
+    for (std::size_t f = 0; f < items.size(); ++f) {
+        Image face;
+        if (!faces(f, face) || !face.IsValid()) return false;
+        if (f == 0) {
+            faceSize = face.width;
+            format = face.format;
+            rule = MakeWriteRule(format, keepAlpha, compress);
+        }
+        const auto place = std::find(kFaceOfItem.begin(), kFaceOfItem.end(), f) - kFaceOfItem.begin();
+        StoredItem& item = items[static_cast<std::size_t>(place)];
+        if (!StoreItem(face, rule, faceSize, faceSize, item)) return false;
+        if (!item.pixels) item.pixels = std::move(face.pixels);
+    }
     OutputFile file(path);
-    return WriteTexture(file.TemporaryPath(), metadata, WithAlpha(front.format), pictures, keepAlpha,
-                        compress) &&
-           file.Commit();
+    return WriteItems(file.TemporaryPath(), rule, items) && file.Commit();
 }
 
 }  // namespace
@@ -203,12 +250,14 @@ bool LoadDdsCubeMap(const std::wstring& path, std::array<Image, 6>& faces, bool 
     return true;
 }
 
-bool SaveDdsCubeMap(const std::wstring& path, const std::array<Image, 6>& faces, bool keepAlpha,
-                    bool compress, std::wstring* infoLog) {
-    const bool ok = WriteCubeMap(path, faces, keepAlpha, compress);
+bool SaveDdsCubeMap(const std::wstring& path, const FaceSource& faces, bool keepAlpha, bool compress,
+                    std::wstring* infoLog) {
+    std::uint32_t faceSize = 0;
+    PixelFormat format = PixelFormat::None;
+    const bool ok = WriteCubeMap(path, faces, keepAlpha, compress, faceSize, format);
     if (infoLog) {
         if (ok) {
-            *infoLog += CubeMapInfo(path, faces[0].width, faces[0].format);
+            *infoLog += CubeMapInfo(path, faceSize, format);
         } else {
             infoLog->clear();
         }
@@ -234,12 +283,10 @@ bool ReadDdsPicture(const std::wstring& path, Image& image) {
 }
 
 bool WriteDdsPicture(const Image& image, const std::wstring& path, PixelFormat format) {
-    if (path.empty() || !image.IsValid()) return false;
-    DdsMetadata metadata;
-    metadata.width = image.width;
-    metadata.height = image.height;
-    const Image* const picture = &image;
-    return WriteTexture(path, metadata, WithAlpha(image.format), {&picture, 1}, HasAlpha(format), true);
+    if (path.empty()) return false;
+    const WriteRule rule = MakeWriteRule(image.format, HasAlpha(format), true);
+    StoredItem item;
+    return StoreItem(image, rule, image.width, image.height, item) && WriteItems(path, rule, {&item, 1});
 }
 
 }  // namespace skyvault

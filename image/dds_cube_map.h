@@ -5,7 +5,9 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <string>
 
 #include "image/image.h"
@@ -27,12 +29,15 @@ DdsKind GetDdsKind(const std::wstring& path);
 /// is composited over opaque black.
 bool LoadDdsCubeMap(const std::wstring& path, std::array<Image, 6>& faces, bool keepAlpha);
 
+/// Gives the face of that number in the order front, right, back, left, top, bottom; false when it cannot.
+using FaceSource = std::function<bool(std::size_t face, Image& picture)>;
+
 /// Writes six faces of the front face's size and channel type: RGBA of 8 or 16 bits or halves, alpha full
-/// unless keepAlpha. compress: 8-bit faces as BC1. infoLog: when given, on success Path, Size, Resolution,
-/// Projection and Format are appended; on failure it is emptied. The file appears under its name only when
-/// whole.
-bool SaveDdsCubeMap(const std::wstring& path, const std::array<Image, 6>& faces, bool keepAlpha,
-                    bool compress, std::wstring* infoLog);
+/// unless keepAlpha. compress: 8-bit faces as BC1. The faces are asked for one after the other, so that only
+/// one is held beside what the file holds. infoLog: when given, on success Path, Size, Resolution, Projection
+/// and Format are appended; on failure it is emptied. The file appears under its name only when whole.
+bool SaveDdsCubeMap(const std::wstring& path, const FaceSource& faces, bool keepAlpha, bool compress,
+                    std::wstring* infoLog);
 
 /// The lines SaveDdsCubeMap appends to its info log.
 std::wstring CubeMapInfo(const std::wstring& path, std::uint32_t faceSize, PixelFormat format);

@@ -40,14 +40,10 @@ bool ExportCubeMapDDS(Panorama& panorama, const std::wstring& path, std::wstring
     const PixelFormat format = ExportPixelFormat(panorama, false);
     if (format == PixelFormat::None) return false;
 
-    CubeFaces built;
-    for (std::uint32_t f = 0; f < built.size(); ++f) {
-        if (!BuildFace(panorama, built[f], static_cast<CubeFace>(f), static_cast<std::uint32_t>(size),
-                       format)) {
-            return false;
-        }
-    }
-    return SaveDdsCubeMap(path, built, panorama.settings.transparency, panorama.settings.compressDds,
+    const auto build = [&](std::size_t f, Image& face) {
+        return BuildFace(panorama, face, static_cast<CubeFace>(f), static_cast<std::uint32_t>(size), format);
+    };
+    return SaveDdsCubeMap(path, build, panorama.settings.transparency, panorama.settings.compressDds,
                           &infoLog);
 }
 

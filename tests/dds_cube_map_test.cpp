@@ -47,6 +47,14 @@ Faces RandomFaces(std::uint32_t size, PixelFormat format) {
     return faces;
 }
 
+/// Copies, as a source of faces may be emptied.
+FaceSource From(const Faces& faces) {
+    return [&faces](std::size_t face, Image& picture) {
+        picture = faces[face].CopyRect();
+        return true;
+    };
+}
+
 Faces FilledFaces(std::uint32_t size, PixelFormat format, const Color8& colour) {
     Faces faces;
     for (Image& face : faces) {
@@ -95,7 +103,7 @@ TEST(DdsCubeMap, TheHeaderTellsTheKind) {
 TEST(DdsCubeMap, FacesLieInTheFileAsPlusAndMinusXYZ) {
     const TemporaryFolder folder;
     const Faces faces = RandomFaces(4, Rgba8);
-    ASSERT_TRUE(SaveDdsCubeMap(folder / L"a.dds", faces, true, false, nullptr));
+    ASSERT_TRUE(SaveDdsCubeMap(folder / L"a.dds", From(faces), true, false, nullptr));
     std::string expected;
     for (const CubeFace f : {CubeFace::Right, CubeFace::Left, CubeFace::Top, CubeFace::Bottom,
                              CubeFace::Front, CubeFace::Back}) {
@@ -116,7 +124,7 @@ TEST(DdsCubeMap, EveryFormatComesBackInItsChannelTypeWithAlpha) {
         for (const bool keepAlpha : {false, true}) {
             SCOPED_TRACE(ToUtf8(FormatName(format)) + (keepAlpha ? " with alpha" : ""));
             const Faces faces = RandomFaces(5, format);
-            ASSERT_TRUE(SaveDdsCubeMap(folder / L"\x00fc.dds", faces, keepAlpha, false, nullptr));
+            ASSERT_TRUE(SaveDdsCubeMap(folder / L"\x00fc.dds", From(faces), keepAlpha, false, nullptr));
             Faces read;
             ASSERT_TRUE(LoadDdsCubeMap(folder / L"\x00fc.dds", read, true));
             for (std::size_t f = 0; f < 6; ++f) {
@@ -178,7 +186,7 @@ TEST(DdsCubeMap, WithoutAlphaPixelsAreCompositedOverBlack) {
             face = Image(2, 2, row.pixel.format);
             face.Fill(row.pixel);
         }
-        ASSERT_TRUE(SaveDdsCubeMap(folder / L"a.dds", faces, true, false, nullptr));
+        ASSERT_TRUE(SaveDdsCubeMap(folder / L"a.dds", From(faces), true, false, nullptr));
         Faces read;
         ASSERT_TRUE(LoadDdsCubeMap(folder / L"a.dds", read, false));
         Image flat(2, 2, row.pixel.format);
@@ -249,8 +257,8 @@ TEST(DdsCubeMap, OnlyEightBitsAreCompressed) {
     for (const auto& row : rows) {
         SCOPED_TRACE(ToUtf8(FormatName(row.format)));
         const Color8 colour(255, 0, 255, 255);  // BC1 has it exactly, and so has every format
-        ASSERT_TRUE(SaveDdsCubeMap(folder / L"a.dds", FilledFaces(8, row.format, colour), true, row.compress,
-                                   nullptr));
+        ASSERT_TRUE(SaveDdsCubeMap(folder / L"a.dds", From(FilledFaces(8, row.format, colour)), true,
+                                   row.compress, nullptr));
         const std::size_t size = folder.Read(L"a.dds").size() - 6 * row.bytesPerFace;
         EXPECT_TRUE(size == 128 || size == 148) << size;
         Faces read;
@@ -282,7 +290,7 @@ TEST(DdsCubeMap, CompressedFacesStayInTheirPlacesAndKeepOneBitOfAlpha) {
         }
     }
     for (const bool keepAlpha : {false, true}) {
-        ASSERT_TRUE(SaveDdsCubeMap(folder / L"a.dds", faces, keepAlpha, true, nullptr));
+        ASSERT_TRUE(SaveDdsCubeMap(folder / L"a.dds", From(faces), keepAlpha, true, nullptr));
         Faces read;
         ASSERT_TRUE(LoadDdsCubeMap(folder / L"a.dds", read, true));
         for (std::uint8_t f = 0; f < 6; ++f) {
@@ -331,7 +339,7 @@ TEST(DdsCubeMap, FacesOfAnotherSizeGoOnAroundTheirEdges) {
     const TemporaryFolder folder;
     Faces faces = RandomFaces(5, Rgb8);
     faces[4] = RandomImage(2, 3, Rgb8);
-    ASSERT_TRUE(SaveDdsCubeMap(folder / L"a.dds", faces, true, false, nullptr));
+    ASSERT_TRUE(SaveDdsCubeMap(folder / L"a.dds", From(faces), true, false, nullptr));
     Faces read;
     ASSERT_TRUE(LoadDdsCubeMap(folder / L"a.dds", read, true));
     for (std::int32_t i = 0; i < 25; ++i) {
@@ -339,11 +347,28 @@ TEST(DdsCubeMap, FacesOfAnotherSizeGoOnAroundTheirEdges) {
     }
 }
 
+TEST(DdsCubeMap, TallPicturesAreCompressedWhole) {
+    // Large pictures are compressed in parts.
+    const TemporaryFolder folder;
+    const Color8 colours[] = {{255, 0, 0, 255}, {0, 255, 0, 255}, {0, 0, 255, 255}};
+    Image tall(5, 1501, Rgb8);
+    const auto expected = [&](std::uint32_t y) { return colours[y / 4 % 3]; };
+    for (std::uint32_t y = 0; y < tall.height; ++y) {
+        for (std::int32_t x = 0; x < 5; ++x) tall.SetPixel(x, static_cast<std::int32_t>(y), expected(y));
+    }
+    ASSERT_TRUE(SavePicture(tall, folder / L"a.dds"));
+    const Image read = LoadPicture(folder / L"a.dds");
+    ASSERT_EQ(read.height, tall.height);
+    for (std::uint32_t y = 0; y < tall.height; ++y) {
+        ASSERT_EQ(read.GetPixel8(4, static_cast<std::int32_t>(y)), expected(y)) << y;
+    }
+}
+
 TEST(DdsCubeMap, TheInfoLogDescribesTheCubeMap) {
     const TemporaryFolder folder;
     const std::wstring path = folder / L"a.dds";
     std::wstring infoLog = L"before\n";
-    ASSERT_TRUE(SaveDdsCubeMap(path, RandomFaces(16, RgbHalf), false, true, &infoLog));
+    ASSERT_TRUE(SaveDdsCubeMap(path, From(RandomFaces(16, RgbHalf)), false, true, &infoLog));
     EXPECT_EQ(infoLog, L"before\nPath\t\t" + path +
                            L"\nSize\t\t12 KB\nResolution\t6 x 16 x 16\nProjection\tCubemap\n"
                            L"Format\t\tHDR 48 bpp RGB float\n");
@@ -354,7 +379,7 @@ TEST(DdsCubeMap, AFailedWriteLeavesTheOlderFileAndEmptiesTheLog) {
     const std::wstring path = folder.Write(L"a.dds", "older");
     const auto fails = [&](const Faces& faces, const std::wstring& to, bool compress = false) {
         std::wstring infoLog = L"before";
-        const bool failed = !SaveDdsCubeMap(to, faces, true, compress, &infoLog);
+        const bool failed = !SaveDdsCubeMap(to, From(faces), true, compress, &infoLog);
         return failed && infoLog.empty() && folder.Read(L"a.dds") == "older" && folder.FileCount() == 1;
     };
     const Faces whole = RandomFaces(4, Rgba8);
@@ -375,7 +400,7 @@ TEST(DdsCubeMap, AFailedWriteLeavesTheOlderFileAndEmptiesTheLog) {
 
 TEST(DdsCubeMap, WithoutMemoryNoFaceIsChanged) {
     const TemporaryFolder folder;
-    ASSERT_TRUE(SaveDdsCubeMap(folder / L"a.dds", RandomFaces(4, Rgba8), true, false, nullptr));
+    ASSERT_TRUE(SaveDdsCubeMap(folder / L"a.dds", From(RandomFaces(4, Rgba8)), true, false, nullptr));
     Faces faces;
     faces[0] = Image(3, 3, Rgb8);
     for (int allocations = 0;; ++allocations) {
@@ -455,8 +480,8 @@ TEST(DdsImport, AFileSaysItselfWhetherItIsACubeMap) {
 
 TEST(DdsImport, TransparencyKeepsAlpha) {
     const TemporaryFolder folder;
-    ASSERT_TRUE(SaveDdsCubeMap(folder / L"a.dds", FilledFaces(4, Rgba8, Color8(200, 100, 50, 128)), true,
-                               false, nullptr));
+    ASSERT_TRUE(SaveDdsCubeMap(folder / L"a.dds", From(FilledFaces(4, Rgba8, Color8(200, 100, 50, 128))),
+                               true, false, nullptr));
     for (const bool transparency : {false, true}) {
         Imported imported(folder / L"a.dds", PanoramaFormat::DirectXDds, transparency);
         EXPECT_EQ(imported.panorama.faces[2].GetPixel8(0, 0),
