@@ -1,7 +1,6 @@
 #include "image/picture_files.h"
 
 #include <array>
-#include <vector>
 
 #include "image/bleed_alpha.h"
 #include "image/dds_container.h"
@@ -17,9 +16,12 @@ namespace skyvault {
 namespace {
 
 bool ReadTgaFile(const std::wstring& path, Image& image) {
+    constexpr std::uint64_t kLargestFile = std::uint64_t{1} << 32;
     if (path.empty()) return false;
-    std::vector<std::byte> bytes;
-    return ReadWholeFile(path, bytes) && ReadTga(bytes, FileNamePart(path), image);
+    FileStream file(path, FileUse::Read);
+    if (!file.IsOpen() || file.Size() > kLargestFile) return false;
+    const auto next = [&](void* to, std::size_t n) { return file.Read(to, n); };
+    return ReadTga(next, static_cast<std::size_t>(file.Size()), FileNamePart(path), image);
 }
 
 // The extension chooses the reader and the writer here, and nowhere else.

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <string>
 
+#include "image/pixel_convert.h"
 #include "platform/debug_line.h"
 
 namespace skyvault {
@@ -61,23 +62,32 @@ std::uint64_t PictureBytes(const Header& header) {
     return std::uint64_t{1} * bytesPerPixel * header.width * header.height;
 }
 
-bool ReadTrueColour(std::span<const std::byte> data, const Header& header, Image& image) {
+bool ReadTrueColour(const TgaSource& source, std::size_t dataSize, const Header& header, Image& image) {
     // The file's order, blue first, is the picture's.
-    if (data.size() < PictureBytes(header) || !MakePicture(header, image)) return false;
-    std::memcpy(image.pixels.get(), data.data(), image.ByteCount());
+    if (dataSize < PictureBytes(header) || !MakePicture(header, image)) return false;
+    if (header.topDown) return source(image.pixels.get(), image.ByteCount());
+    for (std::uint32_t y = image.height; y-- > 0;) {
+        if (!source(image.Row(y), image.stride)) return false;
+    }
+    image.topDown = 0;
     return true;
 }
 
-bool ReadColourMapped(std::span<const std::byte> data, std::size_t fileSize, const Header& header,
-                      Image& image) {
-    if (PictureBytes(header) > LargestColourMappedPicture(fileSize) || !MakePicture(header, image))
+bool ReadColourMapped(const TgaSource& source, std::size_t dataSize, const Header& header, Image& image) {
+    if (PictureBytes(header) > LargestColourMappedPicture(kTgaHeaderSize + dataSize) ||
+        !MakePicture(header, image))
         return false;
     std::memset(image.pixels.get(), 0, image.ByteCount());
+    const std::size_t pixelCount = std::size_t{image.width} * image.height;
+    const std::size_t entryBytes = static_cast<std::size_t>(header.colourMapEntryBits) / 8;
+    const std::size_t length = static_cast<std::size_t>(header.colourMapLength);
+    const std::size_t used = std::min(dataSize, length * entryBytes + pixelCount);
+    const ByteBuffer bytes = AllocateBytes(std::max<std::size_t>(used, 1));
+    if (!bytes || !source(bytes.get(), used)) return false;
+    const std::span<const std::byte> data(bytes.get(), used);
 
     // The file's blue goes to red and its red to blue.
     std::array<Color8, 256> palette;  // no index reaches further
-    const std::size_t entryBytes = static_cast<std::size_t>(header.colourMapEntryBits) / 8;
-    const std::size_t length = static_cast<std::size_t>(header.colourMapLength);
     for (std::size_t i = 0; i < std::min(length, palette.size()); ++i) {
         std::uint8_t* const channels[] = {&palette[i].red, &palette[i].green, &palette[i].blue,
                                           &palette[i].alpha};
@@ -87,16 +97,12 @@ bool ReadColourMapped(std::span<const std::byte> data, std::size_t fileSize, con
         }
     }
 
-    const std::size_t paletteBytes = std::min(length * entryBytes, data.size());
-    const std::span<const std::byte> indices = data.subspan(paletteBytes);
-    const std::size_t pixelCount = std::size_t{image.width} * image.height;
-    for (std::size_t i = 0; i < std::min(indices.size(), pixelCount); ++i) {
+    const std::span<const std::byte> indices = data.subspan(std::min(length * entryBytes, data.size()));
+    for (std::size_t i = 0; i < indices.size(); ++i) {
         const std::size_t index = std::to_integer<std::size_t>(indices[i]);
-        if (index >= length) continue;
-        image.SetPixel(static_cast<std::int32_t>(i % image.width), static_cast<std::int32_t>(i / image.width),
-                       palette[index]);
+        if (index < length) WriteColor8(image.format, image.pixels.get() + 3 * i, palette[index]);
     }
-    return true;
+    return header.topDown || image.FlipVertical();
 }
 
 }  // namespace
@@ -108,21 +114,34 @@ bool ReadTgaSize(std::span<const std::byte> header, PictureSize& size) {
     return true;
 }
 
-bool ReadTga(std::span<const std::byte> file, std::wstring_view name, Image& image) {
+bool ReadTga(const TgaSource& source, std::size_t fileSize, std::wstring_view name, Image& image) {
+    std::array<std::byte, kTgaHeaderSize> start;
     Header header{};
-    if (!ReadHeader(file, header)) return false;
-    const std::span<const std::byte> data = file.subspan(kTgaHeaderSize);
+    if (fileSize < start.size() || !source(start.data(), start.size()) || !ReadHeader(start, header)) {
+        return false;
+    }
+    const std::size_t dataSize = fileSize - start.size();
     bool ok = false;
     if (header.imageType == kTrueColour && header.colourMapType == 0 && header.bitsPerPixel != 8) {
-        ok = ReadTrueColour(data, header, image);
+        ok = ReadTrueColour(source, dataSize, header, image);
     } else if (header.imageType == kColourMapped && header.colourMapType == 1 && header.bitsPerPixel == 8 &&
                header.colourMapLength >= 1 &&
                (header.colourMapEntryBits == 24 || header.colourMapEntryBits == 32)) {
-        ok = ReadColourMapped(data, file.size(), header, image);
+        ok = ReadColourMapped(source, dataSize, header, image);
     }
     DebugLine(L"TGA " + std::wstring(name) + L" is top-down: " + (header.topDown ? L"Y" : L"N") + L"\n");
-    if (ok && !header.topDown) ok = image.FlipVertical();
     return ok;
+}
+
+bool ReadTga(std::span<const std::byte> file, std::wstring_view name, Image& image) {
+    std::span<const std::byte> rest = file;
+    const TgaSource source = [&](void* to, std::size_t n) {
+        if (n > rest.size()) return false;
+        std::memcpy(to, rest.data(), n);
+        rest = rest.subspan(n);
+        return true;
+    };
+    return ReadTga(source, file.size(), name, image);
 }
 
 }  // namespace skyvault

@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <span>
 #include <string_view>
 
@@ -25,10 +26,16 @@ inline constexpr std::size_t kTgaHeaderSize = 18;
 /// The size a TGA file's header tells; false for kinds of pictures that ReadTga refuses.
 bool ReadTgaSize(std::span<const std::byte> header, PictureSize& size);
 
-/// Reads a TGA file held in memory. name: for the debugger line that tells the stored row order.
-/// False for any other kind than those above, for true-colour files with less pixel data than they claim,
-/// and for colour-mapped ones beyond LargestColourMappedPicture. The rows come out top first; topDown tells
-/// how the file stored them.
+/// The next n bytes of a file, from its first on; false when they cannot be had.
+using TgaSource = std::function<bool(void* to, std::size_t n)>;
+
+/// Reads a TGA file of that size, its pixels straight into the picture. name: for the debugger line that
+/// tells the stored row order. False for any other kind than those above, for true-colour files with less
+/// pixel data than they claim, and for colour-mapped ones beyond LargestColourMappedPicture. The rows come
+/// out top first; topDown tells how the file stored them.
+bool ReadTga(const TgaSource& source, std::size_t fileSize, std::wstring_view name, Image& image);
+
+/// The same for a file held in memory.
 bool ReadTga(std::span<const std::byte> file, std::wstring_view name, Image& image);
 
 }  // namespace skyvault
