@@ -47,14 +47,20 @@ SKYVAULT_INLINE float EstimateAtan(float q, const AtanPolynomial& c) {
     return p * q;
 }
 
+/// value with its sign changed where the highest bit of `sign` is set.
+SKYVAULT_INLINE float SignChanged(float value, std::uint32_t sign) {
+    std::uint32_t bits;
+    std::memcpy(&bits, &value, sizeof bits);
+    bits ^= sign & 0x80000000u;
+    std::memcpy(&value, &bits, sizeof value);
+    return value;
+}
+
 /// value with its sign changed where `sign` is negative.
 SKYVAULT_INLINE float TimesSign(float value, float sign) {
-    std::uint32_t valueBits, signBits;
-    std::memcpy(&valueBits, &value, sizeof valueBits);
-    std::memcpy(&signBits, &sign, sizeof signBits);
-    valueBits ^= signBits & 0x80000000u;
-    std::memcpy(&value, &valueBits, sizeof value);
-    return value;
+    std::uint32_t bits;
+    std::memcpy(&bits, &sign, sizeof bits);
+    return SignChanged(value, bits);
 }
 
 /// value with the sign bit cleared where the mask has it clear.
@@ -184,26 +190,21 @@ static void FindInFaces(const DirectionBlock& block, int n, const FacesInMemory&
                         const EstimateTurn& turn, std::uint64_t* SKYVAULT_RESTRICT addresses,
                         DoubtfulLanes& doubtful) {
     const float size = static_cast<float>(faces.grid.size), h = (size - 1.0f) * 0.5f;
-    const std::uint32_t front = faces.bases[0], right = faces.bases[1], back = faces.bases[2],
-                        left = faces.bases[3], top = faces.bases[4], bottom = faces.bases[5];
+    // One select finds both: a face's number in the low bits, which are free, and where its pixels begin.
+    const std::uint32_t front = faces.bases[0], right = faces.bases[1] | 1, back = faces.bases[2] | 2,
+                        left = faces.bases[3] | 3, top = faces.bases[4] | 4, bottom = faces.bases[5] | 5;
     const MovedDirections<kMoved> source(block, n, turn);
     alignas(64) float rooms[kBlockSize];
-    alignas(64) std::int32_t chosen[kBlockSize];
     alignas(64) std::uint32_t flags[kBlockSize], bases[kBlockSize];
     for (int i = 0; i < n; ++i) {
         const float x = source.x[i], y = source.y[i], z = source.z[i];
         const float ax = std::fabs(x), ay = std::fabs(y), az = std::fabs(z);
         const float larger = ax > ay ? ax : ay, smaller = ax > ay ? ay : ax;
-        const std::int32_t frontOrBack = z > 0.0f ? 0 : 2;
-        const std::int32_t rightOrLeft = x > 0.0f ? 1 : 3;
-        const std::int32_t topOrBottom = y > 0.0f ? 4 : 5;
-        const std::int32_t other = ax >= ay ? rightOrLeft : topOrBottom;
-        chosen[i] = az >= larger ? frontOrBack : other;
-        const std::uint32_t zBase = z > 0.0f ? front : back;
-        const std::uint32_t xBase = x > 0.0f ? right : left;
-        const std::uint32_t yBase = y > 0.0f ? top : bottom;
-        const std::uint32_t otherBase = ax >= ay ? xBase : yBase;
-        bases[i] = az >= larger ? zBase : otherBase;
+        const std::uint32_t frontOrBack = z > 0.0f ? front : back;
+        const std::uint32_t rightOrLeft = x > 0.0f ? right : left;
+        const std::uint32_t topOrBottom = y > 0.0f ? top : bottom;
+        const std::uint32_t other = ax >= ay ? rightOrLeft : topOrBottom;
+        bases[i] = az >= larger ? frontOrBack : other;
         // The face is doubtful where the two longest components are about as long.
         const float longest = az > larger ? az : larger, rest = az > larger ? larger : az;
         const float second = rest > smaller ? rest : smaller;
@@ -211,7 +212,7 @@ static void FindInFaces(const DirectionBlock& block, int n, const FacesInMemory&
     }
     const float reach = 0.5f - 1.25e-6f * size;
     for (int i = 0; i < n; ++i) {
-        const std::int32_t face = chosen[i];
+        const std::uint32_t face = bases[i] & 7;
         const float x = source.x[i], y = source.y[i], z = source.z[i];
         const float axisOdd = (face & 1) == 0 ? z : x;
         const float axis = face >= 4 ? y : axisOdd;
@@ -219,8 +220,8 @@ static void FindInFaces(const DirectionBlock& block, int n, const FacesInMemory&
         const float alongRows = face >= 4 ? z : y;
         // As in the whole way, the quotients carry the sign of the axis.
         const float reciprocal = h / axis;
-        const float columnPosition = MultiplyAdd(alongColumns, (face & 1) == 1 ? -reciprocal : reciprocal, h);
-        const float rowPosition = MultiplyAdd(alongRows, face < 2 ? -reciprocal : reciprocal, h);
+        const float columnPosition = MultiplyAdd(alongColumns, SignChanged(reciprocal, face << 31), h);
+        const float rowPosition = MultiplyAdd(alongRows, SignChanged(reciprocal, face - 2), h);
         const std::int32_t column = static_cast<std::int32_t>(columnPosition);
         const std::int32_t row = static_cast<std::int32_t>(rowPosition);
         const float columnOff = std::fabs(columnPosition - static_cast<float>(column) - 0.5f);
@@ -229,7 +230,7 @@ static void FindInFaces(const DirectionBlock& block, int n, const FacesInMemory&
         flags[i] = (columnOff < reach) & (rowOff < reach) & (rooms[i] > 0.0f) ? 0 : 1;
         const std::uint32_t offset = static_cast<std::uint32_t>(row) * faces.grid.stride +
                                      static_cast<std::uint32_t>(column) * faces.grid.bytesPerPixel;
-        addresses[i] = faces.origin + (bases[i] + offset);
+        addresses[i] = faces.origin + ((bases[i] - face) + offset);
     }
     ListDoubtful(flags, n, doubtful);
 }

@@ -25,7 +25,7 @@ struct EstimateTurn {
 struct FacesInMemory {
     CubeGrid grid;
     std::uint64_t origin = 0;     ///< the address of the lowest face's first pixel
-    std::uint32_t bases[6] = {};  ///< from there to the first pixel of each face
+    std::uint32_t bases[6] = {};  ///< from there to the first pixel of each; multiples of 8
 };
 
 /// The lanes of a block that are to be looked up the whole way, in no order.

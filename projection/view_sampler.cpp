@@ -81,6 +81,7 @@ void ViewSampler::PrepareEstimates() {
     facesInMemory_.grid = cube_;
     facesInMemory_.origin = *lowest;
     for (std::size_t f = 0; f < bases_.size(); ++f) {
+        if ((bases_[f] - *lowest) % 8 != 0) return;  // no allocator does that
         facesInMemory_.bases[f] = static_cast<std::uint32_t>(bases_[f] - *lowest);
     }
     estimate_ = Estimate::Faces;
@@ -231,10 +232,7 @@ void DoubtfulPixels::Finish() {
     sampler_.FindFully(directions_, count_, lookup_);
     std::byte pixels[kBlockSize * 8];
     sampler_.Fetch(lookup_, pixels);
-    const std::byte* from = pixels;
-    for (int i = 0; i < count_; ++i, from += sampler_.BytesPerPixel()) {
-        std::memcpy(targets_[i], from, sampler_.BytesPerPixel());
-    }
+    ScatterPixels(pixels, count_, sampler_.BytesPerPixel(), targets_);
     count_ = 0;
 }
 
