@@ -180,6 +180,21 @@ void EquirectangularToFaces(benchmark::State& state) {
     SetThreadCount(0);
 }
 
+/// The turned equirectangular export with one thing more.
+void EquirectangularModified(benchmark::State& state, void (*modify)(Modifications&)) {
+    BenchPanorama p;
+    p.SetEquirectangular(kWidth, PixelFormat::Rgb8);
+    p.TurnObliquely();
+    modify(p.panorama.modifications);
+    Render(state, p, EquirectangularGrid(kWidth, kHeight), PixelFormat::Rgb8, false);
+}
+/// Of and to one format.
+void EquirectangularOfFormat(benchmark::State& state, PixelFormat format) {
+    BenchPanorama p;
+    p.SetEquirectangular(kWidth / 2, format);
+    Render(state, p, EquirectangularGrid(kWidth / 2, kHeight / 2), format, false);
+}
+
 #define BENCHMARKED(name) BENCHMARK(name)->Unit(benchmark::kMillisecond)
 BENCHMARKED(FetchStraight);
 BENCHMARKED(FetchTurned);
@@ -199,6 +214,24 @@ TURNED_OR_NOT(FacesToEquirectangular);
 BENCHMARKED(EquirectangularOfWidth)
     ->ArgNames({"threads", "width", "turned"})
     ->ArgsProduct({{1}, {4096, 16384}, {0, 1}});
+
+#define MODIFIED(name, ...) \
+    BENCHMARK_CAPTURE(EquirectangularModified, name, __VA_ARGS__)->Unit(benchmark::kMillisecond)->Arg(1)
+MODIFIED(nothing, [](Modifications&) {});
+MODIFIED(flipped, [](Modifications& m) { m.flipHorizontal = true; });
+MODIFIED(mirrored, [](Modifications& m) { m.mirrorTopToBottom = m.mirrorFrontToBack = true; });
+MODIFIED(logo, [](Modifications& m) { m.logoSize = 0.4f; });
+MODIFIED(horizon, [](Modifications& m) { m.horizonPower = 1.3f; });
+#define OF_FORMAT(format)                                                   \
+    BENCHMARK_CAPTURE(EquirectangularOfFormat, format, PixelFormat::format) \
+        ->Unit(benchmark::kMillisecond)                                     \
+        ->Arg(1)
+OF_FORMAT(Grey8);
+OF_FORMAT(Rgb8);
+OF_FORMAT(Rgba8);
+OF_FORMAT(Rgb16);
+OF_FORMAT(Rgba16);
+OF_FORMAT(RgbaHalf);
 
 }  // namespace
 

@@ -257,7 +257,21 @@ static void Faces(const DirectionBlock& block, int n, const FacesInMemory& faces
     }
 }
 
+static bool NearNadir(const DirectionBlock& block, int n, float radius) {
+    const float* SKYVAULT_RESTRICT x = block.x;
+    const float* SKYVAULT_RESTRICT y = block.y;
+    const float* SKYVAULT_RESTRICT z = block.z;
+    // x² + z² < radius²·y², with more room than roundings need.
+    const float wide = radius * radius * 1.0001f;
+    std::uint32_t near = 0;
+    for (int i = 0; i < n; ++i) {
+        const float down = y[i] < 0.0f ? y[i] : 0.0f;
+        near |= x[i] * x[i] + z[i] * z[i] <= wide * (down * down) ? 1 : 0;
+    }
+    return near != 0;
+}
+
 extern const EstimateKernels kEstimateKernels;
-const EstimateKernels kEstimateKernels = {Equirect, Faces};
+const EstimateKernels kEstimateKernels = {Equirect, Faces, NearNadir};
 
 }  // namespace skyvault::KERNEL_SET

@@ -41,6 +41,8 @@ struct EstimateKernels {
                      std::uint64_t* addresses, DoubtfulLanes& doubtful);
     void (*faces)(const DirectionBlock& block, int n, const FacesInMemory& faces, const EstimateTurn& turn,
                   std::uint64_t* addresses, DoubtfulLanes& doubtful);
+    /// Whether any direction may meet the nadir disc of that radius in the tangent plane; none does at false.
+    bool (*nearNadir)(const DirectionBlock& block, int n, float radius);
 };
 
 /// Of the set Kernels() gives.

@@ -62,7 +62,7 @@ ViewSampler::ViewSampler(Panorama& panorama, const Options& options)
 void ViewSampler::PrepareEstimates() {
     const Modifications& m = panorama_.modifications;
     const bool curved = applyOrientation_ && m.horizonPower > 0.0f && m.horizonPower != 1.0f;
-    if (m.logoSize != 0.0f || curved || !uniform_) return;
+    if (curved || !uniform_) return;
     estimateTurn_.exchangeXz = m.flipHorizontal;
     estimateTurn_.absoluteY = m.mirrorTopToBottom;
     estimateTurn_.absoluteZ = m.mirrorFrontToBack;
@@ -93,6 +93,9 @@ void ViewSampler::Find(DirectionBlock& directions, int count, Lookup& lookup) co
 
 bool ViewSampler::FindQuickly(const DirectionBlock& directions, int count, Lookup& lookup) const {
     if (estimate_ == Estimate::None || lookup.blocksWithoutEstimate-- > 0) return false;
+    const Modifications& m = panorama_.modifications;
+    if (m.logoSize != 0.0f && !m.mirrorTopToBottom && Estimates().nearNadir(directions, count, m.logoSize))
+        return false;
     DoubtfulLanes& doubtful = lookup.doubtful;
     if (estimate_ == Estimate::Equirect) {
         Estimates().equirect(directions, count, equirect_, estimateTurn_, lookup.addresses, doubtful);

@@ -5,7 +5,7 @@
 //
 //   normalise, flips and mirrors -> logo disc -> horizon curve -> orientation -> source pixel -> fetch
 //
-// Where neither a logo nor a curved horizon is in the way, estimates (estimate_kernels.h) find most pixels,
+// Where neither the logo nor a curved horizon is in the way, estimates (estimate_kernels.h) find most pixels,
 // and only the doubtful ones go through the passes.
 #pragma once
 
