@@ -76,8 +76,4 @@ bool UseKernels(KernelSet set) {
     return true;
 }
 
-KernelSet ChosenKernelSet() {
-    return &Kernels() == &avx2_kernels::kKernels ? KernelSet::Avx2 : KernelSet::Baseline;
-}
-
 }  // namespace skyvault

@@ -13,15 +13,8 @@ namespace skyvault {
 
 namespace {
 
-/// Rows of the result made together: enough that a tile of 256 columns is square-ish in the source, few
-/// enough that a doubled tile stays in the cache.
-constexpr std::uint32_t kBandRows = 64;
-
 /// Columns of the result averaged together: two blocks of the doubled picture.
 constexpr std::uint32_t kDoubledTile = kBlockSize;
-
-/// Below this many pixels, waking other threads costs more than it saves (0.8 ms under Wine).
-constexpr std::uint64_t kParallelPixels = 1'000'000;
 
 /// A block of background pixels, to be copied where the shape is not.
 class Background {

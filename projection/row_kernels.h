@@ -77,7 +77,4 @@ KernelSet ChosenKernels();
 /// processor cannot run it.
 bool UseKernels(KernelSet set);
 
-/// Baseline or Avx2, for kernels that other folders have built twice (skyvault_row_kernels in CMake).
-KernelSet ChosenKernelSet();
-
 }  // namespace skyvault
