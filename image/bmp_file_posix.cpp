@@ -48,7 +48,7 @@ std::FILE* Open(const std::wstring& path, const char* mode) {
 
 void CopyOpaque(const std::byte* from, std::byte* to, std::uint32_t width) {
     for (std::uint32_t x = 0; x < width; ++x) {
-        std::uint32_t pixel;
+        std::uint32_t pixel = 0;
         std::memcpy(&pixel, from + std::size_t{x} * 4, 4);
         pixel |= 0xff000000u;
         std::memcpy(to + std::size_t{x} * 4, &pixel, 4);

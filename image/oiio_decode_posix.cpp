@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <memory>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -98,7 +99,8 @@ bool OpenPicture::Open(const std::wstring& path, std::uint32_t frame) {
     if (header.kind == PictureKind::Jpeg && IsCut(path)) return false;
     oiio = Oiio();
     if (!oiio) return false;
-    input = {oiio->openInput(ToUtf8(path).c_str(), OiioName(header.kind)), oiio->closeInput};
+    const std::string name = ToUtf8(path);
+    input = {oiio->openInput(name.c_str(), OiioName(header.kind)), oiio->closeInput};
     if (!input || !CountFrames(path, frame) || !oiio->selectFrame(input.get(), static_cast<int>(frame)) ||
         !oiio->describe(input.get(), &facts)) {
         return false;

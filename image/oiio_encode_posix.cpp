@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
-#include <memory>
+#include <string>
 
 #include "image/gif_writer.h"
 #include "image/oiio_codec_posix.h"
@@ -107,8 +107,9 @@ bool EncodeWithOiio(const Image& image, const std::wstring& path, PictureContain
     const WrittenRows rows(image, wanted, format);
     const OiioFunctions* const oiio = rows.Ready() ? Oiio() : nullptr;
     if (!oiio) return false;
+    const std::string name = ToUtf8(path);
     void* const output =
-        oiio->openOutput(ToUtf8(path).c_str(), kind.oiioName, static_cast<int>(image.width),
+        oiio->openOutput(name.c_str(), kind.oiioName, static_cast<int>(image.width),
                          static_cast<int>(image.height), ChannelCount(format), OiioChannelOf(format));
     if (!output) return false;
     const bool written = WriteRows(*oiio, output, rows, image.width, image.height, format);

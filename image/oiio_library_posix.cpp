@@ -3,6 +3,7 @@
 #include <dlfcn.h>
 
 #include <atomic>
+#include <string>
 
 #include "image/oiio_codec_posix.h"
 #include "platform/files.h"
@@ -18,12 +19,16 @@ struct Library {
     std::wstring trouble;
 };
 
+void* FindEntry(void* module) {
+    return module ? dlsym(module, kOiioSymbol) : nullptr;
+}
+
 Library Load() {
     Library library;
     const std::wstring path = JoinPath(ProgramFolder(), L"skyvault-oiio.so");
     // Never unloaded: its libraries keep threads and destructors.
-    void* const module = dlopen(ToUtf8(path).c_str(), RTLD_LAZY | RTLD_LOCAL);
-    void* const entry = module ? dlsym(module, kOiioSymbol) : nullptr;
+    const std::string name = ToUtf8(path);
+    void* const entry = FindEntry(dlopen(name.c_str(), RTLD_LAZY | RTLD_LOCAL));
     if (!entry) {
         const char* const reason = dlerror();
         library.trouble = L"The picture library could not be loaded: " + FromUtf8(reason ? reason : "");
