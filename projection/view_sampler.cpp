@@ -41,6 +41,7 @@ ViewSampler::ViewSampler(Panorama& panorama, const Options& options)
         equirect_ = {source.width, source.height, source.stride, skyvault::BytesPerPixel(source.format),
                      present_};
         PrepareEstimates();
+        PrepareLogo();
         return;
     }
     const std::uint32_t size = FaceGridSize(panorama.faces);
@@ -57,6 +58,15 @@ ViewSampler::ViewSampler(Panorama& panorama, const Options& options)
         cube_ = {size, face.stride, skyvault::BytesPerPixel(face.format)};
     }
     PrepareEstimates();
+    PrepareLogo();
+}
+
+void ViewSampler::PrepareLogo() {
+    const bool hasPicture = !panorama_.settings.logo.empty() && panorama_.logoPicture.IsValid();
+    if (panorama_.modifications.logoSize == 0.0f || hasPicture) return;
+    const PixelValue colour = LogoColour(panorama_, {});
+    flatLogo_ = format_ == sourceFormat_ && CoversFully(colour);
+    if (flatLogo_) WritePixel(format_, flatLogoPixel_, colour);
 }
 
 void ViewSampler::PrepareEstimates() {
@@ -142,11 +152,13 @@ void ViewSampler::FindFully(DirectionBlock& directions, int count, Lookup& looku
     if (m.mirrorTopToBottom) kernels_.absolute(y, count);
     if (m.mirrorFrontToBack) kernels_.absolute(z, count);
     if (m.logoSize != 0.0f) {
+        std::uint32_t onDisc[kBlockSize];
+        kernels_.logoDisc(x, y, z, count, m.logoSize, onDisc);
         for (int i = 0; i < count; ++i) {
-            const LogoHit hit = HitLogoDisc({x[i], y[i], z[i]}, m.logoSize);
-            if (!hit.onDisc) continue;
+            if (onDisc[i] == 0) continue;
             lookup.logoLanes[lookup.logoHits] = static_cast<std::int16_t>(i);
-            lookup.logoPoints[lookup.logoHits++] = hit;
+            if (!flatLogo_) lookup.logoPoints[lookup.logoHits] = HitLogoDisc({x[i], y[i], z[i]}, m.logoSize);
+            ++lookup.logoHits;
         }
     }
     if (applyOrientation_) {
@@ -161,6 +173,7 @@ void ViewSampler::FindFully(DirectionBlock& directions, int count, Lookup& looku
             lookup.missing[i] = addresses[i] == kNoPixel;
             if (lookup.missing[i]) addresses[i] = present_;
         }
+        if (flatLogo_) LookAtFlatLogo(lookup);
         Prefetch(addresses, count);
         return;
     }
@@ -177,7 +190,17 @@ void ViewSampler::FindFully(DirectionBlock& directions, int count, Lookup& looku
             addresses[i] = lookup.missing[i] ? present_ : base + addresses[i];
         }
     }
+    if (flatLogo_) LookAtFlatLogo(lookup);
     Prefetch(addresses, count);
+}
+
+void ViewSampler::LookAtFlatLogo(Lookup& lookup) const {
+    for (int hit = 0; hit < lookup.logoHits; ++hit) {
+        const int i = lookup.logoLanes[hit];
+        lookup.addresses[i] = reinterpret_cast<std::uintptr_t>(flatLogoPixel_);
+        lookup.missing[i] = false;
+    }
+    lookup.logoHits = 0;
 }
 
 void ViewSampler::Fetch(const Lookup& lookup, std::byte* destination) const {
@@ -208,13 +231,24 @@ void ViewSampler::FixRarePixels(const Lookup& lookup, std::byte* destination) co
     }
     for (int hit = 0; hit < lookup.logoHits; ++hit) {
         const int i = lookup.logoLanes[hit];
+        std::byte* const target = destination + i * std::size_t{bytesPerPixel_};
+        const PixelValue logo = LogoColour(panorama_, lookup.logoPoints[hit]);
+        if (CoversFully(logo)) {
+            WritePixel(format_, target, logo);
+            continue;
+        }
         const bool missing = lookup.someMissing && lookup.missing[i];
         const PixelValue under =
             missing ? white
                     : ReadPixel(sourceFormat_, reinterpret_cast<const std::byte*>(lookup.addresses[i]));
-        const PixelValue logo = LogoColour(panorama_, lookup.logoPoints[hit]);
-        WritePixel(format_, destination + i * std::size_t{bytesPerPixel_}, BlendLogo(logo, under));
+        WritePixel(format_, target, BlendLogo(logo, under));
     }
+}
+
+bool ViewSampler::CoversFully(const PixelValue& logo) const {
+    if (HasAlpha(sourceFormat_) || ChannelType(logo.format) != ChannelType(sourceFormat_)) return false;
+    if (ChannelType(logo.format) == ChannelKind::Int8) return logo.color8.alpha == 255;
+    return ChannelType(logo.format) == ChannelKind::Int16 && logo.color16.alpha == 65535;
 }
 
 void DoubtfulPixels::Add(const ViewSampler::Lookup& lookup, std::byte* destination,
