@@ -71,10 +71,10 @@ void ViewSampler::PrepareLogo() {
 
 void ViewSampler::PrepareEstimates() {
     const Modifications& m = panorama_.modifications;
-    const bool curved = applyOrientation_ && m.horizonPower > 0.0f && m.horizonPower != 1.0f;
-    if (curved || !uniform_) return;
+    curved_ = applyOrientation_ && m.horizonPower > 0.0f && m.horizonPower != 1.0f;
+    if (!uniform_) return;
     estimateTurn_.exchangeXz = m.flipHorizontal;
-    estimateTurn_.absoluteY = m.mirrorTopToBottom;
+    estimateTurn_.absoluteY = m.mirrorTopToBottom && !curved_;
     estimateTurn_.absoluteZ = m.mirrorFrontToBack;
     if (applyOrientation_ && !m.orientation.isIdentity) {
         estimateTurn_.turned = true;
@@ -106,11 +106,22 @@ bool ViewSampler::FindQuickly(const DirectionBlock& directions, int count, Looku
     const Modifications& m = panorama_.modifications;
     if (m.logoSize != 0.0f && !m.mirrorTopToBottom && Estimates().nearNadir(directions, count, m.logoSize))
         return false;
+    const DirectionBlock* from = &directions;
+    DirectionBlock curved;
+    if (curved_) {
+        // The curve bends what is straight to an estimate and comes first; y is the only one it touches.
+        curved = directions;
+        if (toUnitLength_) kernels_.normalize(curved.x, curved.y, curved.z, count);
+        kernels_.normalize(curved.x, curved.y, curved.z, count);
+        if (m.mirrorTopToBottom) kernels_.absolute(curved.y, count);
+        kernels_.horizonCurve(curved.y, count, m.horizonPower);
+        from = &curved;
+    }
     DoubtfulLanes& doubtful = lookup.doubtful;
     if (estimate_ == Estimate::Equirect) {
-        Estimates().equirect(directions, count, equirect_, estimateTurn_, lookup.addresses, doubtful);
+        Estimates().equirect(*from, count, equirect_, estimateTurn_, lookup.addresses, doubtful);
     } else {
-        Estimates().faces(directions, count, facesInMemory_, estimateTurn_, lookup.addresses, doubtful);
+        Estimates().faces(*from, count, facesInMemory_, estimateTurn_, lookup.addresses, doubtful);
     }
     // Near the poles, and where the output's pixels fall right between the source's: that goes on for a
     // while.
@@ -162,7 +173,7 @@ void ViewSampler::FindFully(DirectionBlock& directions, int count, Lookup& looku
         }
     }
     if (applyOrientation_) {
-        if (m.horizonPower > 0.0f && m.horizonPower != 1.0f) kernels_.horizonCurve(y, count, m.horizonPower);
+        if (curved_) kernels_.horizonCurve(y, count, m.horizonPower);
         if (!m.orientation.isIdentity) kernels_.transform(x, y, z, count, m.orientation);
     }
 

@@ -76,6 +76,7 @@ class ViewSampler {
     std::uint32_t bytesPerPixel_;
     bool applyOrientation_;
     bool toUnitLength_;
+    bool curved_ = false;  ///< the horizon
     bool uniform_ = true;  ///< all valid faces have one size and format; else pixel by pixel
     EquirectGrid equirect_;
     CubeGrid cube_;
