@@ -17,6 +17,9 @@ base="$root/build/wine"
 mkdir -p "$base"
 # The menu builder would put the shortcuts of installers into the real home.
 export WINEARCH=win64 WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml,winedbg.exe,winemenubuilder.exe=d"
+# Drawing on the thread that asks for it: with Wine's own drawing thread, a window that opens while that thread
+# presents a picture can stop both for good inside the X library (docs/reliability.md).
+export WINE_D3D_CONFIG="csmt=0"
 
 run=$(mktemp -d "$base/run.XXXXXX")
 finish() {
