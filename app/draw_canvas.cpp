@@ -5,6 +5,7 @@
 
 #include "app/font_family.h"
 #include "app/screen_picture.h"
+#include "app/system_function.h"
 
 namespace skyvault {
 namespace {
@@ -57,10 +58,16 @@ DrawCanvas::DrawCanvas(HDC context, const RECT& rect) : target_(rect) {
 }
 
 bool DrawCanvas::CreateFactories() {
-    return SUCCEEDED(D2D1CreateFactory(D2D1_FACTORY_TYPE_SINGLE_THREADED, __uuidof(ID2D1Factory), nullptr,
-                                       drawing_.PutVoid())) &&
-           SUCCEEDED(DWriteCreateFactory(DWRITE_FACTORY_TYPE_SHARED, __uuidof(IDWriteFactory),
-                                         reinterpret_cast<IUnknown**>(writing_.Put())));
+    using CreateDrawing = HRESULT(WINAPI*)(D2D1_FACTORY_TYPE, REFIID, const D2D1_FACTORY_OPTIONS*, void**);
+    using CreateWriting = HRESULT(WINAPI*)(DWRITE_FACTORY_TYPE, REFIID, IUnknown**);
+    static CreateDrawing createDrawing = nullptr;
+    static CreateWriting createWriting = nullptr;
+    return FindSystemFunction(createDrawing, L"d2d1.dll", "D2D1CreateFactory") &&
+           FindSystemFunction(createWriting, L"dwrite.dll", "DWriteCreateFactory") &&
+           SUCCEEDED(createDrawing(D2D1_FACTORY_TYPE_SINGLE_THREADED, __uuidof(ID2D1Factory), nullptr,
+                                   drawing_.PutVoid())) &&
+           SUCCEEDED(createWriting(DWRITE_FACTORY_TYPE_SHARED, __uuidof(IDWriteFactory),
+                                   reinterpret_cast<IUnknown**>(writing_.Put())));
 }
 
 void DrawCanvas::Release() {

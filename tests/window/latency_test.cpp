@@ -15,7 +15,6 @@
 #include "app/screen_picture.h"
 #include "app/window_host.h"
 #include "platform/files.h"
-#include "platform/utf8.h"
 #include "session/commands.h"
 #include "session/layouts.h"
 #include "tests/test_panorama.h"
@@ -128,6 +127,32 @@ TEST(Latency, OfAKeyPress) {
         }
         std::printf("an empty frame     %4d x %4d: %s\n", width, width / 2, Text(empty).c_str());
     }
+}
+
+/// From the start of the program file until its window is there, and until it answers: then it has painted.
+TEST(Latency, OfTheStart) {
+    const int repetitions = Repetitions();
+    if (repetitions == 0) GTEST_SKIP() << "measures only when SKYVAULT_LATENCY says how often";
+    std::vector<double> visible, answering;
+    for (int i = 0; i < repetitions; ++i) {
+        STARTUPINFOW start{};
+        start.cb = sizeof start;
+        PROCESS_INFORMATION process{};
+        std::wstring path = ProgramFolder() + L"\\Skyvault.exe";
+        const Clock::time_point begin = Clock::now();
+        ASSERT_TRUE(CreateProcessW(path.c_str(), path.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
+                                   &start, &process));
+        const HWND window = WaitForWindow(L"Skyvault", L"", process.dwProcessId);
+        visible.push_back(Milliseconds(Clock::now() - begin));
+        DWORD_PTR answer = 0;
+        EXPECT_TRUE(SendMessageTimeoutW(window, WM_NULL, 0, 0, SMTO_NORMAL, kPatience, &answer));
+        answering.push_back(Milliseconds(Clock::now() - begin));
+        TerminateProcess(process.hProcess, 72);
+        WaitForSingleObject(process.hProcess, kPatience);
+        CloseHandle(process.hThread);
+        CloseHandle(process.hProcess);
+    }
+    std::printf("start: window there %s   answering %s\n", Text(visible).c_str(), Text(answering).c_str());
 }
 
 }  // namespace
