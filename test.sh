@@ -22,6 +22,8 @@ if [ "$what" = all ] || [ "$what" = native ]; then
     if [ "$what" = all ]; then
         echo "== clang-tidy"
         tools/clang-tidy.sh build/native-sanitize
+        echo "== cppcheck"
+        tools/cppcheck.sh
     fi
     ctest --preset native-sanitize -j"$jobs"
 fi

@@ -4,12 +4,12 @@
 // First argument: threads. The source is 8192 × 4096 (or six faces of 2048²) unless the name says otherwise.
 #include <benchmark/benchmark.h>
 
-#include <cstring>
 #include <vector>
 
 #include "bench/conversion_grid.h"
+#include "bench/count_pixels.h"
+#include "bench/index_table.h"
 #include "projection/build_faces.h"
-#include "projection/face_rows.h"
 
 namespace {
 
@@ -33,77 +33,22 @@ void Render(benchmark::State& state, BenchPanorama& p, const LayoutGrid& grid, P
     SetThreadCount(0);
 }
 
-void EquirectangularToFacesTable(const BenchPanorama& p, bool turned, std::vector<std::uint32_t>& table) {
-    const EdgeScale scale(kFace);
-    float across[kFace];
-    for (std::int64_t i = 0; i < kFace; ++i) across[i] = scale(i);
-    DirectionBlock b;
-    std::uint64_t offsets[kBlockSize];
-    for (int face = 0; face < kFaceCount; ++face) {
-        for (std::uint32_t row = 0; row < kFace; ++row) {
-            for (std::uint32_t first = 0; first < kFace; first += kBlockSize) {
-                FaceRowDirections(static_cast<CubeFace>(face), across + first, across[row], kBlockSize, b.x,
-                                  b.y, b.z);
-                if (turned)
-                    Kernels().transform(b.x, b.y, b.z, kBlockSize, p.panorama.modifications.orientation);
-                Kernels().equirectOffsets(b.x, b.y, b.z, kBlockSize, {kWidth, kHeight, kWidth, 1}, offsets);
-                for (const std::uint64_t offset : offsets)
-                    table.push_back(static_cast<std::uint32_t>(offset));
-            }
-        }
-    }
-}
-
-/// To an equirectangular grid; sixFaces: from faces below each other, else from an equirectangular source.
-void EquirectangularTable(const BenchPanorama& p, bool turned, bool sixFaces,
-                          std::vector<std::uint32_t>& table) {
-    const LayoutGrid grid = EquirectangularGrid(kWidth, kHeight);
-    DirectionBlock b;
-    std::uint64_t offsets[kBlockSize];
-    std::int32_t faces[kBlockSize] = {};
-    for (std::uint32_t row = 0; row < kHeight; ++row) {
-        for (std::uint32_t first = 0; first < kWidth; first += kBlockSize) {
-            grid.directions(row, first, kBlockSize, b, nullptr);
-            Kernels().normalize(b.x, b.y, b.z, kBlockSize);
-            if (turned) Kernels().transform(b.x, b.y, b.z, kBlockSize, p.panorama.modifications.orientation);
-            if (sixFaces) {
-                Kernels().cubeOffsets(b.x, b.y, b.z, kBlockSize, {kFace, kFace, 1}, faces, offsets);
-            } else {
-                Kernels().equirectOffsets(b.x, b.y, b.z, kBlockSize, {kWidth, kHeight, kWidth, 1}, offsets);
-            }
-            for (int i = 0; i < kBlockSize; ++i) {
-                table.push_back(static_cast<std::uint32_t>(offsets[i]) +
-                                static_cast<std::uint32_t>(faces[i]) * kFace * kFace);
-            }
-        }
-    }
-}
-
 enum class Route { EquirectangularToItself, EquirectangularToFaces, FacesToEquirectangular };
 
-/// The index table's only work: read an index, copy a pixel.
 void IndexTableFetch(benchmark::State& state, Route route, bool turned) {
     BenchPanorama p;
     if (turned) p.TurnObliquely();
+    const Modifications& modifications = p.panorama.modifications;
     const bool sixFaces = route == Route::FacesToEquirectangular;
     Image source = sixFaces ? Image(kFace, kFaceCount * kFace, PixelFormat::Rgb8)
                             : Image(kWidth, kHeight, PixelFormat::Rgb8);
     BenchPanorama::Fill(source);
-    std::vector<std::uint32_t> table;
-    table.reserve(std::size_t{kWidth} * kHeight);
-    if (route == Route::EquirectangularToFaces) {
-        EquirectangularToFacesTable(p, turned, table);
-    } else {
-        EquirectangularTable(p, turned, sixFaces, table);
-    }
+    const std::vector<std::uint32_t> table =
+        route == Route::EquirectangularToFaces ? bench::EquirectangularToFacesTable(kWidth, modifications)
+                                               : bench::EquirectangularTable(kWidth, modifications, sixFaces);
     std::vector<std::byte> result(table.size() * 3);
     for (auto _ : state) {
-        const std::byte* from = source.pixels.get();
-        std::byte* to = result.data();
-        for (const std::uint32_t index : table) {
-            std::memcpy(to, from + std::size_t{index} * 3, 3);
-            to += 3;
-        }
+        bench::FetchByTable(source, table, result);
         benchmark::ClobberMemory();
     }
     CountPixels(state, static_cast<double>(table.size()));
@@ -149,6 +94,12 @@ void EquirectangularAntialiased(benchmark::State& state) {
     p.SetEquirectangular(kWidth, PixelFormat::Rgb8);
     Render(state, p, EquirectangularGrid(2 * kWidth / 2, 2 * kHeight / 2), PixelFormat::Rgb8, true);
 }
+/// A result of the source's size: every other sample lies right between two of the source's pixels.
+void EquirectangularAntialiasedFull(benchmark::State& state) {
+    BenchPanorama p;
+    p.SetEquirectangular(kWidth / 2, PixelFormat::Rgb8);
+    Render(state, p, EquirectangularGrid(kWidth, kHeight), PixelFormat::Rgb8, true);
+}
 /// range: width of source and result.
 void EquirectangularOfWidth(benchmark::State& state) {
     const auto width = static_cast<std::uint32_t>(state.range(1));
@@ -180,6 +131,21 @@ void EquirectangularToFaces(benchmark::State& state) {
     SetThreadCount(0);
 }
 
+/// The turned equirectangular export with one thing more.
+void EquirectangularModified(benchmark::State& state, void (*modify)(Modifications&)) {
+    BenchPanorama p;
+    p.SetEquirectangular(kWidth, PixelFormat::Rgb8);
+    p.TurnObliquely();
+    modify(p.panorama.modifications);
+    Render(state, p, EquirectangularGrid(kWidth, kHeight), PixelFormat::Rgb8, false);
+}
+/// Of and to one format.
+void EquirectangularOfFormat(benchmark::State& state, PixelFormat format) {
+    BenchPanorama p;
+    p.SetEquirectangular(kWidth / 2, format);
+    Render(state, p, EquirectangularGrid(kWidth / 2, kHeight / 2), format, false);
+}
+
 #define BENCHMARKED(name) BENCHMARK(name)->Unit(benchmark::kMillisecond)
 BENCHMARKED(FetchStraight);
 BENCHMARKED(FetchTurned);
@@ -193,12 +159,31 @@ CONVERSION(EquirectangularTurned);
 BENCHMARKED(EquirectangularTurned)->Arg(2)->UseRealTime();
 CONVERSION(EquirectangularTurnedBaseline);
 CONVERSION(EquirectangularAntialiased);
+CONVERSION(EquirectangularAntialiasedFull);
 #define TURNED_OR_NOT(name) BENCHMARKED(name)->ArgNames({"threads", "turned"})->Args({1, 0})->Args({1, 1})
 TURNED_OR_NOT(EquirectangularToFaces);
 TURNED_OR_NOT(FacesToEquirectangular);
 BENCHMARKED(EquirectangularOfWidth)
     ->ArgNames({"threads", "width", "turned"})
     ->ArgsProduct({{1}, {4096, 16384}, {0, 1}});
+
+#define MODIFIED(name, ...) \
+    BENCHMARK_CAPTURE(EquirectangularModified, name, __VA_ARGS__)->Unit(benchmark::kMillisecond)->Arg(1)
+MODIFIED(nothing, [](Modifications&) {});
+MODIFIED(flipped, [](Modifications& m) { m.flipHorizontal = true; });
+MODIFIED(mirrored, [](Modifications& m) { m.mirrorTopToBottom = m.mirrorFrontToBack = true; });
+MODIFIED(logo, [](Modifications& m) { m.logoSize = 0.4f; });
+MODIFIED(horizon, [](Modifications& m) { m.horizonPower = 1.3f; });
+#define OF_FORMAT(format)                                                   \
+    BENCHMARK_CAPTURE(EquirectangularOfFormat, format, PixelFormat::format) \
+        ->Unit(benchmark::kMillisecond)                                     \
+        ->Arg(1)
+OF_FORMAT(Grey8);
+OF_FORMAT(Rgb8);
+OF_FORMAT(Rgba8);
+OF_FORMAT(Rgb16);
+OF_FORMAT(Rgba16);
+OF_FORMAT(RgbaHalf);
 
 }  // namespace
 

@@ -1,7 +1,5 @@
-// What the benchmarks of whole conversions share.
+// An export's directions without the export, for benchmarks.
 #pragma once
-
-#include <benchmark/benchmark.h>
 
 #include <memory>
 #include <vector>
@@ -12,11 +10,6 @@
 #include "projection/render_layout.h"
 
 namespace skyvault::bench {
-
-inline void CountPixels(benchmark::State& state, double pixels) {
-    state.counters["time/Gpixel"] = benchmark::Counter(
-        1e-9 * pixels, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
-}
 
 /// The directions of an equirectangular export, as projection/equirectangular.cpp makes them.
 inline LayoutGrid EquirectangularGrid(std::uint32_t width, std::uint32_t height) {

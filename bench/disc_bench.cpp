@@ -3,6 +3,7 @@
 #include <benchmark/benchmark.h>
 
 #include "bench/conversion_grid.h"
+#include "bench/count_pixels.h"
 #include "projection/disc_shape.h"
 #include "projection/face_import.h"
 

@@ -64,7 +64,7 @@ void VoronoiEverySeed(benchmark::State& state) {
     for (auto _ : state) {
         PaintFaces(bench.panorama, 2048, L"", [&](const FaceRun& run, DirectionBlock& d, Color8* colours) {
             std::uint32_t packed[kBlockSize];
-            ChosenVoronoiKernels().nearest(d.x, d.y, d.z, run.count, seeds, packed);
+            VoronoiPasses().nearest(d.x, d.y, d.z, run.count, seeds, packed);
             UnpackColours(packed, run.count, colours);
         });
         FinishFaces(bench.panorama, true);

@@ -98,7 +98,7 @@ ExitStatus RunConvert(const ConvertOptions& options) {
     if (!LoadWorkSettings(options, settings)) return Fail(L"Could not open " + Quoted(options.settingsFile));
     const std::wstring obstacle = OutputObstacle(options, settings);
     if (!obstacle.empty()) return Fail(obstacle);
-    if (IsGenerator(*options.from) && !LoadPicture(options.inputs.front()).IsValid()) {
+    if (IsGenerator(*options.from) && ReadPictureSize(options.inputs.front()) == PictureSize{}) {
         return Fail(L"Could not open " + Quoted(options.inputs.front()));
     }
     if (options.seed) SetFixedSeed(*options.seed);

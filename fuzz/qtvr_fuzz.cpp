@@ -1,8 +1,8 @@
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <memory>
 
+#include "fuzz/require.h"
 #include "platform/debug_line.h"
 #include "qtvr/movie_scan.h"
 
@@ -18,10 +18,6 @@ const FaceGrid& GridOf(int tilesPerSide) {
         return made;
     }();
     return (*grids)[static_cast<std::size_t>(tilesPerSide - 1)];
-}
-
-void Require(bool ok) {
-    if (!ok) std::abort();
 }
 
 }  // namespace

@@ -10,7 +10,6 @@
 #include "generators/palette.h"
 #include "image/memory.h"
 #include "image/numeric.h"
-#include "image/picture_files.h"
 
 namespace skyvault {
 
@@ -67,7 +66,7 @@ bool GenerateBlobs(Panorama& panorama, const std::wstring& palettePicturePath, s
     const AppState& settings = panorama.settings;
     SeedRandom();
     Blobs blobs;
-    if (!DiagonalPalette(LoadPicture(palettePicturePath), Diagonal::ToCorner, blobs.palette)) {
+    if (!DiagonalPalette(ReadPalette(panorama, palettePicturePath), Diagonal::ToCorner, blobs.palette)) {
         blobs.palette.fill(Color8(255, 0, 0, 255));
     }
     for (Color8& colour : blobs.palette) colour.alpha = 255;

@@ -8,7 +8,6 @@
 #include "generators/palette.h"
 #include "image/mvector.h"
 #include "image/numeric.h"
-#include "image/picture_files.h"
 #include "image/random.h"
 #include "projection/fast_math.h"
 
@@ -55,7 +54,7 @@ bool GenerateLights(Panorama& panorama, const std::wstring& palettePicturePath) 
     }
     for (std::int32_t i = 0; i < count; ++i) lights[i] = Light();
 
-    const Image palette = palettePicturePath.empty() ? Image() : LoadPicture(palettePicturePath);
+    const Image palette = ReadPalette(panorama, palettePicturePath);
     if (palette.IsValid()) {
         for (std::int32_t i = 0; i < count; ++i) {
             const Color8 colour = RandomPixel(palette);

@@ -6,7 +6,6 @@
 #include "generators/paint_faces.h"
 #include "generators/palette.h"
 #include "image/numeric.h"
-#include "image/picture_files.h"
 #include "image/random.h"
 
 namespace skyvault {
@@ -19,10 +18,10 @@ constexpr float kHeightsShare = 0.4f;  // of the progress; what it takes of the 
 constexpr std::int32_t kColours = 1000;
 using Palette = std::array<Color8, kColours>;
 
-Palette LoadPalette(const std::wstring& path) {
+Palette LoadPalette(Panorama& panorama, const std::wstring& path) {
     Palette palette;
     palette.fill(Color8(255, 0, 0, 255));
-    const Image picture = LoadPicture(path);
+    const Image picture = ReadPalette(panorama, path);
     if (DiagonalPalette(picture, Diagonal::EvenShares, palette)) {
         for (Color8& colour : palette) colour.alpha = 255;
     }
@@ -47,7 +46,7 @@ bool GenerateFractalPlanet(Panorama& panorama, const std::wstring& palettePictur
     SeedRandom();
     const std::uint32_t low = static_cast<std::uint32_t>(RandomInt(32766));
     const std::uint32_t seed = low | static_cast<std::uint32_t>(RandomInt(32766)) << 15;
-    const Palette palette = LoadPalette(palettePicturePath);
+    const Palette palette = LoadPalette(panorama, palettePicturePath);
 
     const std::uint32_t size = GeneratorFaceSize(panorama, true);
     std::uint32_t cells = 1;

@@ -12,10 +12,10 @@ namespace skyvault {
 
 namespace {
 
-constexpr std::uint32_t kBandRows = 16;
+constexpr std::uint32_t kFaceBandRows = 16;
 
 std::uint32_t BandsPerFace(std::uint32_t size) {
-    return (size + kBandRows - 1) / kBandRows;
+    return (size + kFaceBandRows - 1) / kFaceBandRows;
 }
 
 /// Runs work(run, directions, band) over all rows of all faces.
@@ -26,8 +26,8 @@ void WalkFaces(Panorama& panorama, std::uint32_t size, const wchar_t* text, Prog
     const auto walkBand = [&](int band) {
         FaceRun run;
         run.face = static_cast<CubeFace>(static_cast<std::uint32_t>(band) / bandsPerFace);
-        const std::uint32_t firstRow = static_cast<std::uint32_t>(band) % bandsPerFace * kBandRows;
-        const std::uint32_t endRow = std::min(firstRow + kBandRows, size);
+        const std::uint32_t firstRow = static_cast<std::uint32_t>(band) % bandsPerFace * kFaceBandRows;
+        const std::uint32_t endRow = std::min(firstRow + kFaceBandRows, size);
         float across[kBlockSize];
         DirectionBlock block;
         for (run.first = 0; run.first < size; run.first += kBlockSize) {

@@ -2,9 +2,16 @@
 
 #include <cstdint>
 
+#include "image/picture_files.h"
 #include "image/random.h"
 
 namespace skyvault {
+
+Image ReadPalette(Panorama& panorama, const std::wstring& path) {
+    Image picture = path.empty() ? Image() : LoadPicture(path);
+    panorama.paletteMissing = !picture.IsValid();
+    return picture;
+}
 
 bool DiagonalPalette(const Image& picture, Diagonal rule, std::span<Color8> colours) {
     if (!picture.IsValid()) return false;

@@ -2,10 +2,16 @@
 #pragma once
 
 #include <span>
+#include <string>
 
 #include "image/image.h"
+#include "projection/panorama.h"
 
 namespace skyvault {
+
+/// The picture a generator is given; invalid when it cannot be read, which the panorama remembers
+/// (paletteMissing) and every generator does without.
+Image ReadPalette(Panorama& panorama, const std::wstring& path);
 
 /// How a palette runs along a picture's main diagonal; n entries, picture W × H.
 enum class Diagonal {

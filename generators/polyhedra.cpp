@@ -5,9 +5,9 @@
 #include <cmath>
 
 #include "generators/paint_faces.h"
+#include "generators/palette.h"
 #include "generators/polyhedron_faces.h"
 #include "image/numeric.h"
-#include "image/picture_files.h"
 #include "image/pixel_convert.h"
 
 namespace skyvault {
@@ -28,8 +28,8 @@ struct Frame {
 };
 
 /// The texture with four channels; invalid without memory.
-Image ReadTexture(const std::wstring& path, const AppState& settings, bool& memory) {
-    Image picture = LoadPicture(path);
+Image ReadTexture(Panorama& panorama, const std::wstring& path, bool& memory) {
+    Image picture = ReadPalette(panorama, path);
     memory = true;
     if (!picture.IsValid()) return {};
     if (picture.format != PixelFormat::Rgba8) {
@@ -42,6 +42,7 @@ Image ReadTexture(const std::wstring& path, const AppState& settings, bool& memo
         }
         picture = std::move(converted);
     }
+    const AppState& settings = panorama.settings;
     if (!settings.transparency) picture.FlattenAlpha(settings.backgroundColour);
     return picture;
 }
@@ -190,7 +191,7 @@ int FrameOfFace(int face, int faceCount, int pentagons, int frames) {
 bool GeneratePolyhedron(Panorama& panorama, const std::wstring& texturePath, PanoramaFormat solid) {
     if (texturePath.empty()) return false;
     bool memory = true;
-    const Image texture = ReadTexture(texturePath, panorama.settings, memory);
+    const Image texture = ReadTexture(panorama, texturePath, memory);
     if (!memory) {
         panorama.feedback.Error(L"Out of memory");
         return false;

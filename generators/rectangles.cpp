@@ -5,7 +5,6 @@
 #include "generators/palette.h"
 #include "image/mvector.h"
 #include "image/numeric.h"
-#include "image/picture_files.h"
 #include "image/random.h"
 #include "projection/matrix4.h"
 
@@ -62,7 +61,7 @@ bool GenerateRectangles(Panorama& panorama, const std::wstring& palettePicturePa
     rectangles.planes.count = count;
     for (int k = 0; k < count; ++k) DrawRectangle(size, rectangles.planes, k);
 
-    const Image palette = LoadPicture(palettePicturePath);
+    const Image palette = ReadPalette(panorama, palettePicturePath);
     for (int k = 0; k < count; ++k) {
         rectangles.colours[k] = palette.IsValid() ? RandomPixel(palette) : Color8();
     }

@@ -2,9 +2,9 @@
 
 #include "generators/paint_faces.h"
 #include "generators/paint_tiles.h"
+#include "generators/palette.h"
 #include "generators/voronoi_cells.h"
 #include "image/numeric.h"
-#include "image/picture_files.h"
 #include "image/random.h"
 
 namespace skyvault {
@@ -64,8 +64,8 @@ void PaintVoronoi(Panorama& panorama, std::uint32_t size, const VoronoiSeeds& se
         PaintFaces(panorama, size, kProgressText,
                    [&](const FaceRun& run, DirectionBlock& directions, Color8* colours) {
                        std::uint32_t packed[kBlockSize];
-                       ChosenVoronoiKernels().blend(directions.x, directions.y, directions.z, run.count,
-                                                    arrays, seedColours, power, border, packed);
+                       VoronoiPasses().blend(directions.x, directions.y, directions.z, run.count, arrays,
+                                             seedColours, power, border, packed);
                        UnpackColours(packed, run.count, colours);
                    });
     } else {
@@ -84,7 +84,7 @@ bool GenerateVoronoi(Panorama& panorama, const std::wstring& palettePicturePath)
     look.power = ClampFloat(settings.voronoiPower, 0.0f, 100.0f);
     look.border = settings.voronoiBorder;
 
-    const Image palette = palettePicturePath.empty() ? Image() : LoadPicture(palettePicturePath);
+    const Image palette = ReadPalette(panorama, palettePicturePath);
     // Without a palette all seeds are black and at one place: one stands for all.
     if (!palette.IsValid()) count = 1;
     VoronoiSeeds seeds;

@@ -150,7 +150,7 @@ struct Painter {
         canvas.Directions(rect, block);
         const int n = static_cast<int>(rect.width * rect.height);
         std::uint32_t packed[kBlockSize];
-        const VoronoiKernels& kernels = ChosenVoronoiKernels();
+        const VoronoiKernels& kernels = VoronoiPasses();
         if (border > 0.0f) {
             kernels.nearestWithBorder(block.x, block.y, block.z, n, seeds, border, packed);
         } else {

@@ -1,22 +1,11 @@
-// Compiled twice: as part of the library, and with SKYVAULT_KERNELS_AVX2 for AVX2. Only functions of this
-// file and always-inlined ones may be called here, so that no AVX2 code hides in a shared inline function.
+// Compiled twice, as projection/row_kernels.cpp is: only functions of this file and always-inlined ones may
+// be called here.
 #include "generators/voronoi_kernels.h"
 
 #include <cstdint>
 
 #include "projection/fast_math.h"
-
-#ifdef SKYVAULT_KERNELS_AVX2
-#define KERNEL_SET avx2_voronoi
-#else
-#define KERNEL_SET baseline_voronoi
-#endif
-
-#if defined(_MSC_VER)
-#define SKYVAULT_RESTRICT __restrict
-#else
-#define SKYVAULT_RESTRICT __restrict__
-#endif
+#include "projection/kernel_build.h"
 
 namespace skyvault::KERNEL_SET {
 
@@ -306,23 +295,7 @@ static void Blend(const float* x, const float* y, const float* z, int n, const S
     BlendWith<kAnyPower>(x, y, z, n, seeds, colours, power, border, result);
 }
 
-extern const VoronoiKernels kKernels;
-const VoronoiKernels kKernels = {Nearest, NearestWithBorder, Blend};
+extern const VoronoiKernels kVoronoiKernels;
+const VoronoiKernels kVoronoiKernels = {Nearest, NearestWithBorder, Blend};
 
 }  // namespace skyvault::KERNEL_SET
-
-#ifndef SKYVAULT_KERNELS_AVX2
-#include "projection/row_kernels.h"
-
-namespace skyvault {
-
-namespace avx2_voronoi {
-extern const VoronoiKernels kKernels;
-}
-
-const VoronoiKernels& ChosenVoronoiKernels() {
-    return ChosenKernelSet() == KernelSet::Avx2 ? avx2_voronoi::kKernels : baseline_voronoi::kKernels;
-}
-
-}  // namespace skyvault
-#endif

@@ -44,7 +44,7 @@ struct VoronoiKernels {
                   const SeedColours& colours, float power, float border, std::uint32_t* result);
 };
 
-/// Of the set Kernels() belongs to.
-const VoronoiKernels& ChosenVoronoiKernels();
+/// The set that goes with Kernels().
+const VoronoiKernels& VoronoiPasses();
 
 }  // namespace skyvault

@@ -6,9 +6,17 @@
 // bytes for any number of threads.
 #pragma once
 
+#include <cstdint>
 #include <functional>
 
 namespace skyvault {
+
+/// Below this many pixels, waking other threads costs more than it saves (0.8 ms under Wine).
+inline constexpr std::uint64_t kParallelPixels = 1'000'000;
+
+/// Rows of a picture made together: enough that a tile of 256 columns is square-ish in the source, few enough
+/// that a doubled tile stays in the cache.
+inline constexpr std::uint32_t kBandRows = 64;
 
 /// Threads a loop may use, the calling one included. 0 (the start value) means one per core.
 void SetThreadCount(int count);

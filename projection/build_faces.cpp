@@ -34,10 +34,11 @@ bool BuildFace(Panorama& panorama, Image& face, CubeFace which, std::uint32_t si
                 block = {};
                 return Coverage::All;
             }
-            FaceRowDirections(which, positions.Data() + first, positions.Data()[row], count, block.x, block.y,
-                              block.z);
+            FaceRowVectors(which, positions.Data() + first, positions.Data()[row], count, block.x, block.y,
+                           block.z);
             return Coverage::All;
-        }};
+        },
+        true};
     RenderOptions options;
     options.format = format;
     if (!RenderLayout(panorama, grid, options, face)) return false;

@@ -13,10 +13,6 @@ namespace skyvault {
 
 namespace {
 
-constexpr std::uint32_t kBandRows = 64;
-/// Below this many pixels, waking other threads costs more than it saves.
-constexpr std::uint64_t kParallelPixels = 1'000'000;
-
 /// Brings positions into 0 .. size − 1. Most are there already.
 void Wrap(std::int32_t* positions, int count, std::int32_t size) {
     std::uint32_t outside = 0;

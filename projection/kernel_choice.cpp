@@ -1,6 +1,7 @@
 #include <atomic>
 
 #include "projection/disc_kernels.h"
+#include "projection/estimate_kernels.h"
 #include "projection/row_kernels.h"
 
 #ifdef _MSC_VER
@@ -13,10 +14,12 @@ namespace skyvault {
 namespace baseline_kernels {
 extern const RowKernels kKernels;
 extern const DiscKernels kDiscKernels;
+extern const EstimateKernels kEstimateKernels;
 }  // namespace baseline_kernels
 namespace avx2_kernels {
 extern const RowKernels kKernels;
 extern const DiscKernels kDiscKernels;
+extern const EstimateKernels kEstimateKernels;
 }  // namespace avx2_kernels
 
 namespace {
@@ -60,16 +63,17 @@ const DiscKernels& DiscPasses() {
     return baseline ? baseline_kernels::kDiscKernels : avx2_kernels::kDiscKernels;
 }
 
+const EstimateKernels& Estimates() {
+    const bool baseline = &Kernels() == &baseline_kernels::kKernels;
+    return baseline ? baseline_kernels::kEstimateKernels : avx2_kernels::kEstimateKernels;
+}
+
 bool UseKernels(KernelSet set) {
     if (set == KernelSet::Avx2 && !ProcessorHasAvx2()) return false;
     chosen = set == KernelSet::Fastest ? FastestKernels()
              : set == KernelSet::Avx2  ? &avx2_kernels::kKernels
                                        : &baseline_kernels::kKernels;
     return true;
-}
-
-KernelSet ChosenKernelSet() {
-    return &Kernels() == &avx2_kernels::kKernels ? KernelSet::Avx2 : KernelSet::Baseline;
 }
 
 }  // namespace skyvault

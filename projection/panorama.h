@@ -35,6 +35,7 @@ struct Panorama {
     Image logoPicture;     ///< loaded from settings.logo on first use
     Image resultPicture;   ///< the last layout built, for a file or for the window
     Modifications modifications;
+    bool paletteMissing = false;  ///< a generator did without its palette or texture picture
 };
 
 /// Format in which exports and views are built. For the screen: Rgba8 with "Transparency", else Rgb8. For

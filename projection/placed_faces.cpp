@@ -31,7 +31,8 @@ bool PlacedFaces::Compute(std::uint32_t faceSize, std::uint32_t size, EdgeSpread
 LayoutGrid PlacedFaces::Grid(std::uint32_t width, std::uint32_t height) const {
     return {width, height,
             [this](std::uint32_t row, std::uint32_t first, int count, DirectionBlock& block,
-                   std::uint8_t* inside) { return Directions(row, first, count, block, inside); }};
+                   std::uint8_t* inside) { return Directions(row, first, count, block, inside); },
+            true};
 }
 
 Coverage PlacedFaces::Directions(std::uint32_t row, std::uint32_t first, int count, DirectionBlock& block,
@@ -70,7 +71,7 @@ void PlacedFaces::FillRun(const PlacedFace& place, std::uint32_t column, std::ui
                                    : place.turn == FaceTurn::MirroredLeftToRight ? mirrored_
                                                                                  : forward_;
     const MVector<float>& down = place.turn == FaceTurn::HalfTurn ? turned_ : forward_;
-    FaceRowDirections(place.face, across.Data() + column, down.Data()[row], count, x, y, z);
+    FaceRowVectors(place.face, across.Data() + column, down.Data()[row], count, x, y, z);
 }
 
 }  // namespace skyvault

@@ -13,15 +13,8 @@ namespace skyvault {
 
 namespace {
 
-/// Rows of the result made together: enough that a tile of 256 columns is square-ish in the source, few
-/// enough that a doubled tile stays in the cache.
-constexpr std::uint32_t kBandRows = 64;
-
 /// Columns of the result averaged together: two blocks of the doubled picture.
 constexpr std::uint32_t kDoubledTile = kBlockSize;
-
-/// Below this many pixels, waking other threads costs more than it saves (0.8 ms under Wine).
-constexpr std::uint64_t kParallelPixels = 1'000'000;
 
 /// A block of background pixels, to be copied where the shape is not.
 class Background {
@@ -48,19 +41,21 @@ struct PendingBlock {
     bool whole = true;            ///< else `inside` says which pixels count
     std::uint8_t inside[kBlockSize];
 
-    void Finish(const ViewSampler& sampler, std::uint32_t bytesPerPixel) {
+    void Finish(const ViewSampler& sampler, DoubtfulPixels& doubtful) {
         if (!target) return;
         if (whole) {
             sampler.Fetch(lookup, target);
         } else {
             std::byte pixels[kBlockSize * 8];
             sampler.Fetch(lookup, pixels);
+            const std::uint32_t bytesPerPixel = sampler.BytesPerPixel();
             for (int i = 0; i < lookup.count; ++i) {
                 if (!inside[i]) continue;
                 const std::size_t at = static_cast<std::size_t>(i) * bytesPerPixel;
                 std::copy_n(pixels + at, bytesPerPixel, target + at);
             }
         }
+        doubtful.Add(lookup, target, whole ? nullptr : inside);
         target = nullptr;
     }
 };
@@ -93,9 +88,10 @@ struct GridPart {
 /// Writes the part's pixels at destination. Each block is fetched after the next one was found, so that its
 /// pixels have time to arrive.
 void RenderPart(const LayoutGrid& grid, const GridPart& part, const ViewSampler& sampler,
-                const Background& background, std::uint32_t bytesPerPixel, std::byte* destination,
-                std::size_t stride) {
+                const Background& background, std::byte* destination, std::size_t stride) {
+    const std::uint32_t bytesPerPixel = sampler.BytesPerPixel();
     DirectionBlock block;
+    DoubtfulPixels doubtful(sampler);
     PendingBlock pending[2];
     int current = 0;
     for (std::uint32_t column = 0; column < part.columns; column += kBlockSize) {
@@ -116,10 +112,11 @@ void RenderPart(const LayoutGrid& grid, const GridPart& part, const ViewSampler&
             found.target = target;
             found.whole = inside.whole;
             current = 1 - current;
-            pending[current].Finish(sampler, bytesPerPixel);
+            pending[current].Finish(sampler, doubtful);
         }
     }
-    pending[1 - current].Finish(sampler, bytesPerPixel);
+    pending[1 - current].Finish(sampler, doubtful);
+    doubtful.Finish();
 }
 
 bool OutOfMemory(Panorama& panorama, Image& result) {
@@ -141,7 +138,7 @@ bool RenderLayout(Panorama& panorama, const LayoutGrid& grid, const RenderOption
         result = Image(width, height, options.format);
         if (!result.IsValid()) return OutOfMemory(panorama, result);
     }
-    const ViewSampler sampler(panorama, options.format);
+    const ViewSampler sampler(panorama, {.format = options.format, .toUnitLength = grid.toUnitLength});
     const std::uint32_t bytesPerPixel = BytesPerPixel(options.format);
     const int bandCount = static_cast<int>((height + kBandRows - 1) / kBandRows);
     const BoxGrid halving = MakeBoxGrid(grid.width, grid.height, width, height);
@@ -152,8 +149,7 @@ bool RenderLayout(Panorama& panorama, const LayoutGrid& grid, const RenderOption
         const std::uint32_t first = static_cast<std::uint32_t>(band) * kBandRows;
         const std::uint32_t rows = std::min(kBandRows, height - first);
         if (!options.halve) {
-            RenderPart(grid, {0, width, first, rows}, sampler, background, bytesPerPixel, result.Row(first),
-                       result.stride);
+            RenderPart(grid, {0, width, first, rows}, sampler, background, result.Row(first), result.stride);
             return;
         }
         Image doubled(std::min(2 * kDoubledTile, grid.width), 2 * rows, options.format);
@@ -165,7 +161,7 @@ bool RenderLayout(Panorama& panorama, const LayoutGrid& grid, const RenderOption
             const std::uint32_t columns = std::min(kDoubledTile, width - column);
             doubled.width = 2 * columns;  // the last tile may be narrower; its rows stay where they are
             RenderPart(grid, {2 * column, 2 * columns, 2 * first, 2 * rows}, sampler, background,
-                       bytesPerPixel, doubled.Row(0), doubled.stride);
+                       doubled.Row(0), doubled.stride);
             BoxGrid tile = halving;
             tile.width = columns;
             tile.height = rows;

@@ -21,12 +21,16 @@ struct LayoutGrid {
     /// Size in pixels of the grid the function works on.
     std::uint32_t width = 0, height = 0;
 
-    /// Fills the block with the directions (any length) of the pixels first .. first + count − 1 of a row,
-    /// row 0 at the top, count ≤ kBlockSize. With Coverage::Some, inside[i] says which pixels count, and
-    /// the directions of the others may be anything. Called from several threads at once.
+    /// Fills the block with the directions (length 1e-18 .. 1e18, or 0) of the pixels first .. first + count
+    /// − 1 of a row, row 0 at the top, count ≤ kBlockSize. With Coverage::Some, inside[i] says which pixels
+    /// count, and the directions of the others may be anything. Called from several threads at once.
     std::function<Coverage(std::uint32_t row, std::uint32_t first, int count, DirectionBlock& block,
                            std::uint8_t* inside)>
         directions;
+
+    /// The directions are defined as unit vectors, but given before they are any: the length is taken off
+    /// with a rounding of its own, and only where that shows.
+    bool toUnitLength = false;
 };
 
 struct RenderOptions {

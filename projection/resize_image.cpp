@@ -1,9 +1,11 @@
 #include "projection/resize_image.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <cstring>
 
+#include "image/memory.h"
 #include "image/numeric.h"
 #include "image/pixel_convert.h"
 
@@ -120,23 +122,45 @@ void HalveRow(const std::byte* upper, const std::byte* lower, std::uint32_t widt
     }
 }
 
-using HalveFunction = void (*)(const std::byte*, const std::byte*, std::uint32_t, std::byte*);
-
-HalveFunction ExactHalving(const Image& source, const BoxGrid& grid, PixelFormat format) {
-    if (source.format != format || grid.box != 2 || grid.rowStep == 0 || grid.columnStep == 0) return nullptr;
-    if (source.width != 2 * grid.width || source.height != 2 * grid.height) return nullptr;
-    switch (format) {
-        case PixelFormat::Grey8:
-            return HalveRow<std::uint8_t, 1>;
-        case PixelFormat::Rgb8:
-            return HalveRow<std::uint8_t, 3>;
-        case PixelFormat::Grey16:
-            return HalveRow<std::uint16_t, 1>;
-        case PixelFormat::Rgb16:
-            return HalveRow<std::uint16_t, 3>;
-        default:
-            return nullptr;
+/// The same for three channels of 8 bits, eight bytes at a time: a quarter of the loads.
+void HalveRowRgb8(const std::byte* upper, const std::byte* lower, std::uint32_t width,
+                  std::byte* destination) {
+    // Bytes 0, 2, 4, 6 of two pixels (and what follows them), each with 16 bits to itself.
+    constexpr std::uint64_t kEven = 0x00ff00ff00ff00ff;
+    static_assert(std::endian::native == std::endian::little && kReadableBehind >= 2);
+    for (std::uint32_t x = 0; x < width; ++x) {
+        std::uint64_t a, b;
+        std::memcpy(&a, upper + std::size_t{x} * 6, sizeof a);
+        std::memcpy(&b, lower + std::size_t{x} * 6, sizeof b);
+        const std::uint64_t even = (a & kEven) + (b & kEven);
+        const std::uint64_t odd = (a >> 8 & kEven) + (b >> 8 & kEven);
+        // The first pixel's channels are bytes 0, 1 and 2, the second's 3, 4 and 5.
+        std::byte* const d = destination + std::size_t{x} * 3;
+        d[0] = static_cast<std::byte>(static_cast<std::uint16_t>(even + (odd >> 16)) / 4);
+        d[1] = static_cast<std::byte>(static_cast<std::uint16_t>(odd + (even >> 32)) / 4);
+        d[2] = static_cast<std::byte>(static_cast<std::uint16_t>((even >> 16) + (odd >> 32)) / 4);
     }
+}
+
+/// Four channels, alpha last. False, and nothing written, unless something of all four pixels is visible.
+template <typename Channel>
+bool HalveVisible(const std::byte* upper, const std::byte* lower, std::byte* destination) {
+    Channel a[8], b[8], d[4];
+    std::memcpy(a, upper, sizeof a);
+    std::memcpy(b, lower, sizeof b);
+    if (a[3] == 0 || a[7] == 0 || b[3] == 0 || b[7] == 0) return false;
+    for (int c = 0; c < 4; ++c) {
+        const std::uint32_t sum = static_cast<std::uint32_t>(a[c]) + a[c + 4] + b[c] + b[c + 4];
+        d[c] = static_cast<Channel>(sum / 4);
+    }
+    std::memcpy(destination, d, sizeof d);
+    return true;
+}
+
+/// Whether every box is of 2 × 2 pixels within the source, without a change of format.
+bool HalvesExactly(const Image& source, const BoxGrid& grid, PixelFormat format) {
+    return source.format == format && grid.box == 2 && grid.rowStep != 0 && grid.columnStep != 0 &&
+           source.width == 2 * grid.width && source.height == 2 * grid.height;
 }
 
 Image CropOrPad(const Image& source, Image result) {
@@ -162,14 +186,37 @@ BoxGrid MakeBoxGrid(std::uint32_t sourceWidth, std::uint32_t sourceHeight, std::
 
 void AverageRow(const Image& source, const BoxGrid& grid, std::uint32_t y, PixelFormat format,
                 std::byte* destination) {
-    if (const HalveFunction halve = ExactHalving(source, grid, format)) {
-        halve(source.Row(2 * y), source.Row(2 * y + 1), grid.width, destination);
-        return;
+    const bool exact = HalvesExactly(source, grid, format);
+    const std::byte* const upper = exact ? source.Row(2 * y) : nullptr;
+    const std::byte* const lower = exact ? source.Row(2 * y + 1) : nullptr;
+    if (exact) {
+        switch (format) {
+            case PixelFormat::Grey8:
+                return HalveRow<std::uint8_t, 1>(upper, lower, grid.width, destination);
+            case PixelFormat::Rgb8:
+                return HalveRowRgb8(upper, lower, grid.width, destination);
+            case PixelFormat::Grey16:
+                return HalveRow<std::uint16_t, 1>(upper, lower, grid.width, destination);
+            case PixelFormat::Rgb16:
+                return HalveRow<std::uint16_t, 3>(upper, lower, grid.width, destination);
+            default:
+                break;
+        }
     }
     const bool withAlpha = HasAlpha(format);
-    const std::uint32_t bytes = BytesPerPixel(format);
+    const std::size_t bytes = BytesPerPixel(format);
     for (std::uint32_t x = 0; x < grid.width; ++x) {
-        WritePixel(format, destination + std::size_t{x} * bytes, AverageOfBox(source, grid, x, y, withAlpha));
+        std::byte* const target = destination + x * bytes;
+        const std::size_t box = 2 * x * bytes;
+        if (exact && format == PixelFormat::Rgba8 &&
+            HalveVisible<std::uint8_t>(upper + box, lower + box, target)) {
+            continue;
+        }
+        if (exact && format == PixelFormat::Rgba16 &&
+            HalveVisible<std::uint16_t>(upper + box, lower + box, target)) {
+            continue;
+        }
+        WritePixel(format, target, AverageOfBox(source, grid, x, y, withAlpha));
     }
 }
 

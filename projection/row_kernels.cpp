@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdint>
 
+#include "projection/cube_face.h"
 #include "projection/direction.h"
 #include "projection/fast_math.h"
 #include "projection/kernel_build.h"
@@ -217,6 +218,25 @@ static void SphericalDirections(const float* SKYVAULT_RESTRICT longitude,
     }
 }
 
+static void FaceVectors(CubeFace face, const float* SKYVAULT_RESTRICT across, float down, int n,
+                        float* SKYVAULT_RESTRICT x, float* SKYVAULT_RESTRICT y, float* SKYVAULT_RESTRICT z) {
+    // Which way the columns run, −1 or 1, and what stays the same along the row.
+    const bool sideways = face == CubeFace::Right || face == CubeFace::Left;
+    float* SKYVAULT_RESTRICT along = sideways ? z : x;
+    float* SKYVAULT_RESTRICT fixed = sideways ? x : z;
+    const bool against = face == CubeFace::Right || face == CubeFace::Back;
+    const float direction = against ? -1.0f : 1.0f;
+    float fixedValue = 1.0f, height = -down;
+    if (face == CubeFace::Back || face == CubeFace::Left) fixedValue = -1.0f;
+    if (face == CubeFace::Top) fixedValue = down, height = 1.0f;
+    if (face == CubeFace::Bottom) fixedValue = -down, height = -1.0f;
+    for (int i = 0; i < n; ++i) {
+        along[i] = direction * across[i];
+        fixed[i] = fixedValue;
+        y[i] = height;
+    }
+}
+
 extern const RowKernels kKernels;
 const RowKernels kKernels = {
 #ifdef SKYVAULT_KERNELS_AVX2
@@ -224,8 +244,8 @@ const RowKernels kKernels = {
 #else
     "baseline",
 #endif
-    Normalize,       Absolute,    Transform,          HorizonCurve,
-    EquirectOffsets, CubeOffsets, EquirectDirections, SphericalDirections,
+    Normalize,   Absolute,           Transform,           HorizonCurve, EquirectOffsets,
+    CubeOffsets, EquirectDirections, SphericalDirections, FaceVectors,
 };
 
 }  // namespace skyvault::KERNEL_SET

@@ -11,6 +11,7 @@
 namespace skyvault {
 
 struct Matrix4;
+enum class CubeFace : std::uint32_t;
 
 inline constexpr int kBlockSize = 256;
 
@@ -60,6 +61,8 @@ struct RowKernels {
     /// The same with a latitude and longitude of its own for every pixel.
     void (*sphericalDirections)(const float* longitude, const float* latitude, float* x, float* y, float* z,
                                 int n);
+    /// FaceRowVectors (projection/face_rows.h).
+    void (*faceVectors)(CubeFace face, const float* across, float down, int n, float* x, float* y, float* z);
 };
 
 /// The fastest set this processor runs.
@@ -73,8 +76,5 @@ KernelSet ChosenKernels();
 /// For tests and benchmarks: which set Kernels() gives from now on. False (and nothing changed) when the
 /// processor cannot run it.
 bool UseKernels(KernelSet set);
-
-/// Baseline or Avx2, for kernels that other folders have built twice (skyvault_row_kernels in CMake).
-KernelSet ChosenKernelSet();
 
 }  // namespace skyvault

@@ -1,6 +1,8 @@
 #include "projection/view_sampler.h"
 
+#include <algorithm>
 #include <cassert>
+#include <cstring>
 #include <utility>
 
 #include "image/pixel_convert.h"
@@ -24,18 +26,21 @@ void Prefetch([[maybe_unused]] const std::uintptr_t* addresses, [[maybe_unused]]
 
 }  // namespace
 
-ViewSampler::ViewSampler(Panorama& panorama, PixelFormat format, bool applyOrientation)
+ViewSampler::ViewSampler(Panorama& panorama, const Options& options)
     : panorama_(panorama),
       kernels_(Kernels()),
-      format_(format),
-      bytesPerPixel_(BytesPerPixel(format)),
-      applyOrientation_(applyOrientation) {
+      format_(options.format),
+      bytesPerPixel_(skyvault::BytesPerPixel(options.format)),
+      applyOrientation_(options.applyOrientation),
+      toUnitLength_(options.toUnitLength) {
     if (panorama.modifications.logoSize != 0.0f) LoadLogo(panorama);
     const Image& source = panorama.equirectSource;
     if (source.IsValid()) {
         sourceFormat_ = source.format;
         present_ = AddressOf(source);
-        equirect_ = {source.width, source.height, source.stride, BytesPerPixel(source.format), present_};
+        equirect_ = {source.width, source.height, source.stride, skyvault::BytesPerPixel(source.format),
+                     present_};
+        PrepareEstimates();
         return;
     }
     const std::uint32_t size = FaceGridSize(panorama.faces);
@@ -49,18 +54,82 @@ ViewSampler::ViewSampler(Panorama& panorama, PixelFormat format, bool applyOrien
         if (sourceFormat_ == PixelFormat::None) sourceFormat_ = face.format;
         if (face.width != size || face.height != size || face.format != sourceFormat_) uniform_ = false;
         bases_[f] = present_ = AddressOf(face);
-        cube_ = {size, face.stride, BytesPerPixel(face.format)};
+        cube_ = {size, face.stride, skyvault::BytesPerPixel(face.format)};
     }
+    PrepareEstimates();
 }
 
-void ViewSampler::Sample(DirectionBlock& directions, int count, std::byte* destination) const {
-    Lookup lookup;
-    Find(directions, count, lookup);
-    Fetch(lookup, destination);
+void ViewSampler::PrepareEstimates() {
+    const Modifications& m = panorama_.modifications;
+    const bool curved = applyOrientation_ && m.horizonPower > 0.0f && m.horizonPower != 1.0f;
+    if (curved || !uniform_) return;
+    estimateTurn_.exchangeXz = m.flipHorizontal;
+    estimateTurn_.absoluteY = m.mirrorTopToBottom;
+    estimateTurn_.absoluteZ = m.mirrorFrontToBack;
+    if (applyOrientation_ && !m.orientation.isIdentity) {
+        estimateTurn_.turned = true;
+        for (int i = 0; i < 3; ++i) std::copy_n(m.orientation.m[i], 3, estimateTurn_.m[i]);
+    }
+    constexpr std::uint64_t kReach = std::uint64_t{1} << 32;
+    if (equirect_.width > 0) {
+        if (std::uint64_t{equirect_.stride} * equirect_.height <= kReach) estimate_ = Estimate::Equirect;
+        return;
+    }
+    const std::uint64_t faceBytes = std::uint64_t{cube_.stride} * cube_.size;
+    const auto [lowest, highest] = std::minmax_element(bases_.begin(), bases_.end());
+    if (!allPresent_ || *highest - *lowest + faceBytes > kReach) return;
+    facesInMemory_.grid = cube_;
+    facesInMemory_.origin = *lowest;
+    for (std::size_t f = 0; f < bases_.size(); ++f) {
+        if ((bases_[f] - *lowest) % 8 != 0) return;  // no allocator does that
+        facesInMemory_.bases[f] = static_cast<std::uint32_t>(bases_[f] - *lowest);
+    }
+    estimate_ = Estimate::Faces;
 }
 
 void ViewSampler::Find(DirectionBlock& directions, int count, Lookup& lookup) const {
+    if (!FindQuickly(directions, count, lookup)) FindFully(directions, count, lookup);
+}
+
+bool ViewSampler::FindQuickly(const DirectionBlock& directions, int count, Lookup& lookup) const {
+    if (estimate_ == Estimate::None || lookup.blocksWithoutEstimate-- > 0) return false;
+    const Modifications& m = panorama_.modifications;
+    if (m.logoSize != 0.0f && !m.mirrorTopToBottom && Estimates().nearNadir(directions, count, m.logoSize))
+        return false;
+    DoubtfulLanes& doubtful = lookup.doubtful;
+    if (estimate_ == Estimate::Equirect) {
+        Estimates().equirect(directions, count, equirect_, estimateTurn_, lookup.addresses, doubtful);
+    } else {
+        Estimates().faces(directions, count, facesInMemory_, estimateTurn_, lookup.addresses, doubtful);
+    }
+    // Near the poles, and where the output's pixels fall right between the source's: that goes on for a
+    // while.
+    if (doubtful.count > count / 8) {
+        lookup.blocksWithoutEstimate = 15;
+        return false;
+    }
+    lookup.blocksWithoutEstimate = 0;
+    for (int i = 0; i < doubtful.count; ++i) {
+        const std::size_t lane = doubtful.lanes[i];
+        lookup.directions.x[i] = directions.x[lane];
+        lookup.directions.y[i] = directions.y[lane];
+        lookup.directions.z[i] = directions.z[lane];
+        lookup.addresses[lane] = present_;
+    }
     lookup.count = count;
+    lookup.someMissing = false;
+    lookup.logoHits = 0;
+    Prefetch(lookup.addresses, count);
+    return true;
+}
+
+void ViewSampler::FindFully(DirectionBlock& directions, int count, Lookup& lookup) const {
+    float* x = directions.x;
+    float* y = directions.y;
+    float* z = directions.z;
+    if (toUnitLength_) kernels_.normalize(x, y, z, count);
+    lookup.count = count;
+    lookup.doubtful.count = 0;
     if (!uniform_) {
         lookup.directions = directions;
         return;
@@ -68,9 +137,6 @@ void ViewSampler::Find(DirectionBlock& directions, int count, Lookup& lookup) co
     lookup.someMissing = false;
     lookup.logoHits = 0;
     const Modifications& m = panorama_.modifications;
-    float* x = directions.x;
-    float* y = directions.y;
-    float* z = directions.z;
     kernels_.normalize(x, y, z, count);
     if (m.flipHorizontal) std::swap(x, z);
     if (m.mirrorTopToBottom) kernels_.absolute(y, count);
@@ -127,7 +193,7 @@ void ViewSampler::Fetch(const Lookup& lookup, std::byte* destination) const {
         CopyPixels(lookup.addresses, lookup.count, bytesPerPixel_, destination);
     } else {
         std::byte gathered[kBlockSize * 8];
-        CopyPixels(lookup.addresses, lookup.count, BytesPerPixel(sourceFormat_), gathered);
+        CopyPixels(lookup.addresses, lookup.count, skyvault::BytesPerPixel(sourceFormat_), gathered);
         ConvertRow(sourceFormat_, gathered, format_, destination, static_cast<std::size_t>(lookup.count));
     }
     if (lookup.someMissing || lookup.logoHits > 0) FixRarePixels(lookup, destination);
@@ -149,6 +215,28 @@ void ViewSampler::FixRarePixels(const Lookup& lookup, std::byte* destination) co
         const PixelValue logo = LogoColour(panorama_, lookup.logoPoints[hit]);
         WritePixel(format_, destination + i * std::size_t{bytesPerPixel_}, BlendLogo(logo, under));
     }
+}
+
+void DoubtfulPixels::Add(const ViewSampler::Lookup& lookup, std::byte* destination,
+                         const std::uint8_t* inside) {
+    for (int i = 0; i < lookup.doubtful.count; ++i) {
+        const std::size_t lane = lookup.doubtful.lanes[i];
+        if (inside && !inside[lane]) continue;
+        directions_.x[count_] = lookup.directions.x[i];
+        directions_.y[count_] = lookup.directions.y[i];
+        directions_.z[count_] = lookup.directions.z[i];
+        targets_[count_] = destination + lane * sampler_.BytesPerPixel();
+        if (++count_ == kBlockSize) Finish();
+    }
+}
+
+void DoubtfulPixels::Finish() {
+    if (count_ == 0) return;
+    sampler_.FindFully(directions_, count_, lookup_);
+    std::byte pixels[kBlockSize * 8];
+    sampler_.Fetch(lookup_, pixels);
+    ScatterPixels(pixels, count_, sampler_.BytesPerPixel(), targets_);
+    count_ = 0;
 }
 
 }  // namespace skyvault

@@ -4,12 +4,16 @@
 // row_kernels.h:
 //
 //   normalise, flips and mirrors -> logo disc -> horizon curve -> orientation -> source pixel -> fetch
+//
+// Where neither the logo nor a curved horizon is in the way, estimates (estimate_kernels.h) find most pixels,
+// and only the doubtful ones go through the passes.
 #pragma once
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
 
+#include "projection/estimate_kernels.h"
 #include "projection/panorama.h"
 #include "projection/row_kernels.h"
 #include "projection/sample_panorama.h"
@@ -18,9 +22,15 @@ namespace skyvault {
 
 class ViewSampler {
   public:
+    struct Options {
+        PixelFormat format = PixelFormat::None;  ///< of the pixels written
+        bool applyOrientation = true;
+        bool toUnitLength = false;  ///< directions are defined as unit vectors, but come before they are any
+    };
+
     /// Looks at the panorama as it is now (its pictures must stay until the sampler is gone) and loads the
-    /// logo when it is needed. format: of the pixels written.
-    ViewSampler(Panorama& panorama, PixelFormat format, bool applyOrientation = true);
+    /// logo when it is needed.
+    ViewSampler(Panorama& panorama, const Options& options);
 
     /// What a block's directions look at.
     struct Lookup {
@@ -31,21 +41,27 @@ class ViewSampler {
         bool missing[kBlockSize];                          ///< meaningful only with someMissing
         std::int16_t logoLanes[kBlockSize];
         LogoHit logoPoints[kBlockSize];
-        DirectionBlock directions;  ///< only of panoramas that are looked up pixel by pixel
+        DirectionBlock directions;      ///< of doubtful lanes, in their order; of all, pixel by pixel
+        DoubtfulLanes doubtful;         ///< lanes whose pixels Fetch writes wrong: see FindFully
+        int blocksWithoutEstimate = 0;  ///< the next ones, since the last had too many doubtful lanes
     };
 
     /// Finds the pixels seen along directions 0 .. count − 1 (count ≤ kBlockSize) and asks the memory for
-    /// them: with other work before the Fetch they arrive meanwhile. The directions are changed. Both steps
-    /// may be called from several threads at once.
+    /// them: with other work before the Fetch they arrive meanwhile. The directions are changed. All steps
+    /// may be called from several threads at once, each with a lookup of its own.
     void Find(DirectionBlock& directions, int count, Lookup& lookup) const;
 
-    /// Writes the colours at destination.
+    /// The same without doubtful lanes, at twice the cost.
+    void FindFully(DirectionBlock& directions, int count, Lookup& lookup) const;
+
+    /// Writes the colours at destination; at doubtful lanes, any colour.
     void Fetch(const Lookup& lookup, std::byte* destination) const;
 
-    /// Both.
-    void Sample(DirectionBlock& directions, int count, std::byte* destination) const;
+    std::uint32_t BytesPerPixel() const { return bytesPerPixel_; }
 
   private:
+    void PrepareEstimates();
+    bool FindQuickly(const DirectionBlock& directions, int count, Lookup& lookup) const;
     void FixRarePixels(const Lookup& lookup, std::byte* destination) const;
 
     const Panorama& panorama_;
@@ -54,12 +70,35 @@ class ViewSampler {
     PixelFormat format_;
     std::uint32_t bytesPerPixel_;
     bool applyOrientation_;
+    bool toUnitLength_;
     bool uniform_ = true;  ///< all valid faces have one size and format; else pixel by pixel
     EquirectGrid equirect_;
     CubeGrid cube_;
     std::array<std::uintptr_t, kFaceCount> bases_{};  ///< first bytes of the source's pictures; 0: missing
     std::uintptr_t present_ = 0;                      ///< any of them that is there
     bool allPresent_ = true;
+    enum class Estimate { None, Equirect, Faces } estimate_ = Estimate::None;
+    EstimateTurn estimateTurn_;
+    FacesInMemory facesInMemory_;
+};
+
+/// Doubtful pixels, gathered until a block of them is worth the whole way.
+class DoubtfulPixels {
+  public:
+    explicit DoubtfulPixels(const ViewSampler& sampler) : sampler_(sampler) {}
+
+    /// After the lookup's pixels were written at destination. inside: which pixels count; null: all.
+    void Add(const ViewSampler::Lookup& lookup, std::byte* destination, const std::uint8_t* inside);
+
+    /// Writes those not written yet.
+    void Finish();
+
+  private:
+    const ViewSampler& sampler_;
+    int count_ = 0;
+    DirectionBlock directions_;
+    std::byte* targets_[kBlockSize];
+    ViewSampler::Lookup lookup_;
 };
 
 }  // namespace skyvault

@@ -35,7 +35,7 @@ ConversionResult ConvertPanorama(const Conversion& conversion, const AppState& s
     Panorama panorama(errors, settings, nullptr);
     const std::wstring first = conversion.sources.empty() ? std::wstring() : conversion.sources.front();
     ImportPanorama(panorama, conversion.sources, conversion.from->format);
-    if (panorama.IsEmpty() || !errors.Text().empty()) {
+    if (panorama.IsEmpty() || panorama.paletteMissing || !errors.Text().empty()) {
         result.reason = ReasonAbout(first, errors.Text(), L"Could not open");
         return result;
     }

@@ -27,8 +27,8 @@ struct ConversionResult {
     std::vector<CubeFace> missingFaces;
 };
 
-/// Reads and writes; an error of either ends it. The feedback hears of everything but errors: their first is
-/// the reason.
+/// Reads and writes; an error of either ends it, and so does a generator's picture that cannot be read. The
+/// feedback hears of everything but errors: their first is the reason.
 ConversionResult ConvertPanorama(const Conversion& conversion, const AppState& settings, Feedback& feedback);
 
 }  // namespace skyvault

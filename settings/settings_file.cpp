@@ -3,7 +3,6 @@
 #include "platform/files.h"
 #include "platform/path_text.h"
 #include "settings/settings_table.h"
-#include "settings/text_file.h"
 
 namespace skyvault {
 namespace {
@@ -79,21 +78,29 @@ void LoadSettings(AppState& state, const std::wstring& path, const ScreenRect& v
     TextFileReader file;
     if (!file.Open(path)) return;
     state.settingsLoaded = true;
+    ReadSettings(state, file, virtualScreen);
+}
+
+void ReadSettings(AppState& state, TextFileReader& file, const ScreenRect& virtualScreen) {
     while (file.NextLine()) {
         const Setting* setting = FindSetting(file.Text(0));
         if (setting != nullptr) std::visit(FieldReader{state, file, virtualScreen}, setting->field);
     }
 }
 
-bool SaveSettings(const AppState& state, const std::wstring& path, Feedback& feedback) {
-    if (FileExists(path) && !state.settingsLoaded) return false;
+TextFileWriter WrittenSettings(const AppState& state) {
     TextFileWriter file(TextEncoding::Utf16Le);
     for (const Setting& setting : SettingsTable()) {
         file.AddText(setting.key);
         std::visit(FieldWriter{state, file}, setting.field);
         file.EndLine();
     }
-    if (file.Save(path)) return true;
+    return file;
+}
+
+bool SaveSettings(const AppState& state, const std::wstring& path, Feedback& feedback) {
+    if (FileExists(path) && !state.settingsLoaded) return false;
+    if (WrittenSettings(state).Save(path)) return true;
     feedback.Error(L"Could not open:\n\n\"" + path + L"\"");
     return false;
 }

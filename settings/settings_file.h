@@ -5,6 +5,7 @@
 
 #include "platform/feedback.h"
 #include "settings/app_state.h"
+#include "settings/text_file.h"
 
 namespace skyvault {
 
@@ -20,6 +21,12 @@ void MoveOlderSettings(const std::wstring& programFolder, const std::wstring& pa
 /// is 0, false or empty. The later of two lines with the same key wins. Sets settingsLoaded when the file
 /// could be read. A window rectangle in the file is fitted to the virtual screen.
 void LoadSettings(AppState& state, const std::wstring& path, const ScreenRect& virtualScreen);
+
+/// The same from a file that is open already.
+void ReadSettings(AppState& state, TextFileReader& file, const ScreenRect& virtualScreen);
+
+/// What SaveSettings writes.
+TextFileWriter WrittenSettings(const AppState& state);
 
 /// Writes the file (UTF-16) and returns true; not, and without a message, when one is there that was not
 /// read in this run. When writing fails an error message names the path, and an older file stays whole.

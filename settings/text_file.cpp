@@ -134,6 +134,10 @@ void TextFileWriter::EndLine() {
     lineStarted_ = false;
 }
 
+std::string TextFileWriter::Bytes() const {
+    return EncodeText(text_, encoding_);
+}
+
 bool TextFileWriter::Save(const std::wstring& path) const {
     return WriteTextFile(path, text_, encoding_);
 }

@@ -82,6 +82,8 @@ class TextFileWriter {
     void AddBool(bool value);
     void EndLine();
 
+    /// The bytes of the file so far.
+    std::string Bytes() const;
     /// As WriteTextFile.
     bool Save(const std::wstring& path) const;
 

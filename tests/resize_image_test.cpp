@@ -35,25 +35,37 @@ TEST(ResizeImage, AveragesBoxesAndTruncates) {
     EXPECT_EQ(Values(ResizeImage(four, 1, 1, PixelFormat::Grey8, true, false)), (std::vector<int>{0}));
 }
 
-TEST(ResizeImage, TheFastHalvingIsTheAverage) {
-    for (const PixelFormat format :
-         {PixelFormat::Grey8, PixelFormat::Rgb8, PixelFormat::Grey16, PixelFormat::Rgb16}) {
-        const Image source = test::RandomImage(38, 22, format);
+TEST(ResizeImage, TheFastHalvingIsTheAverageOfWhatIsVisible) {
+    for (const PixelFormat format : {PixelFormat::Grey8, PixelFormat::Rgb8, PixelFormat::Grey16,
+                                     PixelFormat::Rgb16, PixelFormat::Rgba8, PixelFormat::Rgba16}) {
+        Image source = test::RandomImage(38, 22, format);
+        if (HasAlpha(format)) {
+            for (int x = 0; x < 38; x += 3) source.SetPixel(x, x * 5 % 22, Color8(255, 255, 255, 0));
+        }
         const Image halved = ResizeImage(source, 19, 11, format, true, false);
         ASSERT_TRUE(halved.IsValid());
         const bool wide = ChannelType(format) == ChannelKind::Int16;
         const auto channels = [wide](const Image& image, int x, int y) {
             const Color8 c = image.GetPixel8(x, y);
             const Color16 w = image.GetPixel16(x, y);
-            return wide ? std::array<int, 3>{w.red, w.green, w.blue}
-                        : std::array<int, 3>{c.red, c.green, c.blue};
+            return wide ? std::array<int, 4>{w.red, w.green, w.blue, w.alpha}
+                        : std::array<int, 4>{c.red, c.green, c.blue, c.alpha};
         };
         for (int y = 0; y < 11; ++y) {
             for (int x = 0; x < 19; ++x) {
-                for (std::size_t c = 0; c < 3; ++c) {
-                    int sum = 0;
-                    for (int i = 0; i < 4; ++i) sum += channels(source, 2 * x + (i & 1), 2 * y + i / 2)[c];
-                    ASSERT_EQ(channels(halved, x, y)[c], sum / 4) << FormatName(format);
+                std::array<int, 4> sums{};
+                int visible = 0;
+                for (int i = 0; i < 4; ++i) {
+                    const std::array<int, 4> pixel = channels(source, 2 * x + (i & 1), 2 * y + i / 2);
+                    sums[3] += pixel[3];
+                    if (pixel[3] == 0) continue;
+                    ++visible;
+                    for (std::size_t c = 0; c < 3; ++c) sums[c] += pixel[c];
+                }
+                ASSERT_GT(visible, 0);
+                for (std::size_t c = 0; c < 4; ++c) {
+                    ASSERT_EQ(channels(halved, x, y)[c], sums[c] / (c < 3 ? visible : 4))
+                        << FormatName(format) << ", " << x << ", " << y;
                 }
             }
         }

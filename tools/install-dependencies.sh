@@ -20,7 +20,7 @@ package=(
 )
 test=(
     g++ pkg-config libopenimageio-dev                           # the engine and the console on Linux
-    clang-format clang-tidy                                     # style and static checks
+    clang-format clang-tidy cppcheck                            # style and static checks
 )
 
 packages=("${build[@]}")

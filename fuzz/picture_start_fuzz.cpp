@@ -1,0 +1,43 @@
+// What a codec's file is asked before the codec gets it: its header, and whether a JPEG reaches its end.
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+
+#include "fuzz/require.h"
+#include "image/jpeg_end.h"
+#include "image/picture_header.h"
+
+using namespace skyvault;
+
+namespace {
+
+/// The files that reach their end are those from one length on.
+void CheckJpegEnd(std::span<const std::byte> file) {
+    const bool whole = JpegReachesItsEnd(file);
+    std::size_t cut = 0, enough = file.size();
+    while (whole && enough - cut > 1) {
+        const std::size_t middle = cut + (enough - cut) / 2;
+        (JpegReachesItsEnd(file.first(middle)) ? enough : cut) = middle;
+    }
+    Require(!whole ||
+            (enough >= 4 && file[enough - 2] == std::byte{0xff} && file[enough - 1] == std::byte{0xd9}));
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const std::span<const std::byte> file(reinterpret_cast<const std::byte*>(data), size);
+    const PictureHeader header = ReadPictureHeader(file.first(std::min(size, kPictureHeaderSize)));
+    Require(header.kind != PictureKind::Unknown ||
+            (!header.sound && header.width == 0 && header.height == 0));
+    constexpr std::uint32_t kLargest = 0x7fffffff;
+    Require(!header.sound || (header.width <= kLargest && header.height <= kLargest));
+    if (PlausibleSize(header.width, header.height, size)) {
+        // What is allocated for it stays in proportion to the file.
+        const std::uint64_t bytes = std::uint64_t{4} * header.width * header.height;
+        Require(bytes <= (std::uint64_t{256} << 20) + std::uint64_t{4096} * size);
+    }
+    CheckJpegEnd(file);
+    return 0;
+}
