@@ -44,6 +44,20 @@ static void Transform(float* SKYVAULT_RESTRICT x, float* SKYVAULT_RESTRICT y, fl
     }
 }
 
+static void LogoDisc(const float* SKYVAULT_RESTRICT x, const float* SKYVAULT_RESTRICT y,
+                     const float* SKYVAULT_RESTRICT z, int n, float logoSize,
+                     std::uint32_t* SKYVAULT_RESTRICT onDisc) {
+    for (int i = 0; i < n; ++i) {
+        const float down = -y[i];
+        const float u = x[i] / y[i], w = z[i] / y[i];
+        const float radius = SquareRoot(u * u + w * w);
+        const std::uint32_t below = down > 0.0f ? 1 : 0;
+        const std::uint32_t beforeX = down >= std::fabs(x[i]) ? below : 0;
+        const std::uint32_t beforeZ = down >= std::fabs(z[i]) ? beforeX : 0;
+        onDisc[i] = radius < logoSize ? beforeZ : 0;
+    }
+}
+
 static void HorizonCurve(float* y, int n, float power) {
     const double wide = static_cast<double>(power);
     for (int i = 0; i < n; ++i) y[i] = 2.0f * PowPositive((y[i] + 1.0f) * 0.5f, wide) - 1.0f;
@@ -244,7 +258,7 @@ const RowKernels kKernels = {
 #else
     "baseline",
 #endif
-    Normalize,   Absolute,           Transform,           HorizonCurve, EquirectOffsets,
+    Normalize,   Absolute,           Transform,           LogoDisc,    HorizonCurve, EquirectOffsets,
     CubeOffsets, EquirectDirections, SphericalDirections, FaceVectors,
 };
 

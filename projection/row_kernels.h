@@ -44,6 +44,10 @@ struct RowKernels {
     void (*absolute)(float* v, int n);
     /// d := d × matrix, without looking at its identity flag.
     void (*transform)(float* x, float* y, float* z, int n, const Matrix4& matrix);
+    /// onDisc[i] := 1 where HitLogoDisc (projection/sample_panorama.h) of a unit direction is on the disc,
+    /// else 0.
+    void (*logoDisc)(const float* x, const float* y, const float* z, int n, float logoSize,
+                     std::uint32_t* onDisc);
     /// y := 2 · ((y + 1) / 2)^power − 1
     void (*horizonCurve)(float* y, int n, float power);
 

@@ -41,6 +41,7 @@ ViewSampler::ViewSampler(Panorama& panorama, const Options& options)
         equirect_ = {source.width, source.height, source.stride, skyvault::BytesPerPixel(source.format),
                      present_};
         PrepareEstimates();
+        PrepareLogo();
         return;
     }
     const std::uint32_t size = FaceGridSize(panorama.faces);
@@ -57,14 +58,23 @@ ViewSampler::ViewSampler(Panorama& panorama, const Options& options)
         cube_ = {size, face.stride, skyvault::BytesPerPixel(face.format)};
     }
     PrepareEstimates();
+    PrepareLogo();
+}
+
+void ViewSampler::PrepareLogo() {
+    const bool hasPicture = !panorama_.settings.logo.empty() && panorama_.logoPicture.IsValid();
+    if (panorama_.modifications.logoSize == 0.0f || hasPicture) return;
+    const PixelValue colour = LogoColour(panorama_, {});
+    flatLogo_ = format_ == sourceFormat_ && CoversFully(colour);
+    if (flatLogo_) WritePixel(format_, flatLogoPixel_, colour);
 }
 
 void ViewSampler::PrepareEstimates() {
     const Modifications& m = panorama_.modifications;
-    const bool curved = applyOrientation_ && m.horizonPower > 0.0f && m.horizonPower != 1.0f;
-    if (curved || !uniform_) return;
+    curved_ = applyOrientation_ && m.horizonPower > 0.0f && m.horizonPower != 1.0f;
+    if (!uniform_) return;
     estimateTurn_.exchangeXz = m.flipHorizontal;
-    estimateTurn_.absoluteY = m.mirrorTopToBottom;
+    estimateTurn_.absoluteY = m.mirrorTopToBottom && !curved_;
     estimateTurn_.absoluteZ = m.mirrorFrontToBack;
     if (applyOrientation_ && !m.orientation.isIdentity) {
         estimateTurn_.turned = true;
@@ -96,11 +106,22 @@ bool ViewSampler::FindQuickly(const DirectionBlock& directions, int count, Looku
     const Modifications& m = panorama_.modifications;
     if (m.logoSize != 0.0f && !m.mirrorTopToBottom && Estimates().nearNadir(directions, count, m.logoSize))
         return false;
+    const DirectionBlock* from = &directions;
+    DirectionBlock curved;
+    if (curved_) {
+        // The curve bends what is straight to an estimate and comes first; y is the only one it touches.
+        curved = directions;
+        if (toUnitLength_) kernels_.normalize(curved.x, curved.y, curved.z, count);
+        kernels_.normalize(curved.x, curved.y, curved.z, count);
+        if (m.mirrorTopToBottom) kernels_.absolute(curved.y, count);
+        kernels_.horizonCurve(curved.y, count, m.horizonPower);
+        from = &curved;
+    }
     DoubtfulLanes& doubtful = lookup.doubtful;
     if (estimate_ == Estimate::Equirect) {
-        Estimates().equirect(directions, count, equirect_, estimateTurn_, lookup.addresses, doubtful);
+        Estimates().equirect(*from, count, equirect_, estimateTurn_, lookup.addresses, doubtful);
     } else {
-        Estimates().faces(directions, count, facesInMemory_, estimateTurn_, lookup.addresses, doubtful);
+        Estimates().faces(*from, count, facesInMemory_, estimateTurn_, lookup.addresses, doubtful);
     }
     // Near the poles, and where the output's pixels fall right between the source's: that goes on for a
     // while.
@@ -142,15 +163,17 @@ void ViewSampler::FindFully(DirectionBlock& directions, int count, Lookup& looku
     if (m.mirrorTopToBottom) kernels_.absolute(y, count);
     if (m.mirrorFrontToBack) kernels_.absolute(z, count);
     if (m.logoSize != 0.0f) {
+        std::uint32_t onDisc[kBlockSize];
+        kernels_.logoDisc(x, y, z, count, m.logoSize, onDisc);
         for (int i = 0; i < count; ++i) {
-            const LogoHit hit = HitLogoDisc({x[i], y[i], z[i]}, m.logoSize);
-            if (!hit.onDisc) continue;
+            if (onDisc[i] == 0) continue;
             lookup.logoLanes[lookup.logoHits] = static_cast<std::int16_t>(i);
-            lookup.logoPoints[lookup.logoHits++] = hit;
+            if (!flatLogo_) lookup.logoPoints[lookup.logoHits] = HitLogoDisc({x[i], y[i], z[i]}, m.logoSize);
+            ++lookup.logoHits;
         }
     }
     if (applyOrientation_) {
-        if (m.horizonPower > 0.0f && m.horizonPower != 1.0f) kernels_.horizonCurve(y, count, m.horizonPower);
+        if (curved_) kernels_.horizonCurve(y, count, m.horizonPower);
         if (!m.orientation.isIdentity) kernels_.transform(x, y, z, count, m.orientation);
     }
 
@@ -161,6 +184,7 @@ void ViewSampler::FindFully(DirectionBlock& directions, int count, Lookup& looku
             lookup.missing[i] = addresses[i] == kNoPixel;
             if (lookup.missing[i]) addresses[i] = present_;
         }
+        if (flatLogo_) LookAtFlatLogo(lookup);
         Prefetch(addresses, count);
         return;
     }
@@ -177,7 +201,17 @@ void ViewSampler::FindFully(DirectionBlock& directions, int count, Lookup& looku
             addresses[i] = lookup.missing[i] ? present_ : base + addresses[i];
         }
     }
+    if (flatLogo_) LookAtFlatLogo(lookup);
     Prefetch(addresses, count);
+}
+
+void ViewSampler::LookAtFlatLogo(Lookup& lookup) const {
+    for (int hit = 0; hit < lookup.logoHits; ++hit) {
+        const int i = lookup.logoLanes[hit];
+        lookup.addresses[i] = reinterpret_cast<std::uintptr_t>(flatLogoPixel_);
+        lookup.missing[i] = false;
+    }
+    lookup.logoHits = 0;
 }
 
 void ViewSampler::Fetch(const Lookup& lookup, std::byte* destination) const {
@@ -208,13 +242,24 @@ void ViewSampler::FixRarePixels(const Lookup& lookup, std::byte* destination) co
     }
     for (int hit = 0; hit < lookup.logoHits; ++hit) {
         const int i = lookup.logoLanes[hit];
+        std::byte* const target = destination + i * std::size_t{bytesPerPixel_};
+        const PixelValue logo = LogoColour(panorama_, lookup.logoPoints[hit]);
+        if (CoversFully(logo)) {
+            WritePixel(format_, target, logo);
+            continue;
+        }
         const bool missing = lookup.someMissing && lookup.missing[i];
         const PixelValue under =
             missing ? white
                     : ReadPixel(sourceFormat_, reinterpret_cast<const std::byte*>(lookup.addresses[i]));
-        const PixelValue logo = LogoColour(panorama_, lookup.logoPoints[hit]);
-        WritePixel(format_, destination + i * std::size_t{bytesPerPixel_}, BlendLogo(logo, under));
+        WritePixel(format_, target, BlendLogo(logo, under));
     }
+}
+
+bool ViewSampler::CoversFully(const PixelValue& logo) const {
+    if (HasAlpha(sourceFormat_) || ChannelType(logo.format) != ChannelType(sourceFormat_)) return false;
+    if (ChannelType(logo.format) == ChannelKind::Int8) return logo.color8.alpha == 255;
+    return ChannelType(logo.format) == ChannelKind::Int16 && logo.color16.alpha == 65535;
 }
 
 void DoubtfulPixels::Add(const ViewSampler::Lookup& lookup, std::byte* destination,

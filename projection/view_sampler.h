@@ -13,6 +13,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "image/memory.h"
 #include "projection/estimate_kernels.h"
 #include "projection/panorama.h"
 #include "projection/row_kernels.h"
@@ -61,6 +62,10 @@ class ViewSampler {
 
   private:
     void PrepareEstimates();
+    void PrepareLogo();
+    void LookAtFlatLogo(Lookup& lookup) const;
+    /// Whether nothing of the source's pixels shows through: the blend is the logo's colour then.
+    bool CoversFully(const PixelValue& logo) const;
     bool FindQuickly(const DirectionBlock& directions, int count, Lookup& lookup) const;
     void FixRarePixels(const Lookup& lookup, std::byte* destination) const;
 
@@ -71,6 +76,7 @@ class ViewSampler {
     std::uint32_t bytesPerPixel_;
     bool applyOrientation_;
     bool toUnitLength_;
+    bool curved_ = false;  ///< the horizon
     bool uniform_ = true;  ///< all valid faces have one size and format; else pixel by pixel
     EquirectGrid equirect_;
     CubeGrid cube_;
@@ -80,6 +86,8 @@ class ViewSampler {
     enum class Estimate { None, Equirect, Faces } estimate_ = Estimate::None;
     EstimateTurn estimateTurn_;
     FacesInMemory facesInMemory_;
+    bool flatLogo_ = false;  ///< every pixel of the logo is this one, to be fetched like the source's
+    std::byte flatLogoPixel_[8 + kReadableBehind] = {};
 };
 
 /// Doubtful pixels, gathered until a block of them is worth the whole way.
