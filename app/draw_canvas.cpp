@@ -5,6 +5,7 @@
 
 #include "app/font_family.h"
 #include "app/screen_picture.h"
+#include "app/system_function.h"
 
 namespace skyvault {
 namespace {
@@ -57,10 +58,16 @@ DrawCanvas::DrawCanvas(HDC context, const RECT& rect) : target_(rect) {
 }
 
 bool DrawCanvas::CreateFactories() {
-    return SUCCEEDED(D2D1CreateFactory(D2D1_FACTORY_TYPE_SINGLE_THREADED, __uuidof(ID2D1Factory), nullptr,
-                                       drawing_.PutVoid())) &&
-           SUCCEEDED(DWriteCreateFactory(DWRITE_FACTORY_TYPE_SHARED, __uuidof(IDWriteFactory),
-                                         reinterpret_cast<IUnknown**>(writing_.Put())));
+    using CreateDrawing = HRESULT(WINAPI*)(D2D1_FACTORY_TYPE, REFIID, const D2D1_FACTORY_OPTIONS*, void**);
+    using CreateWriting = HRESULT(WINAPI*)(DWRITE_FACTORY_TYPE, REFIID, IUnknown**);
+    static CreateDrawing createDrawing = nullptr;
+    static CreateWriting createWriting = nullptr;
+    return FindSystemFunction(createDrawing, L"d2d1.dll", "D2D1CreateFactory") &&
+           FindSystemFunction(createWriting, L"dwrite.dll", "DWriteCreateFactory") &&
+           SUCCEEDED(createDrawing(D2D1_FACTORY_TYPE_SINGLE_THREADED, __uuidof(ID2D1Factory), nullptr,
+                                   drawing_.PutVoid())) &&
+           SUCCEEDED(createWriting(DWRITE_FACTORY_TYPE_SHARED, __uuidof(IDWriteFactory),
+                                   reinterpret_cast<IUnknown**>(writing_.Put())));
 }
 
 void DrawCanvas::Release() {
@@ -68,6 +75,8 @@ void DrawCanvas::Release() {
     stroke_.Reset();
     textFormat_.Reset();
     brush_.Reset();
+    bitmap_.Reset();
+    screenPicture_ = Image();
     renderTarget_.Reset();
     writing_.Reset();
     drawing_.Reset();
@@ -163,25 +172,38 @@ void DrawCanvas::DrawLine(CanvasPoint from, CanvasPoint to, float width, const C
                             {PlaceX(to.x, pixels), PlaceY(to.y, pixels)}, brush, width, stroke_.Get());
 }
 
+ID2D1Bitmap* DrawCanvas::BitmapOfScreenPicture() {
+    const Image& shown = screenPicture_;
+    if (bitmap_ && bitmapWidth_ == shown.width && bitmapHeight_ == shown.height &&
+        SUCCEEDED(bitmap_->CopyFromMemory(nullptr, shown.pixels.get(), shown.stride))) {
+        return bitmap_.Get();
+    }
+    bitmap_.Reset();
+    D2D1_BITMAP_PROPERTIES properties{};
+    properties.pixelFormat = {DXGI_FORMAT_B8G8R8A8_UNORM, D2D1_ALPHA_MODE_PREMULTIPLIED};
+    properties.dpiX = properties.dpiY = 96.0f;
+    if (FAILED(renderTarget_->CreateBitmap({shown.width, shown.height}, shown.pixels.get(), shown.stride,
+                                           properties, bitmap_.Put()))) {
+        return nullptr;
+    }
+    bitmapWidth_ = shown.width;
+    bitmapHeight_ = shown.height;
+    return bitmap_.Get();
+}
+
 void DrawCanvas::DrawPicture(const Image& picture, const CanvasRect& rect, bool pixels) {
     if (!valid_ || !picture.IsValid() || IsEmptyRect(rect)) return;
     const float width = rect.right - rect.left, height = rect.bottom - rect.top;
     const Image reduced = ReducedToFit(picture, width, height);
-    const Image shown =
-        ToScreenPicture(reduced.IsValid() ? reduced : picture, renderTarget_->GetMaximumBitmapSize());
-    if (!shown.IsValid()) return;
-
-    D2D1_BITMAP_PROPERTIES properties{};
-    properties.pixelFormat = {DXGI_FORMAT_B8G8R8A8_UNORM, D2D1_ALPHA_MODE_PREMULTIPLIED};
-    properties.dpiX = properties.dpiY = 96.0f;
-    ComPtr<ID2D1Bitmap> bitmap;
-    if (FAILED(renderTarget_->CreateBitmap({shown.width, shown.height}, shown.pixels.get(), shown.stride,
-                                           properties, bitmap.Put()))) {
+    if (!ToScreenPicture(reduced.IsValid() ? reduced : picture, renderTarget_->GetMaximumBitmapSize(),
+                         screenPicture_)) {
         return;
     }
+    ID2D1Bitmap* const bitmap = BitmapOfScreenPicture();
+    if (bitmap == nullptr) return;
     const D2D1_RECT_F target = Place(rect, pixels);
-    const D2D1_RECT_F source{0.0f, 0.0f, static_cast<float>(shown.width), static_cast<float>(shown.height)};
-    renderTarget_->DrawBitmap(bitmap.Get(), &target, 1.0f, D2D1_BITMAP_INTERPOLATION_MODE_LINEAR, &source);
+    const D2D1_RECT_F source{0.0f, 0.0f, static_cast<float>(bitmapWidth_), static_cast<float>(bitmapHeight_)};
+    renderTarget_->DrawBitmap(bitmap, &target, 1.0f, D2D1_BITMAP_INTERPOLATION_MODE_LINEAR, &source);
 }
 
 void DrawCanvas::DrawString(const CanvasRect& rect, std::wstring_view text, const TextFormat& format,

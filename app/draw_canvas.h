@@ -86,6 +86,8 @@ class DrawCanvas {
     float PlaceX(float x, bool pixels) const;
     float PlaceY(float y, bool pixels) const;
     D2D1_RECT_F Place(const CanvasRect& rect, bool pixels) const;
+    /// A bitmap of the target with the pixels of screenPicture_; null when there is none to be had.
+    ID2D1Bitmap* BitmapOfScreenPicture();
 
     bool valid_ = false;
     RECT target_{};
@@ -98,6 +100,10 @@ class DrawCanvas {
     ComPtr<IDWriteTextFormat> textFormat_;
     TextFormat textFormatMadeFrom_;
     ComPtr<ID2D1StrokeStyle> stroke_;
+    /// The picture drawn last, as it went to the target's bitmap: the next one mostly has its size.
+    Image screenPicture_;
+    ComPtr<ID2D1Bitmap> bitmap_;
+    std::uint32_t bitmapWidth_ = 0, bitmapHeight_ = 0;
 };
 
 /// For tests of a lost device, which cannot be had on request: the next `count` EndDraw calls report one.

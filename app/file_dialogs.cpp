@@ -7,6 +7,7 @@
 
 #include "app/file_filters.h"
 #include "app/message_box.h"
+#include "app/system_function.h"
 #include "image/picture_codec.h"
 #include "platform/com_ptr_win.h"
 #include "platform/files.h"
@@ -31,6 +32,16 @@ constexpr DialogRow kDialogs[] = {
 
 /// Longest path the dialogs can return.
 constexpr std::size_t kPathRoom = 32768;
+
+bool ShowOpenDialog(OPENFILENAMEW& dialog) {
+    static decltype(&GetOpenFileNameW) show = nullptr;
+    return FindSystemFunction(show, L"comdlg32.dll", "GetOpenFileNameW") && show(&dialog);
+}
+
+bool ShowSaveDialog(OPENFILENAMEW& dialog) {
+    static decltype(&GetSaveFileNameW) show = nullptr;
+    return FindSystemFunction(show, L"comdlg32.dll", "GetSaveFileNameW") && show(&dialog);
+}
 
 bool MayReplace(HWND owner, const std::wstring& path) {
     const std::wstring question =
@@ -76,11 +87,11 @@ std::wstring FileDialogs::Ask(HWND owner, const std::wstring& startPath, FileDia
     dialog.Flags = OFN_EXPLORER | OFN_HIDEREADONLY | OFN_NOCHANGEDIR | OFN_PATHMUSTEXIST;
     if (!row.save) {
         dialog.Flags |= OFN_FILEMUSTEXIST;
-        return GetOpenFileNameW(&dialog) ? path.data() : std::wstring();
+        return ShowOpenDialog(dialog) ? path.data() : std::wstring();
     }
     // The dialog would ask about replacing the name as typed, without the extension it gets afterwards:
     // the question is put here, and No returns to the dialog with the name still in it.
-    while (GetSaveFileNameW(&dialog)) {
+    while (ShowSaveDialog(dialog)) {
         if (pictureSave)
             settings.filterIndex = CheckedFilterIndex(static_cast<std::int32_t>(dialog.nFilterIndex));
         const std::wstring chosen =

@@ -11,6 +11,7 @@
 #include "app/message_box.h"
 #include "app/options_controls.h"
 #include "app/screen.h"
+#include "app/system_function.h"
 #include "platform/path_text.h"
 #include "resources/resource_ids.h"
 
@@ -190,7 +191,8 @@ void OptionsDialog::ChooseColour() {
     choice.rgbResult = SystemColour(settings_.backgroundColour);
     choice.lpCustColors = ownColours.data();
     choice.Flags = CC_RGBINIT | CC_FULLOPEN;
-    if (!ChooseColorW(&choice)) return;
+    static decltype(&ChooseColorW) show = nullptr;
+    if (!FindSystemFunction(show, L"comdlg32.dll", "ChooseColorW") || !show(&choice)) return;
     // The flag as it is stored, not the check box: that counts only after OK.
     const auto alpha = static_cast<std::uint8_t>(settings_.transparency ? 0 : 255);
     settings_.backgroundColour = {GetRValue(choice.rgbResult), GetGValue(choice.rgbResult),

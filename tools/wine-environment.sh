@@ -17,6 +17,9 @@ base="$root/build/wine"
 mkdir -p "$base"
 # The menu builder would put the shortcuts of installers into the real home.
 export WINEARCH=win64 WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml,winedbg.exe,winemenubuilder.exe=d"
+# Drawing on the thread that asks for it: with Wine's own drawing thread, a window that opens while that thread
+# presents a picture can stop both for good inside the X library (docs/reliability.md).
+export WINE_D3D_CONFIG="csmt=0"
 
 run=$(mktemp -d "$base/run.XXXXXX")
 finish() {
@@ -31,7 +34,7 @@ trap finish EXIT
 trap 'exit 130' INT TERM
 
 if [ "$user" = no ]; then
-    Xvfb -displayfd 3 -screen 0 1600x1200x24 -nolisten tcp 3>"$run/display" 2>/dev/null &
+    Xvfb -displayfd 3 -screen 0 "${SKYVAULT_SCREEN:-1600x1200}x24" -nolisten tcp 3>"$run/display" 2>/dev/null &
     for _ in $(seq 100); do [ -s "$run/display" ] && break; sleep 0.1; done
     DISPLAY=":$(cat "$run/display")"
     export DISPLAY

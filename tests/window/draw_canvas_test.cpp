@@ -158,8 +158,8 @@ TEST(DrawCanvas, SmallerPicturesAreStretchedOverTheRectangle) {
 TEST(DrawCanvas, PicturesBeyondTheLargestBitmapComeSmaller) {
     Image wide(1000, 10, PixelFormat::Grey8);
     wide.Fill(PixelValue(Color8(77, 77, 77, 255)));
-    const Image shown = ToScreenPicture(wide, 400);
-    ASSERT_TRUE(shown.IsValid());
+    Image shown;
+    ASSERT_TRUE(ToScreenPicture(wide, 400, shown));
     EXPECT_EQ(shown.width, 400u);
     EXPECT_EQ(shown.height, 4u);
     EXPECT_EQ(shown.GetPixel8(399, 3), Color8(77, 77, 77, 255));

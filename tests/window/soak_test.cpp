@@ -1,5 +1,5 @@
 // Many imports, views and exports in one run of the program: what it holds at the end is what it held after
-// the first ten. Thirty rounds, or as many as the environment variable SKYVAULT_SOAK_ROUNDS says.
+// the first ten. Fifteen rounds, or as many as the environment variable SKYVAULT_SOAK_ROUNDS says.
 #include <gtest/gtest.h>
 #include <windows.h>
 //

@@ -106,6 +106,30 @@ HWND FindProcessWindow(const wchar_t* windowClass, const std::wstring& title, DW
     return search.found;
 }
 
+BOOL CALLBACK PrintIfOf(HWND window, LPARAM wanted) {
+    DWORD process = 0;
+    const DWORD thread = GetWindowThreadProcessId(window, &process);
+    if (process != static_cast<DWORD>(wanted)) return TRUE;
+    wchar_t name[64] = L"", title[128] = L"";
+    GetClassNameW(window, name, 64);
+    // Not by a message: that would wait for a thread that stands still.
+    InternalGetWindowText(window, title, 128);
+    DWORD_PTR answer = 0;
+    const bool answers = SendMessageTimeoutW(window, WM_NULL, 0, 0, SMTO_ABORTIFHUNG, 500, &answer) != 0;
+    std::printf("  %s \"%s\" of thread %04lx:%s%s%s\n", ToUtf8(name).c_str(), ToUtf8(title).c_str(), thread,
+                IsWindowVisible(window) ? " visible" : " hidden", IsWindowEnabled(window) ? "" : " disabled",
+                answers ? "" : ", no answer");
+    return TRUE;
+}
+
+/// What the process has on the screen, for whoever waits in vain: a window that answers is in some message
+/// loop (a disabled one below a modal box), one that does not is in a call that does not return.
+void PrintWindows(DWORD process) {
+    std::printf("waited in vain; the windows of the process, topmost first:\n");
+    EnumWindows(PrintIfOf, static_cast<LPARAM>(process));
+    std::fflush(stdout);
+}
+
 void SendKey(WORD key, DWORD flags) {
     INPUT input{};
     input.type = INPUT_KEYBOARD;
@@ -204,7 +228,8 @@ void Type(const std::wstring& text) {
 
 HWND WaitForWindow(const wchar_t* windowClass, const std::wstring& title, DWORD process) {
     HWND window = nullptr;
-    Eventually([&] { return (window = FindProcessWindow(windowClass, title, process)) != nullptr; });
+    if (!Eventually([&] { return (window = FindProcessWindow(windowClass, title, process)) != nullptr; }))
+        PrintWindows(process);
     return window;
 }
 
@@ -217,7 +242,9 @@ bool DialogIsOpen(const std::wstring& title) {
 }
 
 bool WaitUntilClosed(HWND dialog) {
-    return Eventually([&] { return !IsWindow(dialog); });
+    if (Eventually([&] { return !IsWindow(dialog); })) return true;
+    PrintWindows(GetCurrentProcessId());
+    return false;
 }
 
 std::wstring TextOf(HWND window) {
@@ -231,9 +258,12 @@ std::wstring TextOf(HWND window) {
 
 HWND WaitForMessage(DWORD process) {
     HWND box = nullptr;
-    Eventually([&] {
-        return (box = FindProcessWindow(kDialogClass, kProgramName, process, kTextOfMessageBox)) != nullptr;
-    });
+    if (!Eventually([&] {
+            return (box = FindProcessWindow(kDialogClass, kProgramName, process, kTextOfMessageBox)) !=
+                   nullptr;
+        })) {
+        PrintWindows(process);
+    }
     return box;
 }
 
@@ -340,6 +370,7 @@ int RunningProgram::Close() {
         if (window_ != nullptr) StartCommand(kCommandExit);
         if (!Eventually([&] { return ended_.load(); })) {
             std::printf("the program does not end\n");
+            PrintWindows(GetCurrentProcessId());
             TerminateProcess(GetCurrentProcess(), 71);
         }
         thread_.join();
