@@ -77,25 +77,6 @@ TEST(ConsoleOptions, SingleFilesAreSixInOrder) {
     EXPECT_EQ(Understood(arguments).output, L"out.png");
 }
 
-TEST(ConsoleOptions, EverySettingCanBeSetInItsForm) {
-    struct {
-        std::wstring operator()(std::int32_t AppState::*) const { return L"-3"; }
-        std::wstring operator()(float AppState::*) const { return L"0.25"; }
-        std::wstring operator()(bool AppState::*) const { return L"Y"; }
-        std::wstring operator()(std::wstring AppState::*) const { return L""; }
-        std::wstring operator()(Color8 AppState::*) const { return L"0,128,255"; }
-        std::wstring operator()(ScreenRect AppState::*) const { return L"1,-2,3,4"; }
-    } valueFor;
-    for (const Setting& setting : SettingsTable()) {
-        const std::wstring value = std::visit(valueFor, setting.field);
-        const ConvertOptions options =
-            Understood(Convert({L"--set", std::wstring(setting.key) + L"=" + value}));
-        ASSERT_EQ(options.settings.size(), 1u);
-        EXPECT_EQ(options.settings[0].first, &setting);
-        EXPECT_EQ(options.settings[0].second, value);
-    }
-}
-
 TEST(ConsoleOptions, WrongUsageIsRefusedWithItsReasonAndAHint) {
     const struct {
         Arguments arguments;

@@ -1,7 +1,6 @@
 // The fractal planet: its heights, and the panorama made of them.
 #include "generators/fractal_planet.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -10,18 +9,15 @@
 #include <tuple>
 
 #include "generators/cube_heights.h"
-#include "image/memory.h"
-#include "image/picture_files.h"
-#include "platform/parallel_rows.h"
 #include "projection/face_rows.h"
-#include "tests/generated_faces.h"
-#include "tests/temporary_folder.h"
+#include "tests/generator_checks.h"
 
 namespace skyvault {
 namespace {
 
-using test::FacesChecksum;
-using test::TestPanorama;
+using test::GeneratorPanorama;
+
+struct FractalPlanet : test::GeneratorTest {};
 
 /// A point on a side of a face, and the step that leads away from that side.
 struct SidePoint {
@@ -179,27 +175,10 @@ std::wstring GreyPalette(const test::TemporaryFolder& folder) {
     return path;
 }
 
-TEST(FractalPlanet, IsTheSameEverywhere) {
-    const test::TemporaryFolder folder;
+TEST_F(FractalPlanet, FacesMeetWithoutASeam) {
     const std::wstring palette = GreyPalette(folder);
-    const test::FixedSeed seed(1234);
-    for (const int threads : {1, 4, 0}) {
-        SetThreadCount(threads);
-        UseKernels(threads == 1 ? KernelSet::Baseline : KernelSet::Fastest);
-        TestPanorama t;
-        t.settings.resolution0 = 0;
-        EXPECT_TRUE(GenerateFractalPlanet(t.panorama, palette));
-        EXPECT_EQ(FacesChecksum(t.panorama), 1839886153u) << threads << " threads";
-    }
-}
-
-TEST(FractalPlanet, FacesMeetWithoutASeam) {
-    const test::TemporaryFolder folder;
-    const std::wstring palette = GreyPalette(folder);
-    const test::FixedSeed seed(8);
     for (const bool antialiasing : {false, true}) {
-        TestPanorama t;
-        t.settings.resolution0 = 0;
+        GeneratorPanorama t;
         t.settings.antialiasing = antialiasing;
         ASSERT_TRUE(GenerateFractalPlanet(t.panorama, palette));
         ASSERT_EQ(t.panorama.faceSize, 256u);
@@ -226,18 +205,14 @@ TEST(FractalPlanet, FacesMeetWithoutASeam) {
     }
 }
 
-TEST(FractalPlanet, ContrastReachesFurtherIntoThePalette) {
-    const test::TemporaryFolder folder;
+TEST_F(FractalPlanet, ContrastReachesFurtherIntoThePalette) {
     const std::wstring palette = GreyPalette(folder);
-    const test::FixedSeed seed(21);
     struct Row {
         float contrast;
         double leastAtEnds, mostAtEnds;  // share of pixels that are black or white
     };
     for (const Row& row : {Row{0.0f, 0.0, 0.005}, Row{0.5f, 0.01, 0.15}, Row{1.0f, 0.15, 0.45}}) {
-        TestPanorama t;
-        t.settings.resolution0 = 0;
-        t.settings.antialiasing = false;
+        GeneratorPanorama t;
         t.settings.fractalContrast = row.contrast;
         ASSERT_TRUE(GenerateFractalPlanet(t.panorama, palette));
         int black = 0, white = 0, dark = 0;
@@ -256,67 +231,19 @@ TEST(FractalPlanet, ContrastReachesFurtherIntoThePalette) {
     }
 }
 
-TEST(FractalPlanet, SettingsAreKeptWithin0And1) {
-    const test::TemporaryFolder folder;
+TEST_F(FractalPlanet, SettingsAreKeptWithin0And1) {
     const std::wstring palette = GreyPalette(folder);
-    const test::FixedSeed seed(2);
     const auto checksum = [&](float roughness, float contrast) {
-        TestPanorama t;
-        t.settings.resolution0 = 0;
-        t.settings.antialiasing = false;
+        GeneratorPanorama t;
         t.settings.fractalRoughness = roughness;
         t.settings.fractalContrast = contrast;
         EXPECT_TRUE(GenerateFractalPlanet(t.panorama, palette));
-        return FacesChecksum(t.panorama);
+        return test::Checksum(t.panorama);
     };
     constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
     EXPECT_EQ(checksum(-3.0f, -1.0f), checksum(0.0f, 0.0f));
     EXPECT_EQ(checksum(kNan, kNan), checksum(0.0f, 0.0f));
     EXPECT_EQ(checksum(7.0f, 1.5f), checksum(1.0f, 1.0f));
-}
-
-TEST(FractalPlanet, FailuresAreAsForTheOtherGenerators) {
-    const test::FixedSeed seed(1);
-    TestPanorama t;
-    t.settings.resolution0 = 0;
-    t.SetFaces(4, PixelFormat::Rgb8);
-    const std::uint32_t before = FacesChecksum(t.panorama);
-    t.feedback.active = true;
-
-    EXPECT_FALSE(GenerateFractalPlanet(t.panorama, L""));
-    EXPECT_TRUE(t.feedback.fractions.empty());
-
-    const std::wstring missing = L"no such folder/no such palette.png";
-    FailAllocationsAfter(0);
-    const bool made = GenerateFractalPlanet(t.panorama, missing);
-    FailAllocationsAfter(-1);
-    EXPECT_FALSE(made);
-    EXPECT_THAT(t.feedback.errors, testing::ElementsAre(L"Out of memory"));
-    EXPECT_EQ(FacesChecksum(t.panorama), before);
-
-    // No memory for the pictures: the heights get theirs.
-    FailAllocationsAfter(1);
-    EXPECT_TRUE(GenerateFractalPlanet(t.panorama, missing));
-    FailAllocationsAfter(-1);
-    EXPECT_TRUE(t.panorama.IsEmpty());
-
-    EXPECT_TRUE(GenerateFractalPlanet(t.panorama, missing));
-    for (const Image& face : t.panorama.faces) {
-        for (int i = 0; i < 256; ++i) ASSERT_EQ(face.GetPixel8(i, i), Color8(255, 0, 0, 255));
-    }
-    EXPECT_EQ(t.feedback.errors.size(), 1u);
-}
-
-TEST(FractalPlanet, ProgressRisesToItsEnd) {
-    const test::FixedSeed seed(1);
-    TestPanorama t;
-    t.settings.resolution0 = 0;
-    t.settings.antialiasing = false;
-    t.feedback.active = true;
-    ASSERT_TRUE(GenerateFractalPlanet(t.panorama, L"none.png"));
-    EXPECT_THAT(t.feedback.progressTexts, testing::Each(L"Generating fractal planet..."));
-    EXPECT_TRUE(std::is_sorted(t.feedback.fractions.begin(), t.feedback.fractions.end()));
-    EXPECT_EQ(t.feedback.fractions.back(), 1.0f);
 }
 
 }  // namespace

@@ -2,39 +2,25 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <functional>
 #include <limits>
 #include <vector>
 
 #include "image/pixel_convert.h"
-#include "image/random.h"
 #include "platform/debug_line.h"
+#include "tests/test_panorama.h"
 
 namespace skyvault {
 namespace {
 
 using enum PixelFormat;
-
-constexpr PixelFormat kAll[] = {Grey8, Grey16, GreyHalf, Rgb8, Rgb16, RgbHalf, Rgba8, Rgba16, RgbaHalf};
-
-// A picture of noise, so that no two pixels are alike by design.
-Image Noise(std::uint32_t width, std::uint32_t height, PixelFormat format) {
-    Image image(width, height, format);
-    SetRandomState(width * 1000 + height);
-    for (std::size_t i = 0; i < image.ByteCount(); ++i)
-        image.pixels[i] = static_cast<std::byte>(RandomInt(256));
-    return image;
-}
+using test::AllFormats;
+using test::RandomImage;
+using test::SameBytes;
 
 std::vector<std::byte> PixelOf(const Image& image, std::int32_t x, std::int32_t y) {
     const std::byte* const p = image.PixelAddress(x, y);
     return {p, p + BytesPerPixel(image.format)};
-}
-
-bool SamePixels(const Image& a, const Image& b) {
-    return a.width == b.width && a.height == b.height && a.format == b.format &&
-           std::memcmp(a.pixels.get(), b.pixels.get(), a.ByteCount()) == 0;
 }
 
 // Every pixel of `image` is the one of `before` at the place the function names.
@@ -70,7 +56,7 @@ TEST(Image, ConstructionFailsByResult) {
 }
 
 TEST(Image, OnlyTheTwoEightBitColourFormatsHaveTheirStrideChecked) {
-    for (const PixelFormat format : kAll) {
+    for (const PixelFormat format : AllFormats()) {
         Image image(4, 4, format);
         image.stride -= 1;
         const bool caught = format == Rgb8 || format == Rgba8;
@@ -81,7 +67,7 @@ TEST(Image, OnlyTheTwoEightBitColourFormatsHaveTheirStrideChecked) {
 TEST(Image, PixelsWrapAroundEveryEdge) {
     constexpr std::int32_t kLeast = std::numeric_limits<std::int32_t>::min();
     constexpr std::int32_t kMost = std::numeric_limits<std::int32_t>::max();
-    Image image = Noise(3, 2, Rgb8);
+    Image image = RandomImage(3, 2, Rgb8);
     const struct {
         std::int32_t x, y, wrappedX, wrappedY;
     } rows[] = {{-1, 0, 2, 0}, {0, 2, 0, 0},  {3, -1, 0, 1},         {-9, 1, 0, 1},
@@ -127,9 +113,9 @@ TEST(Image, FillWritesEveryPixelOfEveryFormat) {
     PixelValue value;
     value.format = Rgba16;
     value.color16 = {0x1234, 0x5678, 0x9abc, 0xdef0};
-    for (const PixelFormat format : kAll) {
+    for (const PixelFormat format : AllFormats()) {
         for (const std::uint32_t width : {1u, 2u, 3u, 257u}) {
-            Image image = Noise(width, 3, format), expected(1, 1, format);
+            Image image = RandomImage(width, 3, format), expected(1, 1, format);
             image.Fill(value);
             expected.SetPixel(0, 0, value);
             ExpectMoved(image, expected, [](int, int) { return std::pair{0, 0}; });
@@ -146,8 +132,8 @@ TEST(Image, CopiesAreTheClampedRectangle) {
         {{9, 9, 12, 12}, 4, 3, 1, 1}, {{-9, 0, -3, 0}, 0, 0, 1, 1},     {{3, 0, 1, 3}, 0, 0, 0, 0},
         {{0, 3, 4, 2}, 0, 0, 0, 0},
     };
-    for (const PixelFormat format : kAll) {
-        Image image = Noise(5, 4, format);
+    for (const PixelFormat format : AllFormats()) {
+        Image image = RandomImage(5, 4, format);
         image.topDown = 0;
         image.frameCount = 7;
         image.frameDelay = 40;
@@ -166,37 +152,37 @@ TEST(Image, CopiesAreTheClampedRectangle) {
                 return std::pair{x + static_cast<int>(row.left), y + static_cast<int>(row.top)};
             });
         }
-        EXPECT_TRUE(SamePixels(image.CopyRect(), image));
+        EXPECT_TRUE(SameBytes(image.CopyRect(), image));
     }
     FailAllocationsAfter(1);
     const DebugLineCapture quiet;
-    const Image image = Noise(5, 4, Rgb8);
+    const Image image = RandomImage(5, 4, Rgb8);
     EXPECT_EQ(image.CopyRect().width, 0u);
     FailAllocationsAfter(-1);
 }
 
 TEST(Image, FlipAndHalfTurnMoveEveryPixel) {
-    for (const PixelFormat format : kAll) {
+    for (const PixelFormat format : AllFormats()) {
         for (const auto& [width, height] :
              {std::pair{1, 1}, {3, 1}, {1, 3}, {2, 2}, {3, 3}, {4, 5}, {5, 4}, {7, 2}}) {
             SCOPED_TRACE(testing::Message() << static_cast<int>(format) << ": " << width << " x " << height);
             const int right = width - 1, bottom = height - 1;
             const Image before =
-                Noise(static_cast<std::uint32_t>(width), static_cast<std::uint32_t>(height), format);
+                RandomImage(static_cast<std::uint32_t>(width), static_cast<std::uint32_t>(height), format);
             Image image = before.CopyRect();
             EXPECT_TRUE(image.FlipVertical());
             EXPECT_EQ(image.topDown, 0);
             ExpectMoved(image, before, [&](int x, int y) { return std::pair{x, bottom - y}; });
             EXPECT_TRUE(image.FlipVertical());
             EXPECT_EQ(image.topDown, 1);
-            EXPECT_TRUE(SamePixels(image, before));
+            EXPECT_TRUE(SameBytes(image, before));
 
             image.Rotate180();
             ExpectMoved(image, before, [&](int x, int y) { return std::pair{right - x, bottom - y}; });
         }
     }
     const DebugLineCapture quiet;
-    Image image = Noise(2, 2, Rgb8);
+    Image image = RandomImage(2, 2, Rgb8);
     FailAllocationsAfter(0);
     EXPECT_FALSE(image.FlipVertical());
     FailAllocationsAfter(-1);
@@ -205,13 +191,13 @@ TEST(Image, FlipAndHalfTurnMoveEveryPixel) {
 }
 
 TEST(Image, RedAndBlueAreExchangedWhereThereAreBoth) {
-    for (const PixelFormat format : kAll) {
-        const Image before = Noise(5, 3, format);
+    for (const PixelFormat format : AllFormats()) {
+        const Image before = RandomImage(5, 3, format);
         Image image = before.CopyRect();
         image.SwapRedAndBlue();
         const PixelValue old = before.GetPixel(4, 2), now = image.GetPixel(4, 2);
         if (format == Grey8 || format == Grey16 || format == GreyHalf) {
-            EXPECT_TRUE(SamePixels(image, before));
+            EXPECT_TRUE(SameBytes(image, before));
         } else if (ChannelType(format) == ChannelKind::Int8) {
             EXPECT_EQ(now.color8,
                       Color8(old.color8.blue, old.color8.green, old.color8.red, old.color8.alpha));
@@ -315,26 +301,16 @@ TEST(Image, FlattenedWidePixelsFollowTheirOwnScales) {
 }
 
 TEST(Image, FlatteningAnOpaquePictureChangesNothing) {
-    Image image = Noise(9, 9, Rgba8);
+    Image image = RandomImage(9, 9, Rgba8);
     for (std::int32_t i = 0; i < 81; ++i) image.PixelAddress(i % 9, i / 9)[3] = std::byte{255};
     const Image before = image.CopyRect();
     image.FlattenAlpha(Color8(1, 2, 3, 255));
-    EXPECT_TRUE(SamePixels(image, before));
+    EXPECT_TRUE(SameBytes(image, before));
 
     Image nearly(2, 1, Rgba16);
     nearly.Fill(Value16(10, 20, 30, 0xff00));
     nearly.FlattenAlpha(kOpaqueWhite);
     EXPECT_EQ(nearly.GetPixel16(1, 0), (Color16{10, 20, 30, 0xff00}));
-}
-
-TEST(Image, ClearingGivesTheEmptyPicture) {
-    Image image = Noise(3, 3, Rgb8);
-    image.frameCount = 9;
-    image.Clear();
-    EXPECT_EQ(image.width, 0u);
-    EXPECT_EQ(image.format, None);
-    EXPECT_EQ(image.pixels, nullptr);
-    EXPECT_EQ(image.frameCount, 1u);
 }
 
 }  // namespace

@@ -214,6 +214,8 @@ bool IsSuccess(const std::wstring& text) {
 
 TEST_F(OutOfMemory, TheWindowSaysSoAndGoesOn) {
     for (const Way& way : kWays) {
+        // Slow ones that add nothing here: generators are all imported alike.
+        if (way.from >= Voronoi && way.from != Blobs) continue;
         AppState settings = settings_;
         Conversion conversion{FindLayout(way.from), Sources(way.from), FindLayout(way.to), {}, {}, {}};
         if (way.prepare) way.prepare(conversion, settings);

@@ -1,27 +1,18 @@
 // The polyhedra: what a viewer inside sees of their faces, pictures and borders.
 #include "generators/polyhedra.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <limits>
-#include <map>
 #include <set>
 
 #include "generators/polyhedron_faces.h"
-#include "image/memory.h"
-#include "image/picture_files.h"
-#include "platform/parallel_rows.h"
 #include "projection/face_rows.h"
-#include "tests/generated_faces.h"
-#include "tests/temporary_folder.h"
+#include "tests/generator_checks.h"
 
 namespace skyvault {
 namespace {
-
-using test::FacesChecksum;
-using test::TestPanorama;
 
 struct Solid {
     PanoramaFormat format;
@@ -76,12 +67,8 @@ std::wstring Quarters(const test::TemporaryFolder& folder, std::uint32_t width =
 }
 
 /// A panorama of 6 × 256² pixels, not antialiased, with pictures that fill a face's square.
-struct SmallPanorama : TestPanorama {
-    SmallPanorama() {
-        settings.resolution0 = 0;
-        settings.antialiasing = false;
-        settings.polyhedraTextureScale = kInscribed;
-    }
+struct SmallPanorama : test::GeneratorPanorama {
+    SmallPanorama() { settings.polyhedraTextureScale = kInscribed; }
     Color8 Along(const Direction& d) const { return SampleCubeFaces(panorama.faces, d).color8; }
 };
 
@@ -213,12 +200,6 @@ TEST(Polyhedra, PicturesAreAsLargeAsAskedAndRepeat) {
                 << row.width << " x " << row.height << " " << row.scale;
         }
     }
-    // No size at all is a size too: whatever a settings file says, something is drawn.
-    for (const float scale : {0.0f, -1.0f, 1e30f, std::numeric_limits<float>::quiet_NaN()}) {
-        SmallPanorama t;
-        t.settings.polyhedraTextureScale = scale;
-        EXPECT_TRUE(GeneratePolyhedron(t.panorama, Quarters(folder), PanoramaFormat::Football)) << scale;
-    }
 }
 
 TEST(Polyhedra, ABorderIsAsWideAsAskedOnEveryFace) {
@@ -306,12 +287,6 @@ TEST(Polyhedra, FacesShowTheFramesInTurn) {
         EXPECT_EQ(first, row.first) << row.faces << " faces, " << row.frames << " frames";
         EXPECT_EQ(rest, row.rest) << row.faces << " faces, " << row.frames << " frames";
     }
-    // More frames than the texture has pixels, and fewer than one.
-    for (const int frames : {1000000, 0, -5}) {
-        SmallPanorama t;
-        t.settings.polyhedraFrames = frames;
-        EXPECT_TRUE(GeneratePolyhedron(t.panorama, Filmstrip(folder, 2), PanoramaFormat::Football)) << frames;
-    }
 }
 
 TEST(Polyhedra, TransparentPlacesShowTheBackground) {
@@ -333,51 +308,6 @@ TEST(Polyhedra, TransparentPlacesShowTheBackground) {
             EXPECT_EQ(front.GetPixel8(20, 9), Color8(1, 2, 3, 255));
         }
     }
-}
-
-TEST(Polyhedra, FailuresAreAsForTheOtherGenerators) {
-    const test::TemporaryFolder folder;
-    TestPanorama t;
-    t.settings.resolution0 = 0;
-    t.SetFaces(4, PixelFormat::Rgb8);
-    const std::uint32_t before = FacesChecksum(t.panorama);
-    t.feedback.active = true;
-    EXPECT_FALSE(GeneratePolyhedron(t.panorama, L"", PanoramaFormat::Octahedron));
-    EXPECT_TRUE(t.feedback.fractions.empty());
-    EXPECT_EQ(FacesChecksum(t.panorama), before);
-
-    ASSERT_TRUE(GeneratePolyhedron(t.panorama, L"no such texture.png", PanoramaFormat::Octahedron));
-    for (const Image& face : t.panorama.faces) {
-        for (int i = 0; i < 256; ++i) ASSERT_EQ(face.GetPixel8(i, 255 - i), Color8(255, 0, 0, 255));
-    }
-    EXPECT_TRUE(t.feedback.errors.empty());
-    EXPECT_EQ(t.feedback.progressTexts.front(), L"Generating");
-}
-
-TEST(Polyhedra, AreTheSameEverywhere) {
-    const test::TemporaryFolder folder;
-    const std::wstring texture = Quarters(folder, 30, 17);
-    const std::map<PanoramaFormat, std::uint32_t> expected = {
-        {PanoramaFormat::Tetrahedron, 2244944029u}, {PanoramaFormat::Hexahedron, 1636976613u},
-        {PanoramaFormat::Octahedron, 408878469u},   {PanoramaFormat::Dodecahedron, 237893917u},
-        {PanoramaFormat::Icosahedron, 535328229u},  {PanoramaFormat::Football, 1053606117u},
-    };
-    for (const Solid& solid : kSolids) {
-        for (const int threads : {1, 4}) {
-            SetThreadCount(threads);
-            UseKernels(threads == 1 ? KernelSet::Baseline : KernelSet::Fastest);
-            TestPanorama t;
-            t.settings.resolution0 = 0;
-            t.settings.antialiasing = false;
-            t.settings.polyhedraBorder = 0.1f;
-            t.settings.polyhedraTextureScale = 0.4f;
-            t.settings.polyhedraFrames = 2;
-            EXPECT_TRUE(GeneratePolyhedron(t.panorama, texture, solid.format));
-            EXPECT_EQ(FacesChecksum(t.panorama), expected.at(solid.format))
-                << solid.name << ", " << threads << " threads";
-        }
-    }
-    SetThreadCount(0);
 }
 
 }  // namespace

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <vector>
 
 #include "tests/generator_checks.h"
@@ -116,36 +115,6 @@ TEST_F(RectanglesTest, TheFirstRectangleOnTheRayGivesTheColour) {
         EXPECT_EQ(wrong, 0) << row.setting << " rectangles, size " << row.power;
         EXPECT_LT(unsure, kAllPixels / 1000);
     }
-}
-
-TEST_F(RectanglesTest, TheSameOnEveryPlatform) {
-    GeneratorPanorama t;
-    t.settings.antialiasing = true;
-    t.settings.backgroundColour = Color8(200, 210, 220, 255);
-    const std::wstring path = Palette(64, 40, PixelFormat::Rgba8);
-    test::ExpectTheSameEverywhere(t.settings, 16426651352553609826u, L"Generating rectangles...",
-                                  [&](Panorama& p) { return GenerateRectangles(p, path); });
-}
-
-TEST_F(RectanglesTest, PalettesMissingAndNotNamed) {
-    GeneratorPanorama t;
-    t.settings.blobsForceFields = 3;
-    ASSERT_TRUE(GenerateRectangles(t.panorama, MissingPalette()));
-    const int black = test::CountPixels(t.panorama, Color8(0, 0, 0, 255));
-    EXPECT_GT(black, 0);
-    EXPECT_EQ(black + test::CountPixels(t.panorama, kOpaqueWhite), kAllPixels);
-
-    SetRandomState(77);
-    GeneratorPanorama untouched;
-    EXPECT_FALSE(GenerateRectangles(untouched.panorama, L""));
-    EXPECT_EQ(RandomState(), 77u);
-    FailAllocationsAfter(0);
-    EXPECT_FALSE(GenerateRectangles(untouched.panorama, MissingPalette()));
-    FailAllocationsAfter(-1);
-    EXPECT_TRUE(untouched.panorama.IsEmpty());
-    untouched.settings.blobsPower = std::numeric_limits<float>::quiet_NaN();
-    EXPECT_TRUE(GenerateRectangles(untouched.panorama, MissingPalette()))
-        << "no number is no size, but no crash";
 }
 
 }  // namespace

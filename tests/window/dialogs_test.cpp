@@ -94,17 +94,6 @@ TEST(ProgressBox, ShowsWholePercentsAndTexts) {
     EXPECT_FALSE(box.IsOpen());
 }
 
-TEST(FileDialogs, EveryCodecKindCanBeOpened) {
-    std::vector<std::wstring> extensions;
-    InBackground([&] { extensions = ReadableExtensions(); }).Join();
-    for (const std::wstring& extension : extensions) {
-        EXPECT_TRUE(IsWellFormedPatternList(L"*." + extension + L";")) << extension;
-    }
-    for (const wchar_t* kind : {L"JPG", L"JPEG", L"PNG", L"TIF", L"GIF", L"BMP"}) {
-        EXPECT_EQ(std::count(extensions.begin(), extensions.end(), kind), 1) << kind;
-    }
-}
-
 TEST(FileDialogs, EachKindAsksAndGivesItsExtension) {
     const TemporaryFolder folder;
     folder.Write(L"there.png", "x");

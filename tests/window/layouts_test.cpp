@@ -179,20 +179,5 @@ TEST_F(LayoutWindow, WhatEveryLayoutWritesItReadsBack) {
     }
 }
 
-TEST_F(LayoutWindow, UnreadablePicturesAreReported) {
-    folder_.Write(L"broken.png", "no picture at all");
-    const RunningProgram program;
-    ASSERT_NE(program.Window(), nullptr);
-    const LayoutRow& cross = *FindLayout(PanoramaFormat::HorizontalCross);
-    program.StartCommand(cross.importCommand);
-    const HWND open = WaitForDialog(cross.importTitle);
-    ASSERT_NE(open, nullptr);
-    ASSERT_TRUE(AnswerFileDialog(open, folder_ / L"broken.png"));
-    const HWND box = WaitForMessage();
-    ASSERT_NE(box, nullptr);
-    EXPECT_EQ(MessageText(box), L"Could not open \"" + (folder_ / L"broken.png") + L"\"");
-    EXPECT_TRUE(PressButton(box, IDOK));
-}
-
 }  // namespace
 }  // namespace skyvault::test

@@ -239,23 +239,6 @@ TEST_F(Program, ExportsThroughTheSaveDialogInEveryKind) {
     EXPECT_EQ(ReadSettings().filterIndex, 4);
 }
 
-TEST_F(Program, CancelledDialogsChangeNothing) {
-    PutSettings(&settings_);
-    RunningProgram program;
-    ASSERT_NE(program.Window(), nullptr);
-    ASSERT_TRUE(ImportPlace(program));
-    for (const auto& [command, title] :
-         {std::pair{kImport, L"Select equirectangular"}, {kExport, L"Export Panorama"}}) {
-        program.StartCommand(command);
-        const HWND dialog = WaitForDialog(title);
-        ASSERT_NE(dialog, nullptr) << title;
-        EXPECT_TRUE(PressButton(dialog, IDCANCEL));
-        EXPECT_TRUE(Shows(program, kMiddleX, kMiddleY, {1800, 900})) << title;
-        EXPECT_EQ(program.Title(), kTitle);
-    }
-    EXPECT_EQ(folder_.FileCount(), 1u);
-}
-
 TEST_F(Program, UnreadablePictureIsReportedByItsPath) {
     folder_.Write(L"broken.png", "no picture at all");
     PutSettings(&settings_);

@@ -177,42 +177,6 @@ TEST_F(RealInput, StepKeysTurnBendAndSizeByTheHeldModifier) {
     EXPECT_TRUE(shows(kFront, {1800, 900}));
 }
 
-TEST_F(RealInput, ThePreviewIsDraggedAndZoomedByTheMouse) {
-    settings_.view = static_cast<std::int32_t>(PanoramaFormat::Preview);
-    PutSettings(&settings_);
-    RunningProgram program;
-    ASSERT_NE(program.Window(), nullptr);
-    ASSERT_TRUE(ImportPlace(program));
-    const auto shows = [&](POINT at, const Place& place) { return Shows(program, at, place); };
-    const auto point = [&](int x, int y) {
-        POINT at{x, y};
-        ClientToScreen(program.Window(), &at);
-        SetCursorPos(at.x, at.y);
-        Sleep(50);
-    };
-    const auto mouse = [](DWORD flags, int wheel = 0) {
-        INPUT input{};
-        input.type = INPUT_MOUSE;
-        input.mi.dwFlags = flags;
-        input.mi.mouseData = static_cast<DWORD>(wheel);
-        SendInput(1, &input, sizeof input);
-    };
-    ASSERT_TRUE(shows({500, 350}, {1800, 900}));
-    point(400, 300);
-    mouse(MOUSEEVENTF_LEFTDOWN);
-    for (int x = 401; x <= 420; ++x) point(x, 300);
-    EXPECT_TRUE(shows({500, 350}, {1800 - 57, 900}));
-    point(-30, 300);  // the hand may leave the window
-    EXPECT_TRUE(shows({500, 350}, {1800 + 1232, 900}));
-    point(400, 300);
-    mouse(MOUSEEVENTF_LEFTUP);
-    EXPECT_TRUE(shows({500, 350}, {1800, 900}));
-    point(450, 350);
-    mouse(MOUSEEVENTF_WHEEL, WHEEL_DELTA);
-    EXPECT_TRUE(shows({750, 350}, {1800 + 500, 900}));
-    EXPECT_TRUE(shows({500, 350}, {1800, 900}));
-}
-
 /// The real program, ended when this goes.
 class ProgramProcess {
   public:
