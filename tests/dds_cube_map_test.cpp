@@ -553,10 +553,15 @@ TEST(DdsExport, NothingIsWrittenOfAnIncompletePanorama) {
         EXPECT_TRUE(fails(missing, folder / L"a.dds")) << f;
         EXPECT_TRUE(missing.feedback.information.empty() && missing.feedback.errors.empty());
     }
-    FailAllocationsAfter(3);
-    EXPECT_TRUE(fails(whole, folder / L"a.dds"));
-    FailAllocationsAfter(-1);
-    EXPECT_EQ(whole.feedback.errors, std::vector<std::wstring>{L"Out of memory"});
+    int told = 0;
+    for (int allocations = 0; allocations < 5; ++allocations) {
+        whole.feedback.errors.clear();
+        FailAllocationsAfter(allocations);
+        EXPECT_TRUE(fails(whole, folder / L"a.dds")) << allocations;
+        FailAllocationsAfter(-1);
+        told += whole.feedback.errors == std::vector<std::wstring>{L"Out of memory"};
+    }
+    EXPECT_GT(told, 0) << "a face that cannot be made is told";
 }
 
 }  // namespace

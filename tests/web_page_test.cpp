@@ -130,6 +130,12 @@ TEST(WebPage, WhatIsMissingBesideTheProgramIsLeftOut) {
     const std::wstring program(FileNamePart(test::ConsoleProgramPath()));
     const std::string original = ToUtf8(test::ConsoleProgramPath());
     std::filesystem::copy_file(std::u8string(original.begin(), original.end()), folder.SystemPath(program));
+    // On Linux, with the module it reads PNG with.
+    const auto module = std::filesystem::path(std::u8string(original.begin(), original.end()))
+                            .replace_filename("skyvault-oiio.so");
+    if (std::filesystem::exists(module)) {
+        std::filesystem::copy_file(module, folder.SystemPath(L"skyvault-oiio.so"));
+    }
     ASSERT_TRUE(CreateFolder(folder / L"Media/www"));
     folder.Write(L"Media/www/skyvault.html", "no picture [url]");
     folder.Write(L"Media/www/skyvault.css", "");
