@@ -77,13 +77,13 @@ TEST_F(Speed, ConversionsCostLittleMoreThanFetchingTheirPixels) {
         const auto toFaces = bench::EquirectangularToFacesTable(kWidth, modifications);
         const Image& source = equirect_.panorama.equirectSource;
         ExpectRatioBelow(
-            2.4, [&] { BuildFaces(); }, [&] { bench::FetchByTable(source, toFaces, fetched); },
+            3.5, [&] { BuildFaces(); }, [&] { bench::FetchByTable(source, toFaces, fetched); },
             turned ? "to faces, turned" : "to faces");
 
         Image below(kFace, kFaceCount * kFace, PixelFormat::Rgb8);
         const auto fromFaces = bench::EquirectangularTable(kWidth, modifications, true);
         ExpectRatioBelow(
-            2.4, [&] { Render(faces_.panorama, kWidth, false); },
+            3.5, [&] { Render(faces_.panorama, kWidth, false); },
             [&] { bench::FetchByTable(below, fromFaces, fetched); },
             turned ? "from faces, turned" : "from faces");
     }
