@@ -102,7 +102,11 @@ void ViewSampler::Find(DirectionBlock& directions, int count, Lookup& lookup) co
 }
 
 bool ViewSampler::FindQuickly(const DirectionBlock& directions, int count, Lookup& lookup) const {
-    if (estimate_ == Estimate::None || lookup.blocksWithoutEstimate-- > 0) return false;
+    if (estimate_ == Estimate::None) return false;
+    if (lookup.blocksWithoutEstimate > 0) {
+        --lookup.blocksWithoutEstimate;
+        return false;
+    }
     const Modifications& m = panorama_.modifications;
     if (m.logoSize != 0.0f && !m.mirrorTopToBottom && Estimates().nearNadir(directions, count, m.logoSize))
         return false;
@@ -123,13 +127,11 @@ bool ViewSampler::FindQuickly(const DirectionBlock& directions, int count, Looku
     } else {
         Estimates().faces(*from, count, facesInMemory_, estimateTurn_, lookup.addresses, doubtful);
     }
-    // Near the poles, and where the output's pixels fall right between the source's: that goes on for a
-    // while.
+    // Near the poles, and where the output's pixels fall right between the source's. It goes on for a while.
     if (doubtful.count > count / 8) {
         lookup.blocksWithoutEstimate = 15;
         return false;
     }
-    lookup.blocksWithoutEstimate = 0;
     for (int i = 0; i < doubtful.count; ++i) {
         const std::size_t lane = doubtful.lanes[i];
         lookup.directions.x[i] = directions.x[lane];

@@ -5,8 +5,8 @@
 //
 //   normalise, flips and mirrors -> logo disc -> horizon curve -> orientation -> source pixel -> fetch
 //
-// Where neither the logo nor a curved horizon is in the way, estimates (estimate_kernels.h) find most pixels,
-// and only the doubtful ones go through the passes.
+// Where the logo is not in the way, estimates (estimate_kernels.h) find most pixels, and only the doubtful
+// ones go through all passes.
 #pragma once
 
 #include <array>
