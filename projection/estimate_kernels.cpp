@@ -176,7 +176,7 @@ static void FindInEquirect(const DirectionBlock& block, int n, const EquirectGri
         const float columnRoom =
             MultiplyAdd(columnReach - columnOff, acrosses[i], -columnMargin * std::fabs(source.y[i]));
         // NaN leaves no room.
-        flags[i] = (columnRoom > 0.0f) & (rowReach > rowOff) ? 0 : 1;
+        flags[i] = ((columnRoom > 0.0f) & (rowReach > rowOff)) ? 0 : 1;
         // One past the last is the first again.
         const std::uint32_t c = static_cast<std::uint32_t>(column), r = static_cast<std::uint32_t>(row);
         const std::uint32_t wrappedColumn = c == grid.width ? 0 : c, wrappedRow = r == grid.height ? 0 : r;
@@ -227,7 +227,7 @@ static void FindInFaces(const DirectionBlock& block, int n, const FacesInMemory&
         const float columnOff = std::fabs(columnPosition - static_cast<float>(column) - 0.5f);
         const float rowOff = std::fabs(rowPosition - static_cast<float>(row) - 0.5f);
         // NaN leaves no room.
-        flags[i] = (columnOff < reach) & (rowOff < reach) & (rooms[i] > 0.0f) ? 0 : 1;
+        flags[i] = ((columnOff < reach) & (rowOff < reach) & (rooms[i] > 0.0f)) ? 0 : 1;
         const std::uint32_t offset = static_cast<std::uint32_t>(row) * faces.grid.stride +
                                      static_cast<std::uint32_t>(column) * faces.grid.bytesPerPixel;
         addresses[i] = faces.origin + ((bases[i] - face) + offset);
