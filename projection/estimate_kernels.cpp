@@ -63,6 +63,12 @@ SKYVAULT_INLINE float TimesSign(float value, float sign) {
     return SignChanged(value, bits);
 }
 
+/// Fractions cut off a position of 0 .. most; at the limits what lies beyond, and 0 for NaN.
+SKYVAULT_INLINE std::int32_t WholePart(float position, float most) {
+    const float atLeast0 = position > 0.0f ? position : 0.0f;
+    return static_cast<std::int32_t>(atLeast0 < most ? atLeast0 : most);
+}
+
 /// value with the sign bit cleared where the mask has it clear.
 SKYVAULT_INLINE float Masked(float value, std::uint32_t mask) {
     std::uint32_t bits;
@@ -169,8 +175,8 @@ static void FindInEquirect(const DirectionBlock& block, int n, const EquirectGri
     alignas(64) std::uint32_t flags[kBlockSize];
     const float columnReach = 0.5f - columnMargin, rowReach = 0.5f - rowMargin;
     for (int i = 0; i < n; ++i) {
-        const std::int32_t column = static_cast<std::int32_t>(columns[i]);
-        const std::int32_t row = static_cast<std::int32_t>(rows[i]);
+        const std::int32_t column = WholePart(columns[i], width + 1.0f);
+        const std::int32_t row = WholePart(rows[i], height + 1.0f);
         const float columnOff = std::fabs(columns[i] - static_cast<float>(column) - 0.5f);
         const float rowOff = std::fabs(rows[i] - static_cast<float>(row) - 0.5f);
         const float columnRoom =
@@ -222,8 +228,8 @@ static void FindInFaces(const DirectionBlock& block, int n, const FacesInMemory&
         const float reciprocal = h / axis;
         const float columnPosition = MultiplyAdd(alongColumns, SignChanged(reciprocal, face << 31), h);
         const float rowPosition = MultiplyAdd(alongRows, SignChanged(reciprocal, face - 2), h);
-        const std::int32_t column = static_cast<std::int32_t>(columnPosition);
-        const std::int32_t row = static_cast<std::int32_t>(rowPosition);
+        const std::int32_t column = WholePart(columnPosition, size);
+        const std::int32_t row = WholePart(rowPosition, size);
         const float columnOff = std::fabs(columnPosition - static_cast<float>(column) - 0.5f);
         const float rowOff = std::fabs(rowPosition - static_cast<float>(row) - 0.5f);
         // NaN leaves no room.

@@ -110,11 +110,12 @@ static bool PlaceRareDirections(const float* x, const float* y, const float* z, 
     return missing;
 }
 
-/// Pixels nearest to positions of 0 .. size along a circle of pixels. NaN gives any number.
+/// Pixels nearest to positions of 0 .. size along a circle of pixels; 0 for NaN.
 static void RoundAround(const float* SKYVAULT_RESTRICT positions, int n, std::uint32_t size,
                         std::uint32_t* SKYVAULT_RESTRICT pixels) {
     for (int i = 0; i < n; ++i) {
-        const std::uint32_t pixel = static_cast<std::uint32_t>(RoundPositive(positions[i]));
+        const float position = positions[i] > 0.0f ? positions[i] : 0.0f;
+        const std::uint32_t pixel = static_cast<std::uint32_t>(RoundPositive(position));
         const std::uint32_t wrapped = pixel - size;  // huge but for pixel ≥ size
         pixels[i] = wrapped < pixel ? wrapped : pixel;
     }

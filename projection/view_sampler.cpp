@@ -82,7 +82,8 @@ void ViewSampler::PrepareEstimates() {
     }
     constexpr std::uint64_t kReach = std::uint64_t{1} << 32;
     if (equirect_.width > 0) {
-        if (std::uint64_t{equirect_.stride} * equirect_.height <= kReach) estimate_ = Estimate::Equirect;
+        const bool near = std::uint64_t{equirect_.stride} * equirect_.height <= kReach;
+        if (near && equirect_.width < kReach / 4) estimate_ = Estimate::Equirect;
         return;
     }
     const std::uint64_t faceBytes = std::uint64_t{cube_.stride} * cube_.size;
