@@ -25,7 +25,13 @@ void* FindEntry(void* module) {
 
 Library Load() {
     Library library;
-    const std::wstring path = JoinPath(ProgramFolder(), L"skyvault-oiio.so");
+    const std::wstring folder = ProgramFolder();
+    if (folder.empty()) {
+        // A bare name would be looked for in the system's folders.
+        library.trouble = L"The picture library could not be loaded: the program's folder is not known";
+        return library;
+    }
+    const std::wstring path = JoinPath(folder, L"skyvault-oiio.so");
     // Never unloaded: its libraries keep threads and destructors.
     const std::string name = ToUtf8(path);
     void* const entry = FindEntry(dlopen(name.c_str(), RTLD_LAZY | RTLD_LOCAL));

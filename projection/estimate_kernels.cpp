@@ -165,7 +165,8 @@ static void FindInEquirect(const DirectionBlock& block, int n, const EquirectGri
     for (int i = 0; i < n; ++i) {
         const float back = source.x[i] < 0.0f ? left : right;
         const float from = source.z[i] < 0.0f ? back : middle;
-        columns[i] = from + TimesSign(EstimateAtan(arounds[i], aroundPolynomial), source.z[i]);
+        // Adding 0 makes +0 of −0, which is no further back.
+        columns[i] = from + TimesSign(EstimateAtan(arounds[i], aroundPolynomial), source.z[i] + 0.0f);
     }
     for (int i = 0; i < n; ++i) {
         const float up = EstimateAtan(ups[i], upPolynomial);

@@ -22,7 +22,7 @@ void MoveOlderSettings(const std::wstring& programFolder, const std::wstring& pa
 /// could be read. A window rectangle in the file is fitted to the virtual screen.
 void LoadSettings(AppState& state, const std::wstring& path, const ScreenRect& virtualScreen);
 
-/// The same from a file that is open already.
+/// The same from a file that is open already; settingsLoaded stays as it is.
 void ReadSettings(AppState& state, TextFileReader& file, const ScreenRect& virtualScreen);
 
 /// What SaveSettings writes.

@@ -14,7 +14,7 @@ namespace {
 constexpr std::uint64_t kOrigin = 4096;
 
 /// Directions where rounding matters: all around, near the zenith and nadir, on faces, along the horizon,
-/// beside the seam and beside the edges between faces.
+/// beside the seam, beside the edges between faces, and in planes of two axes, where a zero has a sign.
 DirectionBlock Directions(int kind, std::mt19937& random) {
     std::normal_distribution<float> normal;
     std::uniform_real_distribution<float> face(-1.0f, 1.0f);
@@ -28,11 +28,13 @@ DirectionBlock Directions(int kind, std::mt19937& random) {
         if (kind == 5) y *= 0.01f;
         if (kind == 6) x *= 1e-4f;
         if (kind == 7) z = x * (1.0f + 1e-5f * face(random));
+        if (kind == 8) x = i % 2 == 0 ? x : -0.0f, z = i % 2 == 0 ? -0.0f : z;
+        if (kind == 9) y = i % 2 == 0 ? 0.0f : -0.0f;
         block.x[i] = x, block.y[i] = y, block.z[i] = z;
     }
     return block;
 }
-constexpr int kKinds = 8;
+constexpr int kKinds = 10;
 
 /// Lanes whose pixel is said to be certain and is another; adds up the doubtful ones.
 int CountWrong(const DirectionBlock& raw, const Modifications& modifications, std::uint32_t width, bool faces,
