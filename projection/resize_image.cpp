@@ -129,7 +129,7 @@ void HalveRowRgb8(const std::byte* upper, const std::byte* lower, std::uint32_t 
     constexpr std::uint64_t kEven = 0x00ff00ff00ff00ff;
     static_assert(std::endian::native == std::endian::little && kReadableBehind >= 2);
     for (std::uint32_t x = 0; x < width; ++x) {
-        std::uint64_t a, b;
+        std::uint64_t a = 0, b = 0;
         std::memcpy(&a, upper + std::size_t{x} * 6, sizeof a);
         std::memcpy(&b, lower + std::size_t{x} * 6, sizeof b);
         const std::uint64_t even = (a & kEven) + (b & kEven);

@@ -104,9 +104,9 @@ class DoubtfulPixels {
   private:
     const ViewSampler& sampler_;
     int count_ = 0;
-    DirectionBlock directions_;
-    std::byte* targets_[kBlockSize];
-    ViewSampler::Lookup lookup_;
+    DirectionBlock directions_{};
+    std::byte* targets_[kBlockSize] = {};
+    ViewSampler::Lookup lookup_{};
 };
 
 }  // namespace skyvault

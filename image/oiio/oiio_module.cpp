@@ -179,7 +179,7 @@ struct Output {
     OIIO::TypeDesc type;
     std::unique_ptr<OIIO::ImageOutput> file;  // writes to the proxy until it is gone
 
-    Output(const char* path, const char* kind, OIIO::TypeDesc channelType)
+    Output(const char* path, const char* kind, const OIIO::TypeDesc& channelType)
         : proxy(path), type(channelType), file(OIIO::ImageOutput::create(kind)) {}
     Output(const Output&) = delete;
     Output& operator=(const Output&) = delete;
