@@ -3,18 +3,17 @@
 // After windows.h:
 #include <commctrl.h>
 
+#include <algorithm>
 #include <new>
 #include <string>
 
-#include "app/dialog_text.h"
 #include "app/file_dialogs.h"
-#include "app/message_box.h"
-#include "app/progress_bar.h"
-#include "app/screen.h"
-#include "app/waiting_input.h"
+#include "app/window_helpers.h"
 #include "platform/clock.h"
+#include "platform/path_text.h"
 #include "resources/resource_ids.h"
 #include "session/batch.h"
+#include "session/messages.h"
 
 namespace skyvault {
 namespace {
@@ -48,18 +47,18 @@ void EnableSubfolders(HWND dialog) {
 
 void Fill(HWND dialog, const AppState& settings) {
     SetWindowTextW(dialog, (std::wstring(kProgramName) + L" - Batch processing").c_str());
-    for (int layout = 0; layout < kBatchLayoutCount; ++layout) {
-        const wchar_t* const name = FindLayout(static_cast<PanoramaFormat>(layout))->name;
-        AddItem(dialog, IDC_BATCH_SOURCE_LAYOUT, name);
-        AddItem(dialog, IDC_BATCH_DESTINATION_LAYOUT, name);
+    const int layouts = static_cast<int>(BatchLayouts().size());
+    for (const LayoutRow& layout : BatchLayouts()) {
+        AddItem(dialog, IDC_BATCH_SOURCE_LAYOUT, layout.name);
+        AddItem(dialog, IDC_BATCH_DESTINATION_LAYOUT, layout.name);
     }
     for (const wchar_t* const extension : BatchExtensions()) AddItem(dialog, IDC_BATCH_EXTENSION, extension);
 
-    const int layout = Listed(settings.batchDestinationFormatIndex, kBatchLayoutCount, 0);
+    const int layout = Listed(settings.batchDestinationFormatIndex, layouts, 0);
     const int extension =
         Listed(settings.batchDestinationExtensionIndex, static_cast<int>(BatchExtensions().size()),
                BatchExtensionForLayout(layout, -1));
-    Select(dialog, IDC_BATCH_SOURCE_LAYOUT, Listed(settings.batchSourceFormatIndex, kBatchLayoutCount, 0));
+    Select(dialog, IDC_BATCH_SOURCE_LAYOUT, Listed(settings.batchSourceFormatIndex, layouts, 0));
     Select(dialog, IDC_BATCH_DESTINATION_LAYOUT, layout);
     Select(dialog, IDC_BATCH_EXTENSION, extension);
     for (const int folder : {IDC_BATCH_SOURCE, IDC_BATCH_DESTINATION}) {
@@ -94,10 +93,33 @@ class DialogObserver final : public BatchObserver {
         SleepMilliseconds(kReadingTime);
         return true;
     }
-    void OnEnd(const BatchItem&, BatchOutcome, const ConversionResult&) override {}
+    void OnEnd(const BatchItem& item, BatchEnd end, const ConversionResult& result) override {
+        if (end == BatchEnd::Failed) Note(item, LineOf(result.outcome));
+        for (const CubeFace face : result.missingFaces) {
+            Note(item, L"Could not open " + Quoted(item.sources[static_cast<std::size_t>(face)]));
+        }
+    }
+
+    /// A line for each of the first failures, and how many more there are.
+    std::wstring Failures() const {
+        const std::size_t more = failures_ - std::min(failures_, kMostNamed);
+        return more == 0 ? lines_ : lines_ + L"\n… and " + std::to_wstring(more) + L" more";
+    }
 
   private:
+    /// A message box has to fit the screen.
+    static constexpr std::size_t kMostNamed = 12;
+
+    void Note(const BatchItem& item, const std::wstring& reason) {
+        if (failures_++ >= kMostNamed) return;
+        const std::wstring& source = item.sources.front();
+        const bool named = reason.find(source) != std::wstring::npos;
+        lines_ += L"\n" + (named ? reason : Quoted(source) + L": " + reason);
+    }
+
     HWND dialog_;
+    std::wstring lines_;
+    std::size_t failures_ = 0;
 };
 
 void ReadInto(HWND dialog, AppState& settings) {
@@ -112,28 +134,32 @@ void ReadInto(HWND dialog, AppState& settings) {
 bool Start(HWND dialog, AppState& settings) {
     ReadInto(dialog, settings);
     BatchJob job;
-    job.from = static_cast<PanoramaFormat>(settings.batchSourceFormatIndex);
-    job.to = static_cast<PanoramaFormat>(settings.batchDestinationFormatIndex);
+    job.from = &BatchLayouts()[static_cast<std::size_t>(settings.batchSourceFormatIndex)];
+    job.to = &BatchLayouts()[static_cast<std::size_t>(settings.batchDestinationFormatIndex)];
     job.sourceFolder = settings.batchSourceFolder;
     job.destinationFolder = settings.batchDestinationFolder;
     job.extension = BatchExtensions()[static_cast<std::size_t>(settings.batchDestinationExtensionIndex)];
     job.subfolders = IsDlgButtonChecked(dialog, IDC_BATCH_SUBFOLDERS) == BST_CHECKED;
-    const BatchPlan plan = PlanBatch(job, settings.fileNamingSystem);
-    if (!plan.obstacle.empty()) {
-        ShowMessage(plan.obstacle, true);
+    const BatchPlan plan = PlanBatch(job, settings);
+    if (!plan.obstacle.IsDone()) {
+        ShowMessage(MessageOf(plan.obstacle), true);
         return false;
     }
     settings.importPath = job.sourceFolder;
     settings.exportPath = job.destinationFolder;
+    DialogObserver observer(dialog);
+    BatchCounts counts;
     {
         const MessageBoxesOff silence;
         const HCURSOR before = SetCursor(LoadCursorW(nullptr, IDC_WAIT));
-        DialogObserver observer(dialog);
-        RunBatch(job, plan.items, false, settings, observer);
+        counts = RunBatch(job, plan.items, false, settings, observer);
         SetCursor(before);
     }
     ForgetWaitingInput();
-    ShowMessage(L"Batch processing finished!", false);
+    const std::wstring failures = observer.Failures();
+    ShowMessage(L"Batch processing finished!\n\n" + TextOfCounts(counts) +
+                    (failures.empty() ? L"" : L"\n" + failures),
+                false);
     return true;
 }
 

@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <initializer_list>
 
-#include "app/font_family.h"
 #include "app/screen_picture.h"
-#include "app/system_function.h"
+#include "app/window_helpers.h"
 
 namespace skyvault {
 namespace {
@@ -30,6 +30,60 @@ D2D1_COLOR_F ToFloatColour(const Color8& colour) {
 
 bool IsEmptyRect(const CanvasRect& rect) {
     return !(rect.right > rect.left && rect.bottom > rect.top);
+}
+
+bool HasFamily(IDWriteFontCollection& collection, const std::wstring& family) {
+    UINT32 index = 0;
+    BOOL exists = FALSE;
+    return SUCCEEDED(collection.FindFamilyName(family.c_str(), &index, &exists)) && exists;
+}
+
+std::wstring FirstFamily(IDWriteFontCollection& collection) {
+    ComPtr<IDWriteFontFamily> family;
+    ComPtr<IDWriteLocalizedStrings> names;
+    UINT32 length = 0;
+    if (FAILED(collection.GetFontFamily(0, family.Put())) || FAILED(family->GetFamilyNames(names.Put())) ||
+        FAILED(names->GetStringLength(0, &length))) {
+        return {};
+    }
+    std::wstring name(length + 1, L'\0');
+    if (FAILED(names->GetString(0, name.data(), length + 1))) return {};
+    name.resize(length);
+    return name;
+}
+
+/// What GDI takes for the name.
+std::wstring SubstitutedFamily(const std::wstring& family) {
+    const HDC context = CreateCompatibleDC(nullptr);
+    const HFONT font =
+        CreateFontW(-12, 0, 0, 0, FW_NORMAL, FALSE, FALSE, FALSE, DEFAULT_CHARSET, OUT_DEFAULT_PRECIS,
+                    CLIP_DEFAULT_PRECIS, DEFAULT_QUALITY, DEFAULT_PITCH | FF_DONTCARE, family.c_str());
+    wchar_t name[LF_FACESIZE] = L"";
+    if (context != nullptr && font != nullptr) {
+        const HGDIOBJ before = SelectObject(context, font);
+        GetTextFaceW(context, LF_FACESIZE, name);
+        SelectObject(context, before);
+    }
+    if (font != nullptr) DeleteObject(font);
+    if (context != nullptr) DeleteDC(context);
+    return name;
+}
+
+/// The family itself when the system's collection has it; else the one the system's own font substitution
+/// gives ("MS Shell Dlg" is only such a name), else a common one that is there. DirectWrite draws nothing
+/// for a family it cannot find.
+std::wstring AvailableFamily(IDWriteFactory& factory, const std::wstring& family) {
+    ComPtr<IDWriteFontCollection> collection;
+    if (FAILED(factory.GetSystemFontCollection(collection.Put(), FALSE)) ||
+        HasFamily(*collection.Get(), family)) {
+        return family;
+    }
+    for (const std::wstring& other : {SubstitutedFamily(family), std::wstring(L"Segoe UI"),
+                                      std::wstring(L"Tahoma"), std::wstring(L"Arial")}) {
+        if (!other.empty() && HasFamily(*collection.Get(), other)) return other;
+    }
+    const std::wstring first = FirstFamily(*collection.Get());
+    return first.empty() ? family : first;
 }
 
 }  // namespace
@@ -227,6 +281,29 @@ void DrawCanvas::DrawString(const CanvasRect& rect, std::wstring_view text, cons
     renderTarget_->DrawTextLayout({place.left, place.top}, layout.Get(), brush,
                                   static_cast<D2D1_DRAW_TEXT_OPTIONS>(options));
     if (clip) renderTarget_->PopAxisAlignedClip();
+}
+
+DrawResult PresentPicture(DrawCanvas& canvas, const ClientSize& client, const Image& picture,
+                          const Color8& backgroundColour, bool crosshair) {
+    if (!picture.IsValid() || client.width <= 0 || client.height <= 0) return DrawResult::Failed;
+    Color8 background = backgroundColour;
+    background.alpha = 255;
+
+    const PicturePlace place = FitPicture(client, picture.width, picture.height);
+    const auto left = static_cast<float>(place.left), top = static_cast<float>(place.top);
+    canvas.BeginDraw();
+    canvas.Clear(background);
+    canvas.DrawPicture(
+        picture, {left, top, left + static_cast<float>(place.width), top + static_cast<float>(place.height)},
+        true);
+    if (crosshair) {
+        // Through the middle of the middle row and column, so that the lines are one sharp pixel wide.
+        const float x = static_cast<float>(client.width / 2) + 0.5f;
+        const float y = static_cast<float>(client.height / 2) + 0.5f;
+        canvas.DrawLine({0.0f, y}, {static_cast<float>(client.width), y}, 1.0f, background, true);
+        canvas.DrawLine({x, 0.0f}, {x, static_cast<float>(client.height)}, 1.0f, background, true);
+    }
+    return canvas.EndDraw();
 }
 
 }  // namespace skyvault

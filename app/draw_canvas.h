@@ -15,6 +15,7 @@
 
 #include "image/image.h"
 #include "platform/com_ptr_win.h"
+#include "projection/layout_requests.h"
 
 namespace skyvault {
 
@@ -105,6 +106,11 @@ class DrawCanvas {
     ComPtr<ID2D1Bitmap> bitmap_;
     std::uint32_t bitmapWidth_ = 0, bitmapHeight_ = 0;
 };
+
+/// Draws the picture as it sits in a window: fitted, centred, cleared around, with the crosshair in the
+/// background's colour. Failed for an empty picture or client area too.
+DrawResult PresentPicture(DrawCanvas& canvas, const ClientSize& client, const Image& picture,
+                          const Color8& backgroundColour, bool crosshair);
 
 /// For tests of a lost device, which cannot be had on request: the next `count` EndDraw calls report one.
 void ReportDeviceLost(int count);

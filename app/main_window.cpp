@@ -5,9 +5,8 @@
 #include <algorithm>
 #include <new>
 
-#include "app/dropped_files.h"
 #include "app/menu_commands.h"
-#include "app/message_box.h"
+#include "app/window_helpers.h"
 #include "resources/resource_ids.h"
 #include "session/commands.h"
 #include "session/drop_files.h"
@@ -20,6 +19,28 @@ namespace {
 bool IsLateRepeat(WPARAM key, LPARAM keyData) {
     const bool repeated = (keyData & LPARAM{1} << 30) != 0;
     return repeated && (GetAsyncKeyState(static_cast<int>(key)) & 0x8000) == 0;
+}
+
+/// What WM_DROPFILES carries. Its memory is the system's: given back also when ours runs out.
+struct Drop {
+    HDROP handle;
+    explicit Drop(HDROP h) : handle(h) {}
+    ~Drop() { DragFinish(handle); }
+    Drop(const Drop&) = delete;
+    Drop& operator=(const Drop&) = delete;
+};
+
+/// The paths of the files; the drop is finished, whatever becomes of them.
+std::vector<std::wstring> TakeDroppedFiles(WPARAM dropped) {
+    const Drop drop(reinterpret_cast<HDROP>(dropped));
+    constexpr UINT kCount = 0xffffffff;
+    std::vector<std::wstring> paths(DragQueryFileW(drop.handle, kCount, nullptr, 0));
+    for (UINT i = 0; i < paths.size(); ++i) {
+        std::wstring& path = paths[i];
+        path.resize(std::size_t{DragQueryFileW(drop.handle, i, nullptr, 0)} + 1);
+        path.resize(DragQueryFileW(drop.handle, i, path.data(), static_cast<UINT>(path.size())));
+    }
+    return paths;
 }
 
 }  // namespace
@@ -38,7 +59,7 @@ MainWindowClass::MainWindowClass(HINSTANCE instance)
     windowClass.hIconSm = smallIcon_;
     windowClass.hCursor = LoadCursorW(nullptr, IDC_ARROW);
     windowClass.hbrBackground = reinterpret_cast<HBRUSH>(static_cast<INT_PTR>(COLOR_WINDOW + 1));
-    windowClass.lpszMenuName = MAKEINTRESOURCEW(IDM_MAIN);
+    windowClass.lpszMenuName = MAKEINTRESOURCEW(IDR_MENU);
     windowClass.lpszClassName = kName;
     RegisterClassExW(&windowClass);
 }

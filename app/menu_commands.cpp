@@ -1,57 +1,36 @@
 #include "app/menu_commands.h"
 
-#include "app/about_box.h"
 #include "app/batch_dialog.h"
-#include "app/help_pages.h"
+#include "app/help_menu.h"
 #include "app/options_dialog.h"
+#include "resources/resource_ids.h"
 #include "session/commands.h"
 #include "session/layouts.h"
 
 namespace skyvault {
 namespace {
 
-struct ViewKey {
-    WORD key;
-    PanoramaFormat view;
-};
-constexpr ViewKey kViewKeys[] = {
-    {VK_F1, PanoramaFormat::Equirectangular}, {VK_F2, PanoramaFormat::HorizontalCross},
-    {VK_F3, PanoramaFormat::VerticalCross},   {VK_F4, PanoramaFormat::Strip},
-    {VK_F5, PanoramaFormat::StripXyz},        {VK_F6, PanoramaFormat::SingleFiles},
-    {VK_F7, PanoramaFormat::SphereMap},       {VK_F8, PanoramaFormat::MirrorBall},
-    {VK_F9, PanoramaFormat::Heart},           {VK_F11, PanoramaFormat::Preview},
-    {VK_SPACE, PanoramaFormat::Preview},
-};
-
 struct CommandKey {
     WORD key;
-    MenuCommand command;
+    std::uint16_t command;
 };
-/// Plus and minus are the number pad's only.
+/// Beside the function keys of the views (LayoutRow::functionKey). Plus and minus are the number pad's only.
 constexpr CommandKey kCommandKeys[] = {
-    {VK_TAB, kCommandCrosshair},
-    {VK_LEFT, kCommandHeadingLeft},
-    {VK_RIGHT, kCommandHeadingRight},
-    {VK_UP, kCommandPitchUp},
-    {VK_DOWN, kCommandPitchDown},
-    {VK_PRIOR, kCommandRollClockwise},
-    {VK_NEXT, kCommandRollCounterclockwise},
-    {VK_HOME, kCommandHorizonUp},
-    {VK_END, kCommandHorizonDown},
-    {VK_INSERT, kCommandBiggerLogo},
-    {VK_DELETE, kCommandSmallerLogo},
-    {VK_ADD, kCommandBiggerFov},
-    {VK_SUBTRACT, kCommandSmallerFov},
+    {VK_SPACE, IDM_VIEW_PREVIEW},   {VK_TAB, IDM_CROSSHAIR},
+    {VK_LEFT, IDM_HEADING_LEFT},    {VK_RIGHT, IDM_HEADING_RIGHT},
+    {VK_UP, IDM_PITCH_UP},          {VK_DOWN, IDM_PITCH_DOWN},
+    {VK_PRIOR, IDM_ROLL_CLOCKWISE}, {VK_NEXT, IDM_ROLL_COUNTERCLOCKWISE},
+    {VK_HOME, IDM_HORIZON_UP},      {VK_END, IDM_HORIZON_DOWN},
+    {VK_INSERT, IDM_BIGGER_LOGO},   {VK_DELETE, IDM_SMALLER_LOGO},
+    {VK_ADD, IDM_BIGGER_FOV},       {VK_SUBTRACT, IDM_SMALLER_FOV},
 };
 
 }  // namespace
 
 std::uint16_t CommandOfKey(WPARAM virtualKey) {
-    for (const ViewKey& row : kViewKeys) {
-        if (row.key != virtualKey) continue;
-        const LayoutRow* const layout = FindLayout(row.view);
-        return layout == nullptr ? std::uint16_t{0} : layout->viewCommand;
-    }
+    const int functionKey =
+        virtualKey >= VK_F1 && virtualKey <= VK_F12 ? static_cast<int>(virtualKey - VK_F1) + 1 : 0;
+    if (const LayoutRow* const view = LayoutOfFunctionKey(functionKey)) return view->viewCommand;
     for (const CommandKey& row : kCommandKeys) {
         if (row.key == virtualKey) return row.command;
     }
@@ -59,32 +38,32 @@ std::uint16_t CommandOfKey(WPARAM virtualKey) {
 }
 
 std::uint16_t CommandOfCharacter(WPARAM character) {
-    return character == L'M' || character == L'm' ? std::uint16_t{kCommandMagnifyingGlass} : std::uint16_t{0};
+    return character == L'M' || character == L'm' ? IDM_MAGNIFYING_GLASS : 0;
 }
 
 void RunMenuCommand(HWND window, HINSTANCE instance, Session& session, const FileDialogs& fileDialogs,
                     std::uint16_t command) {
     if (RunCommand(session, command)) return;
     switch (command) {
-        case kCommandExit:
+        case IDM_EXIT:
             DestroyWindow(window);
             break;
-        case kCommandAbout:
+        case IDM_ABOUT:
             ShowAboutBox(instance, window);
             break;
-        case kCommandUserGuide:
+        case IDM_USER_GUIDE:
             OpenHelpPage(window, HelpPage::UserGuide);
             break;
-        case kCommandCommunity:
+        case IDM_COMMUNITY:
             OpenHelpPage(window, HelpPage::Community);
             break;
-        case kCommandOptions:
+        case IDM_OPTIONS:
             if (ShowOptionsDialog(instance, window, session.settings, fileDialogs) == IDOK)
                 ApplyOptions(session);
             // "Reset all" also sets what has check marks in the menu, and stands after Cancel too.
             session.host.UpdateMenuChecks();
             break;
-        case kCommandBatch:
+        case IDM_BATCH:
             ShowBatchDialog(instance, window, session.settings);
             break;
         default:

@@ -4,7 +4,10 @@
 #include <span>
 #include <variant>
 
-#include "app/dialog_text.h"
+#include "app/draw_canvas.h"
+#include "app/window_helpers.h"
+#include "codecs/picture_files.h"
+#include "platform/files.h"
 #include "resources/resource_ids.h"
 #include "settings/number_text.h"
 
@@ -159,6 +162,9 @@ struct Read {
     std::wstring Text() const { return TextOfControl(dialog, id); }
 };
 
+/// Larger pictures are read at this size: several times that of the preview, which averages them down.
+constexpr std::uint32_t kLargestRead = 512;
+
 }  // namespace
 
 void SetUpOptionsControls(HWND dialog) {
@@ -171,6 +177,27 @@ void ShowInControls(HWND dialog, const AppState& settings) {
 
 void ReadFromControls(HWND dialog, AppState& settings) {
     for (const Control& control : kControls) std::visit(Read{dialog, control.id, settings}, control.edits);
+}
+
+bool LogoPreview::SetPath(const std::wstring& path) {
+    if (path == path_) return false;
+    path_ = path;
+    const bool wasEmpty = !picture_.IsValid();
+    picture_.Clear();
+    // While a path is being typed it mostly names nothing yet.
+    if (FileExists(path)) {
+        static_cast<void>(LoadPicture(path, picture_, {.frame = 0, .target = {kLargestRead, kLargestRead}}));
+    }
+    return picture_.IsValid() || !wasEmpty;
+}
+
+void LogoPreview::Draw(HDC context, const RECT& rect) const {
+    FillRect(context, &rect, GetSysColorBrush(COLOR_BTNFACE));
+    if (!picture_.IsValid()) return;
+    const COLORREF face = GetSysColor(COLOR_BTNFACE);
+    const Color8 around(GetRValue(face), GetGValue(face), GetBValue(face), 255);
+    DrawCanvas canvas(context, rect);
+    PresentPicture(canvas, {rect.right - rect.left, rect.bottom - rect.top}, picture_, around, false);
 }
 
 }  // namespace skyvault

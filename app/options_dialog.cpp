@@ -5,13 +5,9 @@
 #include <array>
 #include <exception>
 
-#include "app/dialog_text.h"
 #include "app/draw_canvas.h"
-#include "app/logo_preview.h"
-#include "app/message_box.h"
 #include "app/options_controls.h"
-#include "app/screen.h"
-#include "app/system_function.h"
+#include "app/window_helpers.h"
 #include "platform/path_text.h"
 #include "resources/resource_ids.h"
 

@@ -2,7 +2,7 @@
 
 #include <windowsx.h>
 
-#include "app/presenting.h"
+#include "app/screen_picture.h"
 
 namespace skyvault {
 namespace {
@@ -54,12 +54,12 @@ void PreviewMouse::ButtonDown(HWND window, POINT at) {
     SetCapture(window);
     SetCursor(LoadCursorW(nullptr, IDC_SIZEALL));
     dragging_ = true;
-    TakeHold(at);
+    BeginDrag(at);
 }
 
 void PreviewMouse::Move(POINT at) {
-    // Keys and the wheel may have turned or zoomed meanwhile: the hand goes on from there.
-    if (!SameCamera(session_.previewCamera, camera_) || FocalLength() != focalLength_) TakeHold(last_);
+    // Keys and the wheel may have turned or zoomed meanwhile: the drag goes on from there.
+    if (!SameCamera(session_.previewCamera, camera_) || FocalLength() != focalLength_) BeginDrag(last_);
     last_ = at;
     camera_ = DragCamera(startCamera_, static_cast<float>(at.x - start_.x),
                          static_cast<float>(at.y - start_.y), focalLength_);
@@ -67,7 +67,7 @@ void PreviewMouse::Move(POINT at) {
     session_.previewCamera = camera_;
 }
 
-void PreviewMouse::TakeHold(POINT at) {
+void PreviewMouse::BeginDrag(POINT at) {
     start_ = last_ = at;
     startCamera_ = camera_ = session_.previewCamera;
     focalLength_ = FocalLength();

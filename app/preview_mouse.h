@@ -3,7 +3,7 @@
 
 #include <windows.h>
 
-#include "session/preview_hand.h"
+#include "session/preview_drag.h"
 
 namespace skyvault {
 
@@ -20,7 +20,7 @@ class PreviewMouse {
   private:
     void ButtonDown(HWND window, POINT at);
     void Move(POINT at);
-    void TakeHold(POINT at);
+    void BeginDrag(POINT at);
     bool IsDrawnLater(HWND window, UINT message) const;
     float FocalLength() const;
 
@@ -28,7 +28,7 @@ class PreviewMouse {
     WheelNotches notches_;
     bool dragging_ = false;
     bool changed_ = false;  ///< and not drawn yet
-    // Where the hand took hold of the picture, and what it has made of it since.
+    // Where the drag began, and what it has made of the camera since.
     POINT start_{}, last_{};
     Camera startCamera_, camera_;
     float focalLength_ = 0;

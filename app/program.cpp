@@ -6,11 +6,11 @@
 #include <new>
 
 #include "app/main_window.h"
-#include "app/message_box.h"
-#include "app/screen.h"
+#include "app/window_helpers.h"
 #include "app/window_host.h"
 #include "platform/files.h"
 #include "session/commands.h"
+#include "session/messages.h"
 #include "settings/settings_file.h"
 
 namespace skyvault {
@@ -71,7 +71,8 @@ int Run(HINSTANCE instance, int showCommand) {
     host.SetUpProgress(instance);
 
     const int result = RunWithCom(session, host);
-    SaveSettings(settings, SettingsPath(ProgramFolder()), host);
+    const std::wstring trouble = MessageOf(SaveSettings(settings, SettingsPath(ProgramFolder())));
+    if (!trouble.empty()) host.Error(trouble);
     return result;
 }
 

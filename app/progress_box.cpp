@@ -4,9 +4,7 @@
 
 #include <algorithm>
 
-#include "app/progress_bar.h"
-#include "app/screen.h"
-#include "app/waiting_input.h"
+#include "app/window_helpers.h"
 #include "resources/resource_ids.h"
 
 namespace skyvault {

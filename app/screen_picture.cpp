@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "image/pixel_convert.h"
 #include "image/pixel_format.h"
+#include "image/pixel_rows.h"
 #include "platform/parallel_rows.h"
 #include "projection/resize_image.h"
 
@@ -69,6 +69,19 @@ Image ReducedToFit(const Image& picture, float width, float height) {
     const auto newWidth = std::max(1u, static_cast<std::uint32_t>(pictureWidth * scale));
     const auto newHeight = std::max(1u, static_cast<std::uint32_t>(pictureHeight * scale));
     return ResizeImage(picture, newWidth, newHeight, PixelFormat::Rgba8, true, false);
+}
+
+PicturePlace FitPicture(const ClientSize& client, std::uint32_t pictureWidth, std::uint32_t pictureHeight) {
+    if (client.width <= 0 || client.height <= 0 || pictureWidth == 0 || pictureHeight == 0) return {};
+    const auto width = static_cast<float>(pictureWidth), height = static_cast<float>(pictureHeight);
+    const float scale =
+        std::min(static_cast<float>(client.width) / width, static_cast<float>(client.height) / height);
+    PicturePlace place;
+    place.width = static_cast<std::int32_t>(width * scale);
+    place.height = static_cast<std::int32_t>(height * scale);
+    place.left = (client.width - place.width) / 2;
+    place.top = (client.height - place.height) / 2;
+    return place;
 }
 
 }  // namespace skyvault

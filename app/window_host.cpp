@@ -1,7 +1,6 @@
 #include "app/window_host.h"
 
-#include "app/message_box.h"
-#include "app/presenting.h"
+#include "app/window_helpers.h"
 #include "session/commands.h"
 
 namespace skyvault {

@@ -1,10 +1,13 @@
-// Panoramas in memory for the benchmarks, and nobody to report to.
+// Panoramas in memory for the benchmarks, with nobody to report to, and how a conversion is run again and
+// again.
 #pragma once
 
-#include <cstdint>
+#include <benchmark/benchmark.h>
 
-#include "platform/silent_feedback.h"
-#include "projection/panorama.h"
+#include <cstdint>
+#include <utility>
+
+#include "projection/layout_requests.h"
 
 namespace skyvault::bench {
 
@@ -12,7 +15,7 @@ namespace skyvault::bench {
 struct BenchPanorama {
     SilentFeedback feedback;
     AppState settings;
-    Panorama panorama{feedback, settings, nullptr};
+    Panorama panorama;
 
     static void Fill(Image& image) {
         std::uint32_t state = 1;
@@ -33,7 +36,21 @@ struct BenchPanorama {
         }
         panorama.faceSize = size;
     }
+    /// What a generator is asked.
+    ImportRequest From(std::wstring picture) const {
+        return {.format = {}, .paths = {std::move(picture)}, .settings = settings, .generator = settings};
+    }
     void TurnObliquely() { RotatePanorama(panorama.modifications, 0.7f, 0.5f, 0.3f); }
 };
+
+/// Once before the loop, which touches the result's memory first and shows whether it works at all.
+template <typename Work>
+void Repeat(benchmark::State& state, Work work) {
+    if (!work().IsDone()) {
+        state.SkipWithError("it failed");
+        return;
+    }
+    for (auto _ : state) benchmark::DoNotOptimize(work());
+}
 
 }  // namespace skyvault::bench

@@ -27,8 +27,7 @@ void Render(benchmark::State& state, BenchPanorama& p, const LayoutGrid& grid, P
     options.format = format;
     options.halve = halve;
     Image result;
-    RenderLayout(p.panorama, grid, options, result);  // first touch of the result's memory
-    for (auto _ : state) RenderLayout(p.panorama, grid, options, result);
+    bench::Repeat(state, [&] { return RenderLayout(p.panorama, grid, options, result); });
     CountPixels(state, static_cast<double>(result.width) * result.height);
     SetThreadCount(0);
 }
@@ -121,12 +120,14 @@ void EquirectangularToFaces(benchmark::State& state) {
     SetThreadCount(static_cast<int>(state.range(0)));
     Image faces[kFaceCount];
     const auto build = [&] {
-        for (int f = 0; f < kFaceCount; ++f) {
-            BuildFace(p.panorama, faces[f], static_cast<CubeFace>(f), kFace, PixelFormat::Rgb8);
+        Outcome built;
+        for (int f = 0; f < kFaceCount && built.IsDone(); ++f) {
+            built = BuildFace(p.panorama, faces[f], static_cast<CubeFace>(f), kFace, PixelFormat::Rgb8,
+                              EmptyColour(p.settings));
         }
+        return built;
     };
-    build();
-    for (auto _ : state) build();
+    bench::Repeat(state, build);
     CountPixels(state, 6.0 * kFace * kFace);
     SetThreadCount(0);
 }
@@ -186,5 +187,3 @@ OF_FORMAT(Rgba16);
 OF_FORMAT(RgbaHalf);
 
 }  // namespace
-
-BENCHMARK_MAIN();

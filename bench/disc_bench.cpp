@@ -2,9 +2,12 @@
 // seconds per 10^9 pixels (nanoseconds per pixel) inside the shape, one thread, source 8192 × 4096.
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
+
 #include "bench/conversion_grid.h"
 #include "bench/count_pixels.h"
-#include "projection/disc_shape.h"
+#include "projection/disc_kernels.h"
+#include "projection/disc_layouts.h"
 #include "projection/face_import.h"
 
 namespace {
@@ -16,28 +19,29 @@ void Render(benchmark::State& state, BenchPanorama& p, const LayoutGrid& grid, d
     SetThreadCount(1);
     RenderOptions options;
     options.format = PixelFormat::Rgb8;
-    options.background = Color8(255, 255, 255, 255);
+    options.emptyColour = Color8(255, 255, 255, 255);
     Image result;
-    RenderLayout(p.panorama, grid, options, result);  // first touch of the result's memory
-    for (auto _ : state) RenderLayout(p.panorama, grid, options, result);
+    bench::Repeat(state, [&] { return RenderLayout(p.panorama, grid, options, result); });
     bench::CountPixels(state, pixels);
     SetThreadCount(0);
 }
 
 /// range: edge of the picture.
-void Export(benchmark::State& state, DiscKernels::Directions directions) {
+void Export(benchmark::State& state, PanoramaFormat shape) {
     BenchPanorama p;
     p.SetEquirectangular(8192, PixelFormat::Rgb8);
-    const auto size = static_cast<std::uint32_t>(state.range(0));
+    const LayoutGrid grid = DiscGrid(shape, static_cast<std::uint32_t>(state.range(0)));
     std::int64_t written = 0;
     DirectionBlock block;
     std::uint8_t inside[kBlockSize];
-    for (std::int32_t row = 0; row < state.range(0); ++row) {
-        for (std::int32_t first = 0; first < state.range(0); first += kBlockSize) {
-            written += directions({static_cast<std::int32_t>(size), row, first}, kBlockSize, block, inside);
+    for (std::uint32_t row = 0; row < grid.height; ++row) {
+        for (std::uint32_t first = 0; first < grid.width; first += kBlockSize) {
+            const Coverage coverage = grid.directions(row, first, kBlockSize, block, inside);
+            if (coverage == Coverage::All) written += kBlockSize;
+            if (coverage == Coverage::Some) written += std::count(inside, inside + kBlockSize, 1);
         }
     }
-    Render(state, p, DiscGrid(size, directions), static_cast<double>(written));
+    Render(state, p, grid, static_cast<double>(written));
 }
 
 /// range: edge of the picture; the faces are twice as large.
@@ -66,13 +70,13 @@ void EquirectangularExport(benchmark::State& state) {
     Render(state, p, bench::EquirectangularGrid(width, width / 2), width * (width / 2.0));
 }
 void SphereMapExport(benchmark::State& state) {
-    Export(state, DiscPasses().sphereMapDirections);
+    Export(state, PanoramaFormat::SphereMap);
 }
 void MirrorBallExport(benchmark::State& state) {
-    Export(state, DiscPasses().mirrorBallDirections);
+    Export(state, PanoramaFormat::MirrorBall);
 }
 void HeartExport(benchmark::State& state) {
-    Export(state, DiscPasses().heartDirections);
+    Export(state, PanoramaFormat::Heart);
 }
 void SphereMapImport(benchmark::State& state) {
     Import(state, DiscPasses().sphereMapPixels);

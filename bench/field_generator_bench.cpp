@@ -8,8 +8,8 @@
 #include "generators/blobs.h"
 #include "generators/dots_of_light.h"
 #include "generators/field_kernels.h"
+#include "generators/random.h"
 #include "generators/rectangles.h"
-#include "image/random.h"
 #include "platform/parallel_rows.h"
 #include "projection/face_rows.h"
 
@@ -68,7 +68,7 @@ void AddLight(benchmark::State& state) {
 }
 
 /// Faces of 1024 × 1024 pixels, settings: how many points, lights or rectangles.
-using Generator = bool (*)(Panorama&);
+using Generator = Outcome (*)(const ImportRequest&, Feedback&, Panorama&);
 void Generate(benchmark::State& state, Generator generate, std::int32_t AppState::*count) {
     if (!ChooseKernels(state)) return;
     SetThreadCount(static_cast<int>(state.range(1)));
@@ -77,28 +77,30 @@ void Generate(benchmark::State& state, Generator generate, std::int32_t AppState
     p.settings.resolution0 = 2;
     p.settings.antialiasing = false;
     p.settings.*count = static_cast<std::int32_t>(state.range(2));
-    for (auto _ : state) generate(p.panorama);
+    const ImportRequest request = p.From(L"no such picture.png");
+    // Without its picture a generator paints whole faces all the same.
+    if (generate(request, p.feedback, p.panorama).reason != Reason::PictureMissing) {
+        state.SkipWithError("it failed");
+    }
+    for (auto _ : state) benchmark::DoNotOptimize(generate(request, p.feedback, p.panorama));
     Count(state, "time/Gpixel", 6.0 * 1024 * 1024);
     ClearFixedSeed();
     SetThreadCount(0);
     UseKernels(KernelSet::Fastest);
 }
-const std::wstring kNoPicture = L"no such picture.png";
 void Blobs(benchmark::State& state) {
-    Generate(
-        state, [](Panorama& p) { return GenerateBlobs(p, kNoPicture); }, &AppState::blobsForceFields);
+    Generate(state, GenerateBlobs, &AppState::blobsForceFields);
 }
 void BlobsWithoutMemory(benchmark::State& state) {
     Generate(
-        state, [](Panorama& p) { return GenerateBlobs(p, kNoPicture, 0); }, &AppState::blobsForceFields);
+        state, [](const ImportRequest& r, Feedback& f, Panorama& p) { return GenerateBlobs(r, f, p, 0); },
+        &AppState::blobsForceFields);
 }
 void Lights(benchmark::State& state) {
-    Generate(
-        state, [](Panorama& p) { return GenerateLights(p, L""); }, &AppState::lightsLights);
+    Generate(state, GenerateLights, &AppState::lightsLights);
 }
 void Rectangles(benchmark::State& state) {
-    Generate(
-        state, [](Panorama& p) { return GenerateRectangles(p, kNoPicture); }, &AppState::blobsForceFields);
+    Generate(state, GenerateRectangles, &AppState::blobsForceFields);
 }
 
 // instruction set; threads; count

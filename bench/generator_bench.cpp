@@ -4,8 +4,8 @@
 
 #include "bench/bench_panorama.h"
 #include "generators/paint_faces.h"
+#include "generators/random.h"
 #include "generators/voronoi.h"
-#include "image/random.h"
 
 namespace {
 
@@ -28,6 +28,16 @@ struct BenchSeeds {
     }
 };
 
+/// Opaque faces of size × size pixels.
+FacePainting PaintingOf(BenchPanorama& bench, std::uint32_t size, bool doubled = false) {
+    return {.panorama = bench.panorama,
+            .feedback = bench.feedback,
+            .text = L"",
+            .format = PixelFormat::Rgb8,
+            .size = size,
+            .doubled = doubled};
+}
+
 void CountPixels(benchmark::State& state, std::uint32_t size) {
     state.counters["time/Gpixel"] = benchmark::Counter(
         6e-9 * size * size, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
@@ -36,14 +46,14 @@ void CountPixels(benchmark::State& state, std::uint32_t size) {
 /// Six faces of 1024², antialiased: painted at 2048² and halved.
 void VoronoiHard(benchmark::State& state) {
     BenchPanorama bench;
-    bench.settings.antialiasing = true;
     const BenchSeeds made(static_cast<int>(state.range(0)));
     VoronoiLook look;
     look.border = state.range(1) != 0 ? 0.01f : 0.0f;
-    for (auto _ : state) {
-        PaintVoronoi(bench.panorama, 2048, made.seeds, look);
-        FinishFaces(bench.panorama, true);
-    }
+    const FacePainting painting = PaintingOf(bench, 2048, true);
+    Repeat(state, [&] {
+        PaintVoronoi(painting, made.seeds, look);
+        return FinishFaces(painting);
+    });
     CountPixels(state, 2048);
 }
 
@@ -51,24 +61,25 @@ void VoronoiHard(benchmark::State& state) {
 void VoronoiHardPainted(benchmark::State& state) {
     BenchPanorama bench;
     const BenchSeeds made(static_cast<int>(state.range(0)));
-    for (auto _ : state) PaintVoronoi(bench.panorama, 2048, made.seeds, VoronoiLook());
+    const FacePainting painting = PaintingOf(bench, 2048);
+    for (auto _ : state) PaintVoronoi(painting, made.seeds, VoronoiLook());
     CountPixels(state, 2048);
 }
 
 /// What VoronoiHard is measured against: every pixel asks every seed, in vectors.
 void VoronoiEverySeed(benchmark::State& state) {
     BenchPanorama bench;
-    bench.settings.antialiasing = true;
     const BenchSeeds made(static_cast<int>(state.range(0)));
     const SeedArrays seeds = made.seeds.Arrays();
-    for (auto _ : state) {
-        PaintFaces(bench.panorama, 2048, L"", [&](const FaceRun& run, DirectionBlock& d, Color8* colours) {
+    const FacePainting painting = PaintingOf(bench, 2048, true);
+    Repeat(state, [&] {
+        PaintFaces(painting, [&](const FaceRun& run, DirectionBlock& d, Color8* colours) {
             std::uint32_t packed[kBlockSize];
             VoronoiPasses().nearest(d.x, d.y, d.z, run.count, seeds, packed);
             UnpackColours(packed, run.count, colours);
         });
-        FinishFaces(bench.panorama, true);
-    }
+        return FinishFaces(painting);
+    });
     CountPixels(state, 2048);
 }
 
@@ -80,7 +91,8 @@ void VoronoiSmooth(benchmark::State& state) {
     VoronoiLook look;
     look.smooth = true;
     look.power = static_cast<float>(state.range(1)) / 10.0f;
-    for (auto _ : state) PaintVoronoi(bench.panorama, kSize, made.seeds, look);
+    const FacePainting painting = PaintingOf(bench, kSize);
+    for (auto _ : state) PaintVoronoi(painting, made.seeds, look);
     CountPixels(state, kSize);
     state.counters["time/Gpoint"] =
         benchmark::Counter(6e-9 * kSize * kSize * static_cast<double>(state.range(0)),

@@ -12,12 +12,6 @@ namespace {
 
 using namespace skyvault;
 
-struct SilentTarget : ViewTarget {
-    ClientSize size;
-    ClientSize Size() const override { return size; }
-    bool Show(const Image&) override { return true; }
-};
-
 /// A window in which the layout's faces are 1024 pixels wide, or the whole picture is of that order.
 ClientSize WindowFor(PanoramaFormat format) {
     switch (format) {
@@ -49,23 +43,19 @@ std::size_t ShownPixels(const Image& picture) {
 void View(benchmark::State& state, const LayoutRow& layout) {
     bench::BenchPanorama p;
     p.SetEquirectangular(8192, PixelFormat::Rgb8);
-    SilentTarget target;
-    target.size = WindowFor(layout.format);
-    Panorama panorama(p.feedback, p.settings, &target);
-    panorama.equirectSource = std::move(p.panorama.equirectSource);
-    panorama.faceSize = p.panorama.faceSize;
     p.settings.antialiasing = false;
     p.settings.resolution1 = 4;
     p.settings.resolution2 = 3;
     p.settings.resolution3 = 1;
-    std::wstring infoLog;
+    const ExportRequest request{
+        .format = layout.format, .settings = p.settings, .client = WindowFor(layout.format)};
+    Image& picture = p.panorama.resultPicture;
+    const auto render = [&] { return layout.render(p.panorama, request, p.feedback, picture); };
     SetThreadCount(1);
     p.settings.transparency = true;
-    layout.exportTo(panorama, {}, {}, infoLog);
-    const double shown = static_cast<double>(ShownPixels(panorama.resultPicture));
+    const double shown = render().IsDone() ? static_cast<double>(ShownPixels(picture)) : 0.0;
     p.settings.transparency = false;
-    layout.exportTo(panorama, {}, {}, infoLog);  // first touch of the result's memory
-    for (auto _ : state) layout.exportTo(panorama, {}, {}, infoLog);
+    bench::Repeat(state, render);
     state.counters["time/Gpixel"] = benchmark::Counter(
         1e-9 * shown, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
     SetThreadCount(0);

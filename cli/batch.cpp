@@ -4,9 +4,11 @@
 #include "cli/convert.h"
 #include "cli/terminal.h"
 #include "cli/work_settings.h"
+#include "platform/feedback.h"
 #include "platform/parallel_rows.h"
 #include "platform/path_text.h"
-#include "session/progress_scope.h"
+#include "projection/single_files.h"
+#include "session/messages.h"
 
 namespace skyvault {
 namespace {
@@ -22,17 +24,18 @@ class Reporter final : public BatchObserver {
         return true;
     }
 
-    void OnEnd(const BatchItem& item, BatchOutcome outcome, const ConversionResult& result) override {
+    void OnEnd(const BatchItem& item, BatchEnd end, const ConversionResult& result) override {
         const std::wstring& source = item.sources.front();
-        if (outcome == BatchOutcome::Failed) {
-            const bool named = result.reason.find(source) != std::wstring::npos;
-            feedback_.Error(named ? result.reason : Quoted(source) + L": " + result.reason);
+        if (end == BatchEnd::Failed) {
+            const std::wstring reason = LineOf(result.outcome);
+            const bool named = reason.find(source) != std::wstring::npos;
+            feedback_.Error(named ? reason : Quoted(source) + L": " + reason);
             return;
         }
         feedback_.HideBar();
         TellOfMissingFaces(result, item.sources);
         if (quiet_) return;
-        const wchar_t* const word = outcome == BatchOutcome::Skipped ? L"skipped" : L"converted";
+        const wchar_t* const word = end == BatchEnd::Skipped ? L"skipped" : L"converted";
         WriteText(OutputStream::Standard, std::wstring(word) + L"\t" + source + L"\t" + item.output + L"\n");
     }
 
@@ -51,19 +54,16 @@ ExitStatus RunBatchCommand(const BatchOptions& options) {
     }
     BatchJob job = options.job;
     job.modifications = ModificationsOf(options);
-    const bool namesFaces = job.from == PanoramaFormat::SingleFiles || job.to == PanoramaFormat::SingleFiles;
-    if (namesFaces && *FaceAffix(settings.fileNamingSystem, 0) == L'\0') {
+    const bool namesFaces = job.from->sources > 1 || job.to->sources > 1;
+    if (namesFaces && NamingSystemOf(settings) != settings.fileNamingSystem) {
         WriteMessage(L"FileNamingSystem goes from 0 to 5, not " + std::to_wstring(settings.fileNamingSystem));
         return kFailed;
     }
-    BatchPlan plan = PlanBatch(job, settings.fileNamingSystem);
-    if (!plan.obstacle.empty()) {
-        const bool aboutDestination = plan.obstacle.starts_with(L"Destination");
-        const std::wstring& folder = aboutDestination ? job.destinationFolder : job.sourceFolder;
-        WriteMessage(plan.obstacle + L": " + Quoted(folder));
+    BatchPlan plan = PlanBatch(job, settings);
+    if (!plan.obstacle.IsDone()) {
+        WriteMessage(LineOf(plan.obstacle));
         return kFailed;
     }
-    RefuseSharedResults(plan.items);
     const std::vector<BatchItem> items = ShardOfBatch(std::move(plan.items), options.shard, options.shards);
     SetThreadCount(options.threads);
 
@@ -75,9 +75,7 @@ ExitStatus RunBatchCommand(const BatchOptions& options) {
         counts = RunBatch(job, items, options.skipExisting, settings, reporter);
     }
     if (!options.quiet) {
-        WriteText(OutputStream::Standard, std::to_wstring(counts.converted) + L" converted, " +
-                                              std::to_wstring(counts.failed) + L" failed, " +
-                                              std::to_wstring(counts.skipped) + L" skipped\n");
+        WriteText(OutputStream::Standard, TextOfCounts(counts) + L"\n");
     }
     return counts.failed == 0 ? kDone : kFailed;
 }

@@ -24,7 +24,7 @@ class ConsoleFeedback : public Feedback {
     void Information(const std::wstring& text) override;
 
     /// The same, also when quiet.
-    void Error(const std::wstring& text) override;
+    void Error(const std::wstring& text);
 
     void BeginProgress() override;
     void SetProgress(float fraction, std::wstring_view text) override;

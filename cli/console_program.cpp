@@ -8,7 +8,7 @@
 #include "cli/convert.h"
 #include "cli/options.h"
 #include "cli/terminal.h"
-#include "image/picture_codec.h"
+#include "codecs/picture_codec.h"
 #include "platform/clock.h"
 #include "platform/output_file.h"
 

@@ -6,16 +6,17 @@
 #include "cli/help.h"
 #include "cli/terminal.h"
 #include "cli/work_settings.h"
-#include "image/dds_cube_map.h"
-#include "image/picture_codec.h"
-#include "image/picture_files.h"
-#include "image/random.h"
+#include "codecs/dds_cube_map.h"
+#include "codecs/picture_codec.h"
+#include "codecs/picture_files.h"
+#include "generators/random.h"
+#include "platform/feedback.h"
 #include "platform/files.h"
 #include "platform/parallel_rows.h"
 #include "platform/path_text.h"
 #include "projection/single_files.h"
 #include "session/conversion.h"
-#include "session/progress_scope.h"
+#include "session/messages.h"
 
 namespace skyvault {
 
@@ -34,10 +35,8 @@ std::wstring FileObstacle(const std::wstring& path, const ConvertOptions& option
     if (!folder.empty() && !FolderExists(folder)) return start + L"there is no folder " + Quoted(folder);
     const std::wstring extension = UpperExtension(FileNamePart(path));
     const bool dds = extension == L"DDS";
-    if (options.to->saveDialog == FileDialogKind::SaveDds && !dds) {
-        return start + L"its extension is not dds";
-    }
-    const bool picture = options.to->saveDialog == FileDialogKind::SavePicture;
+    if (options.to->format == PanoramaFormat::DirectXDds && !dds) return start + L"its extension is not dds";
+    const bool picture = options.to->ownExtension == nullptr;
     if (picture && !dds && ContainerOfExtension(extension) == PictureContainer::None) {
         return start + L"its extension is none of bmp dds gif heic jpg png tif";
     }
@@ -46,8 +45,8 @@ std::wstring FileObstacle(const std::wstring& path, const ConvertOptions& option
 
 /// A picture's description with what a panorama made of it would have; empty when it cannot be read.
 std::wstring DescribePicture(const std::wstring& path) {
-    const Image picture = LoadPicture(path);
-    if (!picture.IsValid()) return {};
+    Image picture;
+    if (!LoadPicture(path, picture).IsDone()) return {};
     const std::wstring faceSize = std::to_wstring(picture.width / 4);
     return PictureInfo(path, picture.width, picture.height, picture.format) + L"Frames\t\t" +
            std::to_wstring(picture.frameCount) + L"\nPanorama\tfaces " + faceSize + L" x " + faceSize + L"\n";
@@ -55,7 +54,7 @@ std::wstring DescribePicture(const std::wstring& path) {
 
 std::wstring DescribeCubeMap(const std::wstring& path) {
     CubeFaces faces;
-    if (!LoadDdsCubeMap(path, faces, true)) return {};
+    if (!LoadDdsCubeMap(path, faces, true).IsDone()) return {};
     const auto face =
         std::find_if(faces.begin(), faces.end(), [](const Image& image) { return image.IsValid(); });
     return face != faces.end() ? CubeMapInfo(path, face->width, face->format) : std::wstring();
@@ -67,11 +66,11 @@ std::wstring DescribeFile(const std::wstring& path) {
 }
 
 std::wstring OutputObstacle(const ConvertOptions& options, const AppState& settings) {
-    if (options.to->format != PanoramaFormat::SingleFiles || FolderExists(options.output)) {
+    if (options.to->sources == 1 || FolderExists(options.output)) {
         return FileObstacle(options.output, options);
     }
     const int system = settings.fileNamingSystem;
-    if (*FaceAffix(system, 0) == L'\0') {
+    if (NamingSystemOf(settings) != system) {
         return L"Could not write " + Quoted(options.output) + L": FileNamingSystem goes from 0 to 5, not " +
                std::to_wstring(system);
     }
@@ -115,10 +114,11 @@ ExitStatus RunConvert(const ConvertOptions& options) {
             settings, feedback);
     }
     TellOfMissingFaces(result, options.inputs);
-    if (!result.done) return Fail(result.reason);
+    if (!result.outcome.IsDone()) return Fail(LineOf(result.outcome));
     if (!options.quiet) {
-        const bool ended = result.infoLog.empty() || result.infoLog.back() == L'\n';
-        WriteText(OutputStream::Standard, result.infoLog + (ended ? L"" : L"\n"));
+        const std::wstring& infoLog = result.outcome.infoLog;
+        const bool ended = infoLog.empty() || infoLog.back() == L'\n';
+        WriteText(OutputStream::Standard, infoLog + (ended ? L"" : L"\n"));
     }
     return kDone;
 }

@@ -1,7 +1,5 @@
 #include "cli/help.h"
 
-#include "session/batch.h"
-
 namespace skyvault {
 
 namespace {
@@ -23,22 +21,18 @@ std::string LayoutNames(bool (*fits)(const LayoutRow&)) {
     return text + "\n";
 }
 
-bool IsInBatch(const LayoutRow& layout) {
-    return static_cast<int>(layout.format) < kBatchLayoutCount;
-}
-
 }  // namespace
 
 bool IsImportLayout(const LayoutRow& layout) {
-    return layout.importCommand != 0 && layout.format < PanoramaFormat::Preview;
+    return layout.kind == LayoutKind::Panorama;
 }
 
 bool IsExportLayout(const LayoutRow& layout) {
-    return layout.exportCommand != 0 && layout.format <= PanoramaFormat::Html;
+    return layout.kind != LayoutKind::Generator;
 }
 
 bool IsGenerator(const LayoutRow& layout) {
-    return layout.importCommand != 0 && layout.format > PanoramaFormat::Html;
+    return layout.kind == LayoutKind::Generator;
 }
 
 std::string MainFooter() {
@@ -84,7 +78,7 @@ std::string GenerateFooter() {
 }
 
 std::string BatchFooter() {
-    return "Layouts:\n" + LayoutNames(IsInBatch) +
+    return "Layouts:\n" + LayoutNames(IsImportLayout) +
            "\n"
            "Every file directly in SOURCE_DIR whose type fits --from is converted; a result is named after\n"
            "its source. DDS cube maps get the prefix cubemap_, sphere maps spheremap_. Of six single files\n"

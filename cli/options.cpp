@@ -219,7 +219,7 @@ ConvertOptions CheckedExport(ConvertTexts& texts) {
 ConvertOptions CheckedConvert(ConvertTexts& texts) {
     ConvertOptions options = CheckedExport(texts);
     options.from = ParseLayout("--from", texts.from, IsImportLayout);
-    const std::size_t inputs = options.from->format == PanoramaFormat::SingleFiles ? 6 : 1;
+    const std::size_t inputs = static_cast<std::size_t>(options.from->sources);
     if (texts.files.size() != inputs + 1) {
         Refuse(std::string("--from ") + options.from->consoleName + " takes " +
                (inputs == 1 ? "one INPUT" : "six INPUTs (front right back left top bottom)") +
@@ -282,22 +282,21 @@ void ParseShard(const std::string& text, BatchOptions& options) {
     }
 }
 
-const LayoutRow& ParseBatchLayout(const std::string& option, const std::string& name) {
+const LayoutRow* ParseBatchLayout(const std::string& option, const std::string& name) {
     const LayoutRow* const layout = ParseLayout(option, name, IsExportLayout);
-    if (static_cast<int>(layout->format) >= kBatchLayoutCount) {
+    if (layout->kind != LayoutKind::Panorama) {
         Refuse(option + ": a batch does not know \"" + name + "\"");
     }
-    return *layout;
+    return layout;
 }
 
 BatchOptions CheckedBatch(ConvertTexts& texts) {
     BatchOptions options = CheckedWork<BatchOptions>(texts);
-    const LayoutRow& to = ParseBatchLayout("--to", texts.to);
-    options.job.from = ParseBatchLayout("--from", texts.from).format;
-    options.job.to = to.format;
-    options.job.extension = CheckedExtension(to, texts.extension);
+    options.job.to = ParseBatchLayout("--to", texts.to);
+    options.job.from = ParseBatchLayout("--from", texts.from);
+    options.job.extension = CheckedExtension(*options.job.to, texts.extension);
     options.job.subfolders = texts.subfolders;
-    if (texts.subfolders && to.format != PanoramaFormat::SingleFiles) {
+    if (texts.subfolders && options.job.to->sources == 1) {
         Refuse("--subfolders goes with --to single-files only");
     }
     options.skipExisting = texts.skipExisting;

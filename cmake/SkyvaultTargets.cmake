@@ -66,7 +66,7 @@ endfunction()
 
 # skyvault_row_kernels(target files...): the files are compiled as part of the target for the baseline
 # instruction set (by the folder's own glob) and once more for AVX2 with FMA (never contracted, only where the
-# source asks for it); the program chooses at run time.
+# source asks for it); the program chooses at run time (projection/kernel_choice.h).
 function(skyvault_row_kernels target)
   add_library(${target}_avx2 OBJECT ${ARGN})
   target_link_libraries(${target}_avx2 PRIVATE skyvault_options)

@@ -29,8 +29,7 @@ struct Check {
         Work(options);
         Require(options.from != nullptr && options.to != nullptr && IsExportLayout(*options.to));
         Require(IsGenerator(*options.from) != IsImportLayout(*options.from));
-        const bool single = options.from->format == PanoramaFormat::SingleFiles;
-        Require(options.inputs.size() == (single ? 6u : 1u) && !options.output.empty());
+        Require(static_cast<int>(options.inputs.size()) == options.from->sources && !options.output.empty());
         for (const std::wstring& input : options.inputs) Require(!input.empty());
         const HeadingPitchRoll& camera = options.camera;
         Require(std::isfinite(Radians(camera.heading) + Radians(camera.pitch) + Radians(camera.roll)));
@@ -38,8 +37,9 @@ struct Check {
 
     void operator()(const BatchOptions& options) const {
         Work(options);
-        Require(static_cast<int>(options.job.from) < kBatchLayoutCount);
-        Require(static_cast<int>(options.job.to) < kBatchLayoutCount);
+        for (const LayoutRow* layout : {options.job.from, options.job.to}) {
+            Require(layout != nullptr && layout->kind == LayoutKind::Panorama);
+        }
         Require(!options.job.sourceFolder.empty() && !options.job.destinationFolder.empty());
         // Every item falls into one of the parts.
         std::vector<BatchItem> items(7);

@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "image/dds_container_builtin.h"
+#include "codecs/dds_container_builtin.h"
 
 using namespace skyvault;
 

@@ -3,8 +3,8 @@
 #include <cstdint>
 #include <cstdlib>
 
-#include "image/gif_frames.h"
-#include "image/picture_header.h"
+#include "codecs/gif_frames.h"
+#include "codecs/picture_header.h"
 
 using namespace skyvault;
 

@@ -4,9 +4,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "codecs/picture_header.h"
 #include "fuzz/require.h"
-#include "image/jpeg_end.h"
-#include "image/picture_header.h"
 
 using namespace skyvault;
 

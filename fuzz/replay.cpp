@@ -1,8 +1,10 @@
-// Feeds every file of a folder to a fuzz target, so that its corpus is an ordinary test.
+// Feeds every file of a folder to a fuzz target, so that its corpus is an ordinary test: each whole, and cut
+// short at every length.
 
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -14,6 +16,12 @@
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
 namespace {
+
+/// The first bytes, in memory of their own: what reads beyond them is seen by the sanitizers.
+void Feed(std::span<const std::byte> bytes) {
+    const std::vector<std::byte> copy(bytes.begin(), bytes.end());
+    LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(copy.data()), copy.size());
+}
 
 int Replay(const std::wstring& folder) {
     using namespace skyvault;
@@ -28,7 +36,10 @@ int Replay(const std::wstring& folder) {
         }
         std::printf("%s\n", ToUtf8(name).c_str());
         std::fflush(stdout);  // a crash then shows whose it was
-        LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
+        Feed(bytes);
+        // At most a thousand lengths of a file.
+        const std::size_t step = bytes.size() / 1000 + 1;
+        for (std::size_t length = 0; length < bytes.size(); length += step) Feed({bytes.data(), length});
         ++count;
     }
     if (count == 0) std::fprintf(stderr, "no files in %s\n", ToUtf8(folder).c_str());

@@ -84,14 +84,13 @@ void DrawViews(const AppState& state) {
     static const Image picture = test::RandomImage(16, 8, PixelFormat::Rgb8);
     test::TestPanorama t;
     t.settings = state;
-    t.target.size = {24, 16};
     t.SetEquirectangular(picture.CopyRect());
     for (const std::int32_t view : {state.view, static_cast<std::int32_t>(PanoramaFormat::Preview)}) {
         const LayoutRow* const layout = FindLayout(static_cast<PanoramaFormat>(view));
         if (layout == nullptr || layout->viewCommand == 0) continue;
-        std::wstring infoLog;
-        Require(layout->exportTo(t.panorama, {}, {}, infoLog) && t.target.shown.IsValid());
-        Require(t.target.shown.width <= 24 && t.target.shown.height <= 16);
+        Require(RenderView(*layout, {24, 16}, {}, t.settings, t.feedback, t.panorama).IsDone());
+        const Image& shown = t.panorama.resultPicture;
+        Require(shown.IsValid() && shown.width <= 24 && shown.height <= 16);
     }
 }
 

@@ -2,7 +2,7 @@
 #include <cstdint>
 #include <cstdlib>
 
-#include "image/tga_reader.h"
+#include "codecs/tga_reader.h"
 #include "platform/debug_line.h"
 
 using namespace skyvault;

@@ -8,8 +8,8 @@
 #include "generators/field_kernels.h"
 #include "generators/paint_faces.h"
 #include "generators/palette.h"
-#include "image/memory.h"
-#include "image/numeric.h"
+#include "platform/memory.h"
+#include "platform/numeric.h"
 
 namespace skyvault {
 
@@ -61,12 +61,19 @@ std::byte* FieldOf(const ByteBuffer& field, std::uint32_t size, const FaceRun& r
 
 }  // namespace
 
-bool GenerateBlobs(Panorama& panorama, const std::wstring& palettePicturePath, std::size_t mostFieldBytes) {
-    if (palettePicturePath.empty()) return false;
-    const AppState& settings = panorama.settings;
+Outcome GenerateBlobs(const ImportRequest& request, Feedback& feedback, Panorama& panorama) {
+    return GenerateBlobs(request, feedback, panorama, kMostFieldBytes);
+}
+
+Outcome GenerateBlobs(const ImportRequest& request, Feedback& feedback, Panorama& panorama,
+                      std::size_t mostFieldBytes) {
+    if (request.Path().empty()) return Failure(Reason::CannotOpen);
+    const GeneratorSettings& settings = request.generator;
     SeedRandom();
     Blobs blobs;
-    if (!DiagonalPalette(ReadPalette(panorama, palettePicturePath), Diagonal::ToCorner, blobs.palette)) {
+    Image picture;
+    Outcome palette = ReadPalette(request, picture);
+    if (!DiagonalPalette(picture, Diagonal::ToCorner, blobs.palette)) {
         blobs.palette.fill(Color8(255, 0, 0, 255));
     }
     for (Color8& colour : blobs.palette) colour.alpha = 255;
@@ -76,10 +83,11 @@ bool GenerateBlobs(Panorama& panorama, const std::wstring& palettePicturePath, s
     const float contrast = settings.blobsContrast;
     blobs.contrast = contrast > 0.0f ? Clamp01(contrast) : 0.0f;  // no number counts as 0
 
-    const std::uint32_t size = GeneratorFaceSize(panorama, true);
+    const FacePainting painting = StartPainting(request, feedback, panorama, kText, true);
+    const std::uint32_t size = painting.size;
     ByteBuffer field = FieldBuffer(size, mostFieldBytes);
     Extent extent;
-    VisitFaces(panorama, size, kText,
+    VisitFaces(painting,
                [&](const FaceRun& run, DirectionBlock& directions, int) {
                    float v[kBlockSize];
                    float lowest = extent.lowest, highest = extent.highest;
@@ -103,15 +111,14 @@ bool GenerateBlobs(Panorama& panorama, const std::wstring& palettePicturePath, s
         FieldPasses().paletteEntries(v, run.count, lowest, highest, kPaletteEntries, entries);
         for (int i = 0; i < run.count; ++i) colours[i] = blobs.palette[static_cast<std::size_t>(entries[i])];
     };
-    PaintFaces(panorama, size, kText, paint, {0.5f, 1.0f});
+    PaintFaces(painting, paint, {0.5f, 1.0f});
     const auto missing = [](const Image& face) { return !face.IsValid(); };
     if (field && std::any_of(panorama.faces.begin(), panorama.faces.end(), missing)) {
         // Memory for the field must not cost a face.
         field.reset();
-        PaintFaces(panorama, size, kText, paint, {0.5f, 1.0f});
+        PaintFaces(painting, paint, {0.5f, 1.0f});
     }
-    FinishFaces(panorama, true);
-    return true;
+    return FirstFailure(FinishFaces(painting), std::move(palette));
 }
 
 }  // namespace skyvault

@@ -25,7 +25,7 @@
 #include <cstdint>
 #include <functional>
 
-#include "image/memory.h"
+#include "platform/memory.h"
 #include "projection/cube_face.h"
 
 namespace skyvault {

@@ -6,9 +6,9 @@
 #include "generators/field_kernels.h"
 #include "generators/paint_faces.h"
 #include "generators/palette.h"
-#include "image/mvector.h"
-#include "image/numeric.h"
-#include "image/random.h"
+#include "generators/random.h"
+#include "platform/mvector.h"
+#include "platform/numeric.h"
 #include "projection/fast_math.h"
 
 namespace skyvault {
@@ -42,22 +42,20 @@ LightSpread SpreadOf(float setting) {
 
 }  // namespace
 
-bool GenerateLights(Panorama& panorama, const std::wstring& palettePicturePath) {
-    const AppState& settings = panorama.settings;
+Outcome GenerateLights(const ImportRequest& request, Feedback& feedback, Panorama& panorama) {
+    const GeneratorSettings& settings = request.generator;
     SeedRandom();
     const std::int32_t count = ClampInt(settings.lightsLights, 1, kMostLights);
     const LightSpread spread = SpreadOf(settings.lightsBrightness);
     MVector<Light> lights;
-    if (!lights.Resize(count, false)) {
-        panorama.feedback.Error(L"Out of memory");
-        return false;
-    }
+    if (!lights.Resize(count, false)) return Failure(Reason::NoMemory);
     for (std::int32_t i = 0; i < count; ++i) lights[i] = Light();
 
-    const Image palette = ReadPalette(panorama, palettePicturePath);
-    if (palette.IsValid()) {
+    Image picture;
+    Outcome palette = ReadPalette(request, picture);
+    if (palette.IsDone()) {
         for (std::int32_t i = 0; i < count; ++i) {
-            const Color8 colour = RandomPixel(palette);
+            const Color8 colour = RandomPixel(picture);
             lights[i].red = colour.red;
             lights[i].green = colour.green;
             lights[i].blue = colour.blue;
@@ -79,8 +77,9 @@ bool GenerateLights(Panorama& panorama, const std::wstring& palettePicturePath) 
         passes.packColours(red, green, blue, run.count, packed);
         std::memcpy(colours, packed, sizeof(Color8) * static_cast<std::size_t>(run.count));
     };
-    PaintFaces(panorama, GeneratorFaceSize(panorama, false), L"Generating lights...", paint);
-    return true;
+    const FacePainting painting = StartPainting(request, feedback, panorama, L"Generating lights...", false);
+    PaintFaces(painting, paint);
+    return FirstFailure(FinishFaces(painting), std::move(palette));
 }
 
 }  // namespace skyvault

@@ -1,11 +1,10 @@
-// Compiled twice, as projection/row_kernels.cpp is: only functions of this file and always-inlined ones may
-// be called here.
+// Compiled once for every set of kernels; see projection/row_kernels.cpp.
 #include "generators/field_kernels.h"
 
 #include <cstdint>
 #include <cstring>
 
-#include "projection/kernel_build.h"
+#include "projection/fast_math.h"
 
 namespace skyvault::KERNEL_SET {
 
@@ -154,9 +153,14 @@ static bool CoverRectangle(const DirectionBlock& directions, int n, const Rectan
     return open < 0;
 }
 
-extern const FieldKernels kFieldKernels;
 const FieldKernels kFieldKernels = {
-    Pull, Ramp, PaletteEntries, AddLight, PackColours, RectanglesInRun, CoverRectangle,
+    .pull = Pull,
+    .ramp = Ramp,
+    .paletteEntries = PaletteEntries,
+    .addLight = AddLight,
+    .packColours = PackColours,
+    .rectanglesInRun = RectanglesInRun,
+    .coverRectangle = CoverRectangle,
 };
 
 }  // namespace skyvault::KERNEL_SET

@@ -1,10 +1,10 @@
 // The inner loops of the blobs, the dots of light and the rectangles: plain loops over blocks of up to
-// kBlockSize directions, built for the baseline instruction set and again for AVX2. Both give the same bits.
+// kBlockSize directions, one table of them for every set of kernels (projection/kernel_choice.h).
 #pragma once
 
 #include <cstdint>
 
-#include "image/random.h"
+#include "generators/random.h"
 #include "projection/direction.h"
 #include "projection/row_kernels.h"
 
@@ -61,7 +61,6 @@ struct FieldKernels {
                            std::int32_t* owners);
 };
 
-/// The set that goes with Kernels().
-const FieldKernels& FieldPasses();
+SKYVAULT_KERNEL_TABLE(FieldKernels, FieldPasses)
 
 }  // namespace skyvault

@@ -5,8 +5,8 @@
 #include "generators/cube_heights.h"
 #include "generators/paint_faces.h"
 #include "generators/palette.h"
-#include "image/numeric.h"
-#include "image/random.h"
+#include "generators/random.h"
+#include "platform/numeric.h"
 
 namespace skyvault {
 
@@ -18,14 +18,14 @@ constexpr float kHeightsShare = 0.4f;  // of the progress; what it takes of the 
 constexpr std::int32_t kColours = 1000;
 using Palette = std::array<Color8, kColours>;
 
-Palette LoadPalette(Panorama& panorama, const std::wstring& path) {
-    Palette palette;
+Outcome LoadPalette(const ImportRequest& request, Palette& palette) {
     palette.fill(Color8(255, 0, 0, 255));
-    const Image picture = ReadPalette(panorama, path);
+    Image picture;
+    Outcome read = ReadPalette(request, picture);
     if (DiagonalPalette(picture, Diagonal::EvenShares, palette)) {
         for (Color8& colour : palette) colour.alpha = 255;
     }
-    return palette;
+    return read;
 }
 
 /// A setting in 0..1; NaN, which a settings file may hold, counts as 0.
@@ -41,27 +41,26 @@ float PaletteReach(float contrast) {
 
 }  // namespace
 
-bool GenerateFractalPlanet(Panorama& panorama, const std::wstring& palettePicturePath) {
-    if (palettePicturePath.empty()) return false;
+Outcome GenerateFractalPlanet(const ImportRequest& request, Feedback& feedback, Panorama& panorama) {
+    if (request.Path().empty()) return Failure(Reason::CannotOpen);
     SeedRandom();
     const std::uint32_t low = static_cast<std::uint32_t>(RandomInt(32766));
     const std::uint32_t seed = low | static_cast<std::uint32_t>(RandomInt(32766)) << 15;
-    const Palette palette = LoadPalette(panorama, palettePicturePath);
+    Palette palette;
+    Outcome paletteRead = LoadPalette(request, palette);
 
-    const std::uint32_t size = GeneratorFaceSize(panorama, true);
+    const FacePainting painting = StartPainting(request, feedback, panorama, kProgress, true);
+    const std::uint32_t size = painting.size;
     std::uint32_t cells = 1;
     while (cells < size) cells *= 2;
     CubeHeights heights;
-    const auto report = [&panorama](float done) {
-        panorama.feedback.SetProgress(done * kHeightsShare, kProgress);
-    };
-    if (!heights.Build(cells, Setting01(panorama.settings.fractalRoughness), seed, report)) {
-        panorama.feedback.Error(L"Out of memory");
-        return false;
+    const auto report = [&feedback](float done) { feedback.SetProgress(done * kHeightsShare, kProgress); };
+    if (!heights.Build(cells, Setting01(request.generator.fractalRoughness), seed, report)) {
+        return Failure(Reason::NoMemory);
     }
 
     const CubeHeights::Statistics statistics = heights.Measure();
-    const float reach = statistics.deviation * PaletteReach(Setting01(panorama.settings.fractalContrast));
+    const float reach = statistics.deviation * PaletteReach(Setting01(request.generator.fractalContrast));
     // A pixel has the mean height of the four points around it: hence the quarter.
     const float perHeight = reach > 0.0f ? 0.125f * kColours / reach : 0.0f;
     const float middle = 0.5f * kColours - 4.0f * statistics.mean * perHeight;
@@ -81,9 +80,8 @@ bool GenerateFractalPlanet(Panorama& panorama, const std::wstring& palettePictur
             colours[i] = palette[static_cast<std::size_t>(entry)];
         }
     };
-    PaintFaces(panorama, size, kProgress, paint, {kHeightsShare, 1.0f});
-    FinishFaces(panorama, true);
-    return true;
+    PaintFaces(painting, paint, {kHeightsShare, 1.0f});
+    return FirstFailure(FinishFaces(painting), std::move(paletteRead));
 }
 
 }  // namespace skyvault

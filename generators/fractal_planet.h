@@ -1,9 +1,7 @@
 // The fractal planet: random land coloured by height, deep sea to snow.
 #pragma once
 
-#include <string>
-
-#include "projection/panorama.h"
+#include "projection/layout_requests.h"
 
 namespace skyvault {
 
@@ -15,8 +13,8 @@ namespace skyvault {
 /// stretched from the middle, from hardly ever reaching the ends of the palette (0) to often being beyond
 /// them (1), where the palette's ends are all there is.
 ///
-/// False, and nothing is changed, for an empty path; and without memory for the heights, which is reported. A
-/// palette picture that cannot be read gives opaque red, as for the blobs.
-bool GenerateFractalPlanet(Panorama& panorama, const std::wstring& palettePicturePath);
+/// CannotOpen, and nothing is changed, for an empty path; NoMemory also for the heights. A palette picture
+/// that cannot be read gives opaque red, as for the blobs.
+Outcome GenerateFractalPlanet(const ImportRequest& request, Feedback& feedback, Panorama& panorama);
 
 }  // namespace skyvault

@@ -4,17 +4,24 @@
 #include <cstdint>
 #include <functional>
 
-#include "projection/panorama.h"
+#include "projection/layout_requests.h"
 #include "projection/row_kernels.h"
 
 namespace skyvault {
 
-/// The edge of the faces a generator paints: "Resolution0", and twice as much with antialiased and
-/// "Antialiasing" on, to be finished with FinishFaces.
-std::uint32_t GeneratorFaceSize(const Panorama& panorama, bool antialiased);
+/// The six faces a generator paints, and who hears of it.
+struct FacePainting {
+    Panorama& panorama;
+    Feedback& feedback;
+    const wchar_t* text;   ///< of the progress
+    PixelFormat format;    ///< Rgba8 with "Transparency", else Rgb8
+    std::uint32_t size;    ///< edge of the painted faces
+    bool doubled = false;  ///< FinishFaces halves them
+};
 
-/// The format of generated faces: Rgba8 with "Transparency", else Rgb8.
-PixelFormat GeneratorFormat(const AppState& settings);
+/// Faces of "Resolution0"; antialiased: painted twice as large with "Antialiasing" on.
+FacePainting StartPainting(const ImportRequest& request, Feedback& feedback, Panorama& panorama,
+                           const wchar_t* text, bool antialiased);
 
 /// A run of pixels of one row of a face.
 struct FaceRun {
@@ -32,21 +39,26 @@ struct ProgressShare {
     float from = 0.0f, to = 1.0f;
 };
 
-/// Makes six faces of size × size pixels, sets the panorama's faceSize and paints them. A face without memory
-/// is skipped and stays empty. Progress shows `text`. The faces are painted as FacePixelToDirection sees
-/// them: a panorama that is being made has no modifications yet.
-void PaintFaces(Panorama& panorama, std::uint32_t size, const wchar_t* text, const PaintRun& paint,
-                ProgressShare share = {});
+/// Gives the panorama six new faces. One without memory stays empty.
+void MakeFaces(const FacePainting& painting);
+
+/// Runs paint(band) once for every band, on several cores with parallel, and reports the progress.
+void PaintBands(const FacePainting& painting, int bandCount, bool parallel, ProgressShare share,
+                const std::function<void(int band)>& paint);
+
+/// Makes the six faces, sets the panorama's faceSize and paints them. A face without memory is skipped and
+/// stays empty. The faces are painted as FacePixelToDirection sees them: a panorama that is being made has no
+/// modifications yet.
+void PaintFaces(const FacePainting& painting, const PaintRun& paint, ProgressShare share = {});
 
 /// The same walk without faces, for what must be known of all pixels first. visit: as paint, without colours;
 /// gets the number of the band it works for, below VisitBandCount(size), so that each band can keep results
 /// of its own.
 using VisitRun = std::function<void(const FaceRun& run, DirectionBlock& directions, int band)>;
 int VisitBandCount(std::uint32_t size);
-void VisitFaces(Panorama& panorama, std::uint32_t size, const wchar_t* text, const VisitRun& visit,
-                ProgressShare share = {});
+void VisitFaces(const FacePainting& painting, const VisitRun& visit, ProgressShare share = {});
 
-/// Halves faces painted at double size ("Antialiasing").
-void FinishFaces(Panorama& panorama, bool antialiased);
+/// Halves faces painted at double size. NoMemory when one of the six is missing or could not be halved.
+Outcome FinishFaces(const FacePainting& painting);
 
 }  // namespace skyvault

@@ -4,8 +4,7 @@
 #include <cassert>
 #include <cstring>
 
-#include "image/pixel_convert.h"
-#include "platform/parallel_rows.h"
+#include "image/pixel_rows.h"
 
 namespace skyvault {
 
@@ -57,36 +56,26 @@ std::byte* TileCanvas::Address(const FaceRect& rect, std::uint32_t row) {
     return face_.Row(rect.row + row) + std::size_t{rect.column} * BytesPerPixel(face_.format);
 }
 
-void PaintFaceTiles(Panorama& panorama, std::uint32_t size, const wchar_t* text, const PaintTile& paint,
-                    ProgressShare share) {
-    panorama.faceSize = size;
-    for (Image& face : panorama.faces) {
-        face.Clear();
-        face = Image(size, size, GeneratorFormat(panorama.settings));
-    }
+void PaintFaceTiles(const FacePainting& painting, const PaintTile& paint, ProgressShare share) {
+    MakeFaces(painting);
+    const std::uint32_t size = painting.size;
+    CubeFaces& faces = painting.panorama.faces;
     const std::uint32_t tilesPerEdge = (size + kTileSize - 1) / kTileSize;
     const std::uint32_t tilesPerFace = tilesPerEdge * tilesPerEdge;
-    const auto paintTile = [&](int number) {
+    const int tileCount = static_cast<int>(tilesPerFace * kFaceCount);
+    PaintBands(painting, tileCount, true, share, [&](int number) {
         const std::uint32_t face = static_cast<std::uint32_t>(number) / tilesPerFace;
         const std::uint32_t inFace = static_cast<std::uint32_t>(number) % tilesPerFace;
-        if (!panorama.faces[face].IsValid()) return;
+        if (!faces[face].IsValid()) return;
         FaceRect tile;
         tile.face = static_cast<CubeFace>(face);
         tile.column = inFace % tilesPerEdge * kTileSize;
         tile.row = inFace / tilesPerEdge * kTileSize;
         tile.width = std::min(kTileSize, size - tile.column);
         tile.height = std::min(kTileSize, size - tile.row);
-        TileCanvas canvas(panorama.faces[face], size);
+        TileCanvas canvas(faces[face], size);
         paint(tile, canvas);
-    };
-    const int tileCount = static_cast<int>(tilesPerFace * kFaceCount);
-    const auto report = [&](int finished) {
-        const float done = static_cast<float>(finished) / static_cast<float>(tileCount);
-        panorama.feedback.SetProgress(share.from + done * (share.to - share.from), text);
-    };
-    const bool reporting = panorama.feedback.ProgressActive();
-    if (reporting) report(0);
-    ParallelBands(tileCount, true, paintTile, reporting ? std::function<void(int)>(report) : nullptr);
+    });
 }
 
 }  // namespace skyvault

@@ -46,7 +46,6 @@ class TileCanvas {
 using PaintTile = std::function<void(const FaceRect& tile, TileCanvas& canvas)>;
 
 /// PaintFaces in squares: the same faces, formats, memory rules and progress.
-void PaintFaceTiles(Panorama& panorama, std::uint32_t size, const wchar_t* text, const PaintTile& paint,
-                    ProgressShare share = {});
+void PaintFaceTiles(const FacePainting& painting, const PaintTile& paint, ProgressShare share = {});
 
 }  // namespace skyvault

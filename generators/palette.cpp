@@ -2,15 +2,15 @@
 
 #include <cstdint>
 
-#include "image/picture_files.h"
-#include "image/random.h"
+#include "codecs/picture_files.h"
+#include "generators/random.h"
 
 namespace skyvault {
 
-Image ReadPalette(Panorama& panorama, const std::wstring& path) {
-    Image picture = path.empty() ? Image() : LoadPicture(path);
-    panorama.paletteMissing = !picture.IsValid();
-    return picture;
+Outcome ReadPalette(const ImportRequest& request, Image& picture) {
+    const std::wstring& path = request.Path();
+    if (!path.empty() && LoadPicture(path, picture).IsDone()) return {};
+    return Failure(Reason::PictureMissing, path);
 }
 
 bool DiagonalPalette(const Image& picture, Diagonal rule, std::span<Color8> colours) {

@@ -2,16 +2,15 @@
 #pragma once
 
 #include <span>
-#include <string>
 
 #include "image/image.h"
-#include "projection/panorama.h"
+#include "projection/layout_requests.h"
 
 namespace skyvault {
 
-/// The picture a generator is given; invalid when it cannot be read, which the panorama remembers
-/// (paletteMissing) and every generator does without.
-Image ReadPalette(Panorama& panorama, const std::wstring& path);
+/// The picture a generator is given. PictureMissing when it cannot be read, which every generator does
+/// without and passes on.
+Outcome ReadPalette(const ImportRequest& request, Image& picture);
 
 /// How a palette runs along a picture's main diagonal; n entries, picture W × H.
 enum class Diagonal {

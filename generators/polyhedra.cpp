@@ -7,14 +7,13 @@
 #include "generators/paint_faces.h"
 #include "generators/palette.h"
 #include "generators/polyhedron_faces.h"
-#include "image/numeric.h"
-#include "image/pixel_convert.h"
+#include "image/pixel_rows.h"
+#include "platform/numeric.h"
 
 namespace skyvault {
 
 namespace {
 
-constexpr wchar_t kProgress[] = L"Generating";
 constexpr Color8 kBorderColour{0, 0, 0, 255};
 
 /// Smaller pictures than this would be all the same colour.
@@ -27,24 +26,21 @@ struct Frame {
     std::int32_t width = 0, height = 0;
 };
 
-/// The texture with four channels; invalid without memory.
-Image ReadTexture(Panorama& panorama, const std::wstring& path, bool& memory) {
-    Image picture = ReadPalette(panorama, path);
-    memory = true;
-    if (!picture.IsValid()) return {};
+/// The texture with four channels; a picture that cannot be read (PictureMissing) stays invalid.
+Outcome ReadTexture(const ImportRequest& request, Image& picture) {
+    Outcome read = ReadPalette(request, picture);
+    if (!read.IsDone()) return read;
     if (picture.format != PixelFormat::Rgba8) {
         Image converted(picture.width, picture.height, PixelFormat::Rgba8);
-        memory = converted.IsValid();
-        if (!memory) return {};
+        if (!converted.IsValid()) return Failure(Reason::NoMemory);
         for (std::uint32_t row = 0; row < picture.height; ++row) {
             ConvertRow(picture.format, picture.Row(row), PixelFormat::Rgba8, converted.Row(row),
                        picture.width);
         }
         picture = std::move(converted);
     }
-    const AppState& settings = panorama.settings;
-    if (!settings.transparency) picture.FlattenAlpha(settings.backgroundColour);
-    return picture;
+    if (!request.settings.transparency) picture.FlattenAlpha(request.settings.backgroundColour);
+    return {};
 }
 
 Frame FrameOf(const Image& texture, int which, int frames) {
@@ -70,7 +66,7 @@ struct PaintedFace {
 class PolyhedronPainter {
   public:
     /// texture: Rgba8 or invalid.
-    PolyhedronPainter(const Polyhedron& solid, const Image& texture, const AppState& settings)
+    PolyhedronPainter(const Polyhedron& solid, const Image& texture, const GeneratorSettings& settings)
         : faceCount_(solid.faceCount) {
         const float border = settings.polyhedraBorder;
         border_ = border > 0.0f ? border * solid.leastInRadius : 0.0f;
@@ -188,21 +184,17 @@ int FrameOfFace(int face, int faceCount, int pentagons, int frames) {
     return face < pentagons ? face % first : first + (face - pentagons) % (used - first);
 }
 
-bool GeneratePolyhedron(Panorama& panorama, const std::wstring& texturePath, PanoramaFormat solid) {
-    if (texturePath.empty()) return false;
-    bool memory = true;
-    const Image texture = ReadTexture(panorama, texturePath, memory);
-    if (!memory) {
-        panorama.feedback.Error(L"Out of memory");
-        return false;
-    }
-    const PolyhedronPainter painter(MakePolyhedron(solid), texture, panorama.settings);
-    PaintFaces(panorama, GeneratorFaceSize(panorama, true), kProgress,
-               [&painter](const FaceRun& run, DirectionBlock& directions, Color8* colours) {
-                   painter.Paint(run.count, directions, colours);
-               });
-    FinishFaces(panorama, true);
-    return true;
+Outcome GeneratePolyhedron(const ImportRequest& request, Feedback& feedback, Panorama& panorama) {
+    if (request.Path().empty()) return Failure(Reason::CannotOpen);
+    Image texture;
+    Outcome read = ReadTexture(request, texture);
+    if (read.reason == Reason::NoMemory) return read;
+    const PolyhedronPainter painter(MakePolyhedron(request.format), texture, request.generator);
+    const FacePainting painting = StartPainting(request, feedback, panorama, L"Generating", true);
+    PaintFaces(painting, [&painter](const FaceRun& run, DirectionBlock& directions, Color8* colours) {
+        painter.Paint(run.count, directions, colours);
+    });
+    return FirstFailure(FinishFaces(painting), std::move(read));
 }
 
 }  // namespace skyvault

@@ -1,14 +1,12 @@
 // Panoramas seen from inside a regular solid or a football, with a picture on each of its faces.
 #pragma once
 
-#include <string>
-
-#include "projection/panorama.h"
+#include "projection/layout_requests.h"
 
 namespace skyvault {
 
-/// Replaces the panorama's faces. solid: Tetrahedron to Football; generators/polyhedron_faces.h says how they
-/// stand and how their faces are numbered.
+/// Replaces the panorama's faces. The format is that of the solid, Tetrahedron to Football;
+/// generators/polyhedron_faces.h says how they stand and how their faces are numbered.
 ///
 /// "PolyhedraTextureScale": the size of the pictures, in circles through a face's corners: with 1 a square
 /// picture is as wide as the circle and so covers the face, with 0.7 its corners touch the circle. A picture
@@ -25,9 +23,9 @@ namespace skyvault {
 ///
 /// Where the texture is transparent the background colour shows, or, with "Transparency", nothing.
 ///
-/// False, and nothing is changed, for an empty path; and without memory for the texture, which is reported. A
-/// texture that cannot be read gives opaque red faces.
-bool GeneratePolyhedron(Panorama& panorama, const std::wstring& texturePath, PanoramaFormat solid);
+/// CannotOpen, and nothing is changed, for an empty path; NoMemory also for the texture. A texture that
+/// cannot be read gives opaque red faces.
+Outcome GeneratePolyhedron(const ImportRequest& request, Feedback& feedback, Panorama& panorama);
 
 /// Which of `frames` frames (1 or more) a face shows. pentagons: how many of the faces come first and are of
 /// another kind than the rest.

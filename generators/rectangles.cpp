@@ -3,9 +3,9 @@
 #include "generators/field_kernels.h"
 #include "generators/paint_faces.h"
 #include "generators/palette.h"
-#include "image/mvector.h"
-#include "image/numeric.h"
-#include "image/random.h"
+#include "generators/random.h"
+#include "platform/mvector.h"
+#include "platform/numeric.h"
 #include "projection/matrix4.h"
 
 namespace skyvault {
@@ -46,27 +46,25 @@ void DrawRectangle(float size, RectanglePlanes& planes, int k) {
 
 }  // namespace
 
-bool GenerateRectangles(Panorama& panorama, const std::wstring& palettePicturePath) {
-    if (palettePicturePath.empty()) return false;
-    const AppState& settings = panorama.settings;
+Outcome GenerateRectangles(const ImportRequest& request, Feedback& feedback, Panorama& panorama) {
+    if (request.Path().empty()) return Failure(Reason::CannotOpen);
+    const GeneratorSettings& settings = request.generator;
     SeedRandom();
     const std::int32_t count = ClampInt(settings.blobsForceFields, 1, kMostRectangles);
     const float size = ClampFloat(settings.blobsPower, 5.0f, 50.0f);
     MVector<Rectangles> memory;
-    if (!memory.Resize(1, false)) {
-        panorama.feedback.Error(L"Out of memory");
-        return false;
-    }
+    if (!memory.Resize(1, false)) return Failure(Reason::NoMemory);
     Rectangles& rectangles = memory[0];
     rectangles.planes.count = count;
     for (int k = 0; k < count; ++k) DrawRectangle(size, rectangles.planes, k);
 
-    const Image palette = ReadPalette(panorama, palettePicturePath);
+    Image picture;
+    Outcome palette = ReadPalette(request, picture);
     for (int k = 0; k < count; ++k) {
-        rectangles.colours[k] = palette.IsValid() ? RandomPixel(palette) : Color8();
+        rectangles.colours[k] = palette.IsDone() ? RandomPixel(picture) : Color8();
     }
 
-    const Color8 background = EmptyColour(settings);
+    const Color8 background = EmptyColour(request.settings);
     const auto paint = [&](const FaceRun& run, DirectionBlock& directions, Color8* colours) {
         const FieldKernels& passes = FieldPasses();
         const auto direction = [&](int i) {
@@ -83,9 +81,10 @@ bool GenerateRectangles(Panorama& panorama, const std::wstring& palettePicturePa
             colours[i] = owners[i] < 0 ? background : rectangles.colours[owners[i]];
         }
     };
-    PaintFaces(panorama, GeneratorFaceSize(panorama, true), L"Generating rectangles...", paint);
-    FinishFaces(panorama, true);
-    return true;
+    const FacePainting painting =
+        StartPainting(request, feedback, panorama, L"Generating rectangles...", true);
+    PaintFaces(painting, paint);
+    return FirstFailure(FinishFaces(painting), std::move(palette));
 }
 
 }  // namespace skyvault

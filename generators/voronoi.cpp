@@ -3,15 +3,13 @@
 #include "generators/paint_faces.h"
 #include "generators/paint_tiles.h"
 #include "generators/palette.h"
+#include "generators/random.h"
 #include "generators/voronoi_cells.h"
-#include "image/numeric.h"
-#include "image/random.h"
+#include "platform/numeric.h"
 
 namespace skyvault {
 
 namespace {
-
-constexpr wchar_t kProgressText[] = L"Generating Voronoi...";
 
 /// A colour, then a place, seed by seed: the order is part of what a seed of the random generator draws.
 void DrawSeeds(const Image& palette, int count, VoronoiSeeds& seeds) {
@@ -53,30 +51,28 @@ SeedColours VoronoiSeeds::Colours() const {
     return {red_.Data(), green_.Data(), blue_.Data()};
 }
 
-void PaintVoronoi(Panorama& panorama, std::uint32_t size, const VoronoiSeeds& seeds,
-                  const VoronoiLook& look) {
+void PaintVoronoi(const FacePainting& painting, const VoronoiSeeds& seeds, const VoronoiLook& look) {
     const SeedArrays arrays = seeds.Arrays();
     const float border = look.border > 0.0f && arrays.count > 1 ? look.border : 0.0f;
     if (look.smooth) {
         // A settings file may hold anything; powers that are no number leave all weights alike.
         const float power = look.power == look.power ? look.power : 0.0f;
         const SeedColours seedColours = seeds.Colours();
-        PaintFaces(panorama, size, kProgressText,
-                   [&](const FaceRun& run, DirectionBlock& directions, Color8* colours) {
-                       std::uint32_t packed[kBlockSize];
-                       VoronoiPasses().blend(directions.x, directions.y, directions.z, run.count, arrays,
-                                             seedColours, power, border, packed);
-                       UnpackColours(packed, run.count, colours);
-                   });
+        PaintFaces(painting, [&](const FaceRun& run, DirectionBlock& directions, Color8* colours) {
+            std::uint32_t packed[kBlockSize];
+            VoronoiPasses().blend(directions.x, directions.y, directions.z, run.count, arrays, seedColours,
+                                  power, border, packed);
+            UnpackColours(packed, run.count, colours);
+        });
     } else {
-        PaintFaceTiles(panorama, size, kProgressText, [&](const FaceRect& tile, TileCanvas& canvas) {
+        PaintFaceTiles(painting, [&](const FaceRect& tile, TileCanvas& canvas) {
             PaintCells(tile, arrays, border, canvas);
         });
     }
 }
 
-bool GenerateVoronoi(Panorama& panorama, const std::wstring& palettePicturePath) {
-    const AppState& settings = panorama.settings;
+Outcome GenerateVoronoi(const ImportRequest& request, Feedback& feedback, Panorama& panorama) {
+    const GeneratorSettings& settings = request.generator;
     SeedRandom();
     int count = ClampInt(settings.voronoiPoints, 1, kMostSeeds);
     VoronoiLook look;
@@ -84,19 +80,17 @@ bool GenerateVoronoi(Panorama& panorama, const std::wstring& palettePicturePath)
     look.power = ClampFloat(settings.voronoiPower, 0.0f, 100.0f);
     look.border = settings.voronoiBorder;
 
-    const Image palette = ReadPalette(panorama, palettePicturePath);
+    Image picture;
+    Outcome palette = ReadPalette(request, picture);
     // Without a palette all seeds are black and at one place: one stands for all.
-    if (!palette.IsValid()) count = 1;
+    if (!palette.IsDone()) count = 1;
     VoronoiSeeds seeds;
-    if (!seeds.Resize(count)) {
-        panorama.feedback.Error(L"Out of memory");
-        return false;
-    }
-    if (palette.IsValid()) DrawSeeds(palette, count, seeds);
+    if (!seeds.Resize(count)) return Failure(Reason::NoMemory);
+    if (palette.IsDone()) DrawSeeds(picture, count, seeds);
 
-    PaintVoronoi(panorama, GeneratorFaceSize(panorama, true), seeds, look);
-    FinishFaces(panorama, true);
-    return true;
+    const FacePainting painting = StartPainting(request, feedback, panorama, L"Generating Voronoi...", true);
+    PaintVoronoi(painting, seeds, look);
+    return FirstFailure(FinishFaces(painting), std::move(palette));
 }
 
 }  // namespace skyvault

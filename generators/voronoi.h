@@ -3,18 +3,16 @@
 // a blend of all of them. Borders are black where the two smallest squared distances nearly agree.
 #pragma once
 
-#include <string>
-
+#include "generators/paint_faces.h"
 #include "generators/voronoi_kernels.h"
-#include "image/mvector.h"
-#include "projection/panorama.h"
+#include "platform/mvector.h"
 
 namespace skyvault {
 
 /// Fills the panorama's faces after the settings "VoronoiPoints", "VoronoiSmooth", "VoronoiPower" and
-/// "VoronoiBorder". A palette that cannot be read gives black faces. False without memory for the seeds;
-/// the panorama is then unchanged.
-bool GenerateVoronoi(Panorama& panorama, const std::wstring& palettePicturePath);
+/// "VoronoiBorder". A palette that cannot be read gives black faces. Without memory for the seeds the
+/// panorama is unchanged.
+Outcome GenerateVoronoi(const ImportRequest& request, Feedback& feedback, Panorama& panorama);
 
 /// Up to kMostSeeds seeds, their colours twice: as the bytes of an opaque Color8 and as numbers to blend.
 class VoronoiSeeds {
@@ -37,7 +35,7 @@ struct VoronoiLook {
     float border = 0.0f;  ///< a difference of squared distances; none for 0 and for a single seed
 };
 
-/// Paints six faces of size × size with these seeds (PaintFaces).
-void PaintVoronoi(Panorama& panorama, std::uint32_t size, const VoronoiSeeds& seeds, const VoronoiLook& look);
+/// Paints the six faces with these seeds.
+void PaintVoronoi(const FacePainting& painting, const VoronoiSeeds& seeds, const VoronoiLook& look);
 
 }  // namespace skyvault

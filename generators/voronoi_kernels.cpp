@@ -1,11 +1,9 @@
-// Compiled twice, as projection/row_kernels.cpp is: only functions of this file and always-inlined ones may
-// be called here.
+// Compiled once for every set of kernels; see projection/row_kernels.cpp.
 #include "generators/voronoi_kernels.h"
 
 #include <cstdint>
 
 #include "projection/fast_math.h"
-#include "projection/kernel_build.h"
 
 namespace skyvault::KERNEL_SET {
 
@@ -295,7 +293,7 @@ static void Blend(const float* x, const float* y, const float* z, int n, const S
     BlendWith<kAnyPower>(x, y, z, n, seeds, colours, power, border, result);
 }
 
-extern const VoronoiKernels kVoronoiKernels;
-const VoronoiKernels kVoronoiKernels = {Nearest, NearestWithBorder, Blend};
+const VoronoiKernels kVoronoiKernels = {
+    .nearest = Nearest, .nearestWithBorder = NearestWithBorder, .blend = Blend};
 
 }  // namespace skyvault::KERNEL_SET

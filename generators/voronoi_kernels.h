@@ -1,11 +1,12 @@
-// The passes over pixels of the Voronoi generator: plain loops, built for the baseline instruction set and
-// again for AVX2 like the row kernels, with the same bits.
+// The passes over pixels of the Voronoi generator: plain loops, one table of them for every set of kernels
+// (projection/kernel_choice.h).
 #pragma once
 
 #include <bit>
 #include <cstdint>
 
-#include "image/colour.h"
+#include "image/pixel.h"
+#include "projection/kernel_choice.h"
 
 namespace skyvault {
 
@@ -44,7 +45,6 @@ struct VoronoiKernels {
                   const SeedColours& colours, float power, float border, std::uint32_t* result);
 };
 
-/// The set that goes with Kernels().
-const VoronoiKernels& VoronoiPasses();
+SKYVAULT_KERNEL_TABLE(VoronoiKernels, VoronoiPasses)
 
 }  // namespace skyvault

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <cstring>
 
-#include "image/pixel_access.h"
+#include "image/pixel_rows.h"
 
 namespace skyvault {
 namespace {

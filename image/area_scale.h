@@ -5,7 +5,6 @@
 #pragma once
 
 #include "image/image.h"
-#include "image/picture_size.h"
 
 namespace skyvault {
 

@@ -4,7 +4,7 @@
 #include <cstring>
 #include <new>
 
-#include "image/pixel_access.h"
+#include "image/pixel_rows.h"
 
 namespace skyvault {
 

@@ -4,8 +4,6 @@
 #include <cstring>
 #include <limits>
 
-#include "image/pixel_access.h"
-#include "image/pixel_convert.h"
 #include "image/pixel_rows.h"
 
 namespace skyvault {
@@ -63,6 +61,16 @@ bool RowHasTransparency(const std::byte* row, std::uint32_t width) {
 }
 
 }  // namespace
+
+PictureSize FitInto(const PictureSize& size, const PictureSize& target) {
+    const float scale = std::min(static_cast<float>(target.width) / static_cast<float>(size.width),
+                                 static_cast<float>(target.height) / static_cast<float>(size.height));
+    constexpr float kLargest = 4294967040.0f;  // the last float below 2³²
+    const auto scaled = [&](std::uint32_t edge) {
+        return static_cast<std::uint32_t>(std::min(static_cast<float>(edge) * scale, kLargest));
+    };
+    return {scaled(size.width), scaled(size.height)};
+}
 
 Image::Image(std::uint32_t imageWidth, std::uint32_t imageHeight, PixelFormat imageFormat)
     : width(imageWidth), height(imageHeight), format(imageFormat) {

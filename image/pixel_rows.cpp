@@ -1,7 +1,5 @@
 #include "image/pixel_rows.h"
 
-#include "image/pixel_access.h"
-
 namespace skyvault {
 
 namespace {
@@ -54,7 +52,43 @@ void FlattenRowHalf(std::byte* row, std::size_t count, const float* background) 
     }
 }
 
+// Formats with the same channels in the same order: the pixels do not matter, only the channels.
+template <typename From, typename To>
+constexpr bool kSameLayout = From::kChannels == To::kChannels&& From::kRed == To::kRed;
+
+template <typename From, typename To>
+void ConvertPixels(const std::byte* source, std::byte* destination, std::size_t count) {
+    if constexpr (std::is_same_v<From, To>) {
+        std::memcpy(destination, source, count * From::kBytes);
+    } else if constexpr (kSameLayout<From, To>) {
+        using FromChannel = typename From::Channel;
+        using ToChannel = typename To::Channel;
+        const std::size_t channels = count * From::kChannels;
+        for (std::size_t i = 0; i < channels; ++i) {
+            FromChannel value;
+            std::memcpy(&value, source + i * sizeof value, sizeof value);
+            const ToChannel converted = ConvertChannel<ToChannel>(value);
+            std::memcpy(destination + i * sizeof converted, &converted, sizeof converted);
+        }
+    } else {
+        for (std::size_t i = 0; i < count; ++i) {
+            To::Write(destination + i * To::kBytes,
+                      From::template Read<From::kKind>(source + i * From::kBytes));
+        }
+    }
+}
+
 }  // namespace
+
+void ConvertRow(PixelFormat from, const std::byte* source, PixelFormat to, std::byte* destination,
+                std::size_t count) {
+    if (count == 0) return;
+    WithFormat(from, [&](auto fromTag) {
+        WithFormat(to, [&](auto toTag) {
+            ConvertPixels<FormatTraits<fromTag.value>, FormatTraits<toTag.value>>(source, destination, count);
+        });
+    });
+}
 
 void SwapRedAndBlueRow(PixelFormat format, std::byte* row, std::size_t count) {
     WithFormat(format, [&](auto tag) {

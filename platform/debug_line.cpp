@@ -3,8 +3,6 @@
 #include <cassert>
 #include <mutex>
 
-#include "platform/debug_channel.h"
-
 namespace skyvault {
 
 namespace {

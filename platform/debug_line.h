@@ -11,6 +11,9 @@ namespace skyvault {
 /// Writes a diagnostic text; by convention it is one line ending in "\n". Callable from any thread.
 void DebugLine(std::wstring_view text);
 
+/// The system's end of the channel, without a capture before it; DebugLine alone calls it.
+void WriteToDebugChannel(const std::wstring& text);
+
 /// While it lives, every DebugLine is kept instead of going to the debugger channel (for tests).
 /// One at a time; not to be made while other threads write.
 class DebugLineCapture {

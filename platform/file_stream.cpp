@@ -2,9 +2,6 @@
 
 #include <algorithm>
 #include <atomic>
-#include <cstring>
-#include <limits>
-#include <new>
 
 #include "platform/clock.h"
 #include "platform/file_handle.h"
@@ -34,39 +31,18 @@ bool OpenPatiently(FileHandle& handle, const std::wstring& path, bool write) {
 struct FileStream::State {
     FileHandle handle;
     bool writing = false;
-    std::uint64_t position = 0;
+    std::uint64_t position = 0;    // of the next byte to write
     std::uint64_t writtenEnd = 0;  // one past the last byte ever written
-    // Preloaded: the whole file, and the handle is closed.
-    std::unique_ptr<std::byte[]> contents;
-    std::uint64_t contentSize = 0;
-
-    void Preload() {
-        const std::uint64_t size = handle.Size();
-        if (size > std::numeric_limits<std::int32_t>::max()) return;
-        contents.reset(new (std::nothrow) std::byte[static_cast<std::size_t>(size) + 1]);
-        if (contents && handle.Read(contents.get(), static_cast<std::size_t>(size))) {
-            contentSize = size;
-            handle.Close();
-        } else {
-            // Then the reads go to the file, one by one.
-            contents.reset();
-            handle.Seek(0);
-        }
-    }
 };
 
 void SetShareAndFailAtOnce(bool on) {
     shareAndFailAtOnce = on;
-}
-bool ShareAndFailAtOnce() {
-    return shareAndFailAtOnce;
 }
 
 FileStream::FileStream(const std::wstring& path, FileUse use) {
     auto state = std::make_unique<State>();
     state->writing = use == FileUse::Write;
     if (!OpenPatiently(state->handle, path, state->writing)) return;
-    if (use == FileUse::Preload) state->Preload();
     state_ = std::move(state);
 }
 
@@ -89,12 +65,7 @@ bool FileStream::IsOpen() const {
 }
 
 bool FileStream::Read(void* destination, std::size_t n) {
-    if (!state_ || state_->writing) return false;
-    if (!state_->contents) return state_->handle.Read(destination, n);
-    if (state_->position > state_->contentSize || n > state_->contentSize - state_->position) return false;
-    if (n > 0) std::memcpy(destination, state_->contents.get() + state_->position, n);
-    state_->position += n;
-    return true;
+    return state_ && !state_->writing && state_->handle.Read(destination, n);
 }
 
 bool FileStream::Write(const void* source, std::size_t n) {
@@ -105,15 +76,13 @@ bool FileStream::Write(const void* source, std::size_t n) {
 }
 
 bool FileStream::Seek(std::uint64_t position) {
-    if (!state_) return false;
-    if (!state_->contents && !state_->handle.Seek(position)) return false;
+    if (!state_ || !state_->handle.Seek(position)) return false;
     state_->position = position;
     return true;
 }
 
 std::uint64_t FileStream::Size() const {
-    if (!state_) return 0;
-    return state_->contents ? state_->contentSize : state_->handle.Size();
+    return state_ ? state_->handle.Size() : 0;
 }
 
 bool FileStream::Close() {

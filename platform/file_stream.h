@@ -13,12 +13,10 @@ namespace skyvault {
 /// The program-wide switch: while it is on, files opened for reading are shared with other readers and a
 /// failure to open is final at once. Off at start.
 void SetShareAndFailAtOnce(bool on);
-bool ShareAndFailAtOnce();
 
 enum class FileUse {
-    Read,     ///< must exist
-    Preload,  ///< must exist; the whole file is read at once and closed, further reads come from memory
-    Write,    ///< created, or opened over an older one; holds exactly what was written once closed
+    Read,   ///< must exist
+    Write,  ///< created, or opened over an older one; holds exactly what was written once closed
 };
 
 class FileStream {

@@ -5,7 +5,6 @@
 
 #include "platform/debug_line.h"
 #include "platform/path_text.h"
-#include "platform/system_folders.h"
 
 namespace skyvault {
 
@@ -42,14 +41,10 @@ bool CreateFolder(const std::wstring& path) {
     return FolderExists(folder);
 }
 
-bool RemoveEmptyFolder(const std::wstring& path) {
-    return RemoveOneFolder(path);
-}
-
 bool RemoveFolderOfFiles(const std::wstring& path) {
     if (!FolderExists(path)) return true;
     for (const std::wstring& name : FindFiles(path)) RemoveFile(JoinPath(path, name));
-    return RemoveOneFolder(path);
+    return RemoveEmptyFolder(path);
 }
 
 std::wstring ApplicationDataFolder() {

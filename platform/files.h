@@ -25,7 +25,13 @@ bool MoveToNewName(const std::wstring& from, const std::wstring& to);
 /// Renames a file, replacing what has the name `to` already, in one step as far as the system can.
 bool MoveOver(const std::wstring& from, const std::wstring& to);
 
+/// Makes an empty file. False when anything has the name already.
+bool MakeNewFile(const std::wstring& path);
+
 bool RemoveFile(const std::wstring& path);
+
+/// Creates one folder whose parent exists. False when anything has the name already.
+bool MakeOneFolder(const std::wstring& path);
 
 /// False, and the folder stays, when anything is in it.
 bool RemoveEmptyFolder(const std::wstring& path);
@@ -45,8 +51,13 @@ std::vector<std::wstring> FindFiles(const std::wstring& folder);
 /// The folder of the program file, without a trailing separator.
 std::wstring ProgramFolder();
 
+/// The user's folder for application data and the one for documents, as the system names them; empty when
+/// there is none. (Linux: $XDG_CONFIG_HOME or ~/.config; ~/Documents.)
+std::wstring UserDataFolder();
+std::wstring UserDocumentsFolder();
+
 /// The user's application-data folder + "Brambleworks Studio" + "Skyvault", created when missing;
-/// empty when it cannot be found or made. (Linux: under $XDG_CONFIG_HOME or ~/.config.)
+/// empty when it cannot be found or made.
 std::wstring ApplicationDataFolder();
 
 /// The user's application-data folder + "Brambleworks Studio" + "Temp", created when missing; empty when it
@@ -54,7 +65,6 @@ std::wstring ApplicationDataFolder();
 std::wstring TemporaryFilesFolder();
 
 /// The user's documents folder + "Skyvault", created when missing; empty when it cannot be found or made.
-/// (Linux: ~/Documents.)
 std::wstring DocumentsFolder();
 
 }  // namespace skyvault

@@ -12,7 +12,6 @@
 
 #include "platform/files.h"
 #include "platform/path_text.h"
-#include "platform/system_folders.h"
 #include "platform/utf8.h"
 
 namespace skyvault {
@@ -91,7 +90,7 @@ bool MakeOneFolder(const std::wstring& path) {
     return mkdir(ToUtf8(path).c_str(), 0777) == 0;
 }
 
-bool RemoveOneFolder(const std::wstring& path) {
+bool RemoveEmptyFolder(const std::wstring& path) {
     return rmdir(ToUtf8(path).c_str()) == 0;
 }
 

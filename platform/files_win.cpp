@@ -4,7 +4,6 @@
 
 #include "platform/files.h"
 #include "platform/path_text.h"
-#include "platform/system_folders.h"
 
 namespace skyvault {
 
@@ -89,7 +88,7 @@ bool MakeOneFolder(const std::wstring& path) {
     return CreateDirectoryW(path.c_str(), nullptr);
 }
 
-bool RemoveOneFolder(const std::wstring& path) {
+bool RemoveEmptyFolder(const std::wstring& path) {
     return RemoveDirectoryW(path.c_str());
 }
 

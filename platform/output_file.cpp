@@ -9,8 +9,6 @@
 #include "platform/clock.h"
 #include "platform/files.h"
 #include "platform/path_text.h"
-#include "platform/pending_outputs.h"
-#include "platform/system_folders.h"
 
 namespace skyvault {
 

@@ -28,6 +28,11 @@ class OutputFile {
     bool finished_ = false;
 };
 
+/// From now on the file, or the folder with the files in it, is removed by AbandonPendingOutputs. It need not
+/// exist yet.
+void AddPendingOutput(const std::wstring& path);
+void ForgetPendingOutput(const std::wstring& path);
+
 /// For a program that is interrupted and about to end: removes the temporary files of this process that
 /// have not got their names yet, and its scratch folders; from now on every Commit fails. Callable from any
 /// thread, also while another one writes. False while a file could not be removed because it is still open

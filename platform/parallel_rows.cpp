@@ -131,16 +131,16 @@ class Pool {
 
 int threadCount = 0;
 
-}  // namespace
-
-void SetThreadCount(int count) {
-    threadCount = std::max(count, 0);
-}
-
 int ThreadCount() {
     if (threadCount > 0) return threadCount;
     static const int cores = std::max(1, static_cast<int>(std::thread::hardware_concurrency()));
     return cores;
+}
+
+}  // namespace
+
+void SetThreadCount(int count) {
+    threadCount = std::max(count, 0);
 }
 
 void ParallelBands(int bandCount, bool parallel, const Work& work, const Done& done) {

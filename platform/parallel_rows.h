@@ -20,7 +20,6 @@ inline constexpr std::uint32_t kBandRows = 64;
 
 /// Threads a loop may use, the calling one included. 0 (the start value) means one per core.
 void SetThreadCount(int count);
-int ThreadCount();
 
 /// Runs work(band) once for every band 0 .. bandCount − 1, in any order.
 /// work: must not throw. parallel false: all on the calling thread, in order.

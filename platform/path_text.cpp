@@ -1,6 +1,6 @@
 #include "platform/path_text.h"
 
-#include "platform/text_case.h"
+#include "platform/system_text.h"
 
 namespace skyvault {
 

@@ -6,9 +6,8 @@
 
 #include "platform/clock.h"
 #include "platform/files.h"
+#include "platform/output_file.h"
 #include "platform/path_text.h"
-#include "platform/pending_outputs.h"
-#include "platform/system_folders.h"
 
 namespace skyvault {
 

@@ -1,7 +1,7 @@
 #include "projection/build_faces.h"
 
 #include "image/bleed_alpha.h"
-#include "image/mvector.h"
+#include "platform/mvector.h"
 #include "projection/face_rows.h"
 #include "projection/resize_image.h"
 
@@ -20,12 +20,10 @@ bool EdgePositions(std::uint32_t faceSize, std::uint32_t size, MVector<float>& p
 
 }  // namespace
 
-bool BuildFace(Panorama& panorama, Image& face, CubeFace which, std::uint32_t size, PixelFormat format) {
+Outcome BuildFace(const Panorama& panorama, Image& face, CubeFace which, std::uint32_t size,
+                  PixelFormat format, const Color8& emptyColour) {
     MVector<float> positions;
-    if (!EdgePositions(panorama.faceSize, size, positions)) {
-        panorama.feedback.Error(L"Out of memory");
-        return false;
-    }
+    if (!EdgePositions(panorama.faceSize, size, positions)) return Failure(Reason::NoMemory);
     const LayoutGrid grid{
         size, size,
         [&](std::uint32_t row, std::uint32_t first, int count, DirectionBlock& block, std::uint8_t*) {
@@ -41,23 +39,30 @@ bool BuildFace(Panorama& panorama, Image& face, CubeFace which, std::uint32_t si
         true};
     RenderOptions options;
     options.format = format;
-    if (!RenderLayout(panorama, grid, options, face)) return false;
-    BleedAlpha(face);
-    return true;
+    options.emptyColour = emptyColour;
+    Outcome rendered = RenderLayout(panorama, grid, options, face);
+    if (rendered.IsDone()) BleedAlpha(face);
+    return rendered;
 }
 
-void AntialiasFaces(Panorama& panorama, float factor) {
-    if (!(factor > 0.0f)) return;
+Outcome AntialiasFaces(Panorama& panorama, float factor, Feedback& feedback) {
+    if (!(factor > 0.0f)) return {};
     const float scaled = static_cast<float>(panorama.faceSize) * factor;
     panorama.faceSize = scaled < 4294967040.0f ? static_cast<std::uint32_t>(scaled) : 0;
+    Outcome outcome;
     for (int f = 0; f < kFaceCount; ++f) {
-        if (panorama.feedback.ProgressActive()) {
-            panorama.feedback.SetProgress(static_cast<float>(f + 1) / 6.0f, L"Antialiasing cube faces...");
+        if (feedback.ProgressActive()) {
+            feedback.SetProgress(static_cast<float>(f + 1) / 6.0f, L"Antialiasing cube faces...");
         }
         Image& face = panorama.faces[static_cast<std::size_t>(f)];
         Image resized = ResizeImage(face, panorama.faceSize, panorama.faceSize, face.format, true, false);
-        if (resized.IsValid()) face = std::move(resized);
+        if (resized.IsValid()) {
+            face = std::move(resized);
+        } else {
+            outcome = Failure(Reason::NoMemory);
+        }
     }
+    return outcome;
 }
 
 }  // namespace skyvault

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <cstring>
 
-#include "image/memory.h"
+#include "platform/memory.h"
 
 namespace skyvault {
 
@@ -39,32 +39,6 @@ inline void CopyPixels(const std::uintptr_t* addresses, int count, std::uint32_t
             return CopyPixels<6>(addresses, count, destination);
         case 8:
             return CopyPixels<8>(addresses, count, destination);
-        default:
-            return;
-    }
-}
-
-/// Copies a row of pixels to an address each.
-template <int kBytes>
-void ScatterPixels(const std::byte* pixels, int count, std::byte* const* targets) {
-    for (int i = 0; i < count; ++i) std::memcpy(targets[i], pixels + i * kBytes, kBytes);
-}
-
-inline void ScatterPixels(const std::byte* pixels, int count, std::uint32_t bytesPerPixel,
-                          std::byte* const* targets) {
-    switch (bytesPerPixel) {
-        case 1:
-            return ScatterPixels<1>(pixels, count, targets);
-        case 2:
-            return ScatterPixels<2>(pixels, count, targets);
-        case 3:
-            return ScatterPixels<3>(pixels, count, targets);
-        case 4:
-            return ScatterPixels<4>(pixels, count, targets);
-        case 6:
-            return ScatterPixels<6>(pixels, count, targets);
-        case 8:
-            return ScatterPixels<8>(pixels, count, targets);
         default:
             return;
     }

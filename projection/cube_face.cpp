@@ -103,17 +103,4 @@ PixelValue SampleCubeFaces(const CubeFaces& faces, const Direction& d) {
     return face.GetPixel(pixel.column, pixel.row);
 }
 
-const wchar_t* FaceAffix(int namingSystem, int face) {
-    static const wchar_t* const kAffixes[6][kFaceCount] = {
-        {L"_front", L"_right", L"_back", L"_left", L"_top", L"_bottom"},
-        {L"_front", L"_right", L"_back", L"_left", L"_up", L"_down"},
-        {L"_f", L"_r", L"_b", L"_l", L"_u", L"_d"},
-        {L"_ft", L"_rt", L"_bk", L"_lf", L"_up", L"_dn"},
-        {L"f_", L"r_", L"b_", L"l_", L"u_", L"d_"},
-        {L"0", L"1", L"2", L"3", L"4", L"5"},
-    };
-    if (namingSystem < 0 || namingSystem > 5 || face < 0 || face >= kFaceCount) return L"";
-    return kAffixes[namingSystem][face];
-}
-
 }  // namespace skyvault

@@ -55,7 +55,4 @@ std::uint32_t FaceGridSize(const CubeFaces& faces);
 /// for the zero vector, NaN and faces that are not valid.
 PixelValue SampleCubeFaces(const CubeFaces& faces, const Direction& d);
 
-/// What six-file names carry for a face, by naming system 0..5; empty outside of both ranges.
-const wchar_t* FaceAffix(int namingSystem, int face);
-
 }  // namespace skyvault

@@ -3,9 +3,8 @@
 #include <algorithm>
 #include <cassert>
 #include <cstring>
-#include <limits>
 
-#include "image/picture_files.h"
+#include "codecs/picture_files.h"
 #include "projection/export_size.h"
 #include "projection/face_import.h"
 #include "projection/placed_faces.h"
@@ -103,70 +102,37 @@ void CopySquare(const Image& picture, std::uint64_t left, std::uint64_t top, Ima
     }
 }
 
-bool ExportLayout(Panorama& panorama, const std::wstring& path, PanoramaFormat format,
-                  std::wstring& infoLog) {
-    const CubeLayout& layout = LayoutOf(format);
-    const bool forScreen = path.empty();
-    RenderOptions options;
-    options.format = ExportPixelFormat(panorama, forScreen);
-    if (options.format == PixelFormat::None || panorama.IsEmpty()) return false;
-    constexpr std::uint32_t kLargestFace = std::numeric_limits<std::int32_t>::max();
-    const std::int32_t faceSize = static_cast<std::int32_t>(std::min(panorama.faceSize, kLargestFace));
-    std::int32_t edge = ChooseExportSize(panorama, SizeKind::CubeMap, faceSize, false, !forScreen);
-    if (forScreen) {
-        if (!panorama.viewTarget) return false;
-        const ClientSize client = panorama.viewTarget->Size();
-        edge = std::min(client.width / static_cast<std::int32_t>(layout.columns),
-                        client.height / static_cast<std::int32_t>(layout.rows));
-    }
-    if (edge < 1) return false;
-
-    const std::uint32_t size = static_cast<std::uint32_t>(edge);
-    PlacedFaces faces;
-    if (!faces.Compute(panorama.faceSize, size, layout.spread)) {
-        panorama.feedback.Error(L"Out of memory");
-        return false;
-    }
-    for (std::size_t f = 0; f < faces.places.size(); ++f) {
-        const PlacedFace& cell = layout.cells[f];
-        faces.places[f] = {cell.face, cell.left * size, cell.top * size, cell.turn};
-    }
-    options.background = EmptyColour(panorama.settings);
-    const LayoutGrid grid = faces.Grid(layout.columns * size, layout.rows * size);
-    if (!RenderLayout(panorama, grid, options, panorama.resultPicture)) return false;
-    return DeliverResult(panorama, path, infoLog);
-}
-
 }  // namespace
 
-bool ImportFaceLayout(Panorama& panorama, const std::wstring& path, PanoramaFormat format) {
-    const CubeLayout& layout = LayoutOf(format);
-    const Image picture = LoadPicture(path);
-    if (!picture.IsValid()) return false;
+Outcome ImportFaceLayout(const ImportRequest& request, Feedback&, Panorama& panorama) {
+    const CubeLayout& layout = LayoutOf(request.format);
+    Image picture;
+    Outcome loaded = LoadPicture(request.Path(), picture);
+    if (!loaded.IsDone()) return loaded;
     const std::uint32_t size = ImportedFaceSize(layout, picture);
-    if (size == 0) return false;
+    if (size == 0) return Failure(Reason::CannotOpen);
     for (const PlacedFace& cell : layout.cells) {
         Image& face = panorama.faces[static_cast<std::size_t>(cell.face)];
         face.Clear();
         face = Image(size, size, picture.format);
         if (!face.IsValid()) {
             face.Clear();
-            panorama.feedback.Error(L"Out of memory");
-            return false;
+            return Failure(Reason::NoMemory);
         }
         CopySquare(picture, std::uint64_t{cell.left} * size, std::uint64_t{cell.top} * size, face);
         if (cell.turn == FaceTurn::HalfTurn) face.Rotate180();
     }
     panorama.faceSize = size;
-    return true;
+    return {};
 }
 
-bool ImportInteriorStrip(Panorama& panorama, const std::wstring& path) {
-    const CubeLayout& layout = LayoutOf(PanoramaFormat::InteriorStrip);
-    const Image picture = LoadLayoutPicture(panorama, path);
-    if (!picture.IsValid()) return false;
+Outcome ImportInteriorStrip(const ImportRequest& request, Feedback& feedback, Panorama& panorama) {
+    const CubeLayout& layout = LayoutOf(request.format);
+    Image picture;
+    Outcome loaded = LoadLayoutPicture(request, picture);
+    if (!loaded.IsDone()) return loaded;
     const std::uint32_t size = ImportedFaceSize(layout, picture);
-    CreateFaces(panorama, size, picture.format, [&](CubeFace which, Image& face) {
+    return CreateFaces(panorama, size, picture.format, feedback, [&](CubeFace which, Image& face) {
         const PlacedFace& cell = layout.cells[static_cast<std::size_t>(which)];
         const bool mirrored = cell.turn == FaceTurn::MirroredLeftToRight;
         const std::int32_t left = static_cast<std::int32_t>(cell.left * size);
@@ -182,23 +148,30 @@ bool ImportInteriorStrip(Panorama& panorama, const std::wstring& path) {
                      }
                  });
     });
-    return true;
 }
 
-bool ExportHorizontalCross(Panorama& panorama, const std::wstring& path, std::wstring& infoLog) {
-    return ExportLayout(panorama, path, PanoramaFormat::HorizontalCross, infoLog);
-}
+Outcome RenderFaceLayout(const Panorama& panorama, const ExportRequest& request, Feedback& feedback,
+                         Image& result) {
+    const CubeLayout& layout = LayoutOf(request.format);
+    RenderOptions options;
+    Outcome asked = FormatOfExport(panorama, request, options.format);
+    if (!asked.IsDone()) return asked;
+    std::int32_t edge = ChooseExportSize(request, SizeKind::CubeMap, SourceFaceSize(panorama), feedback);
+    if (request.IsView()) {
+        edge = std::min(request.client->width / static_cast<std::int32_t>(layout.columns),
+                        request.client->height / static_cast<std::int32_t>(layout.rows));
+    }
+    if (edge < 1) return Failure(Reason::NothingToShow);
 
-bool ExportVerticalCross(Panorama& panorama, const std::wstring& path, std::wstring& infoLog) {
-    return ExportLayout(panorama, path, PanoramaFormat::VerticalCross, infoLog);
-}
-
-bool ExportStrip(Panorama& panorama, const std::wstring& path, PanoramaFormat format, std::wstring& infoLog) {
-    return ExportLayout(panorama, path, format, infoLog);
-}
-
-bool ExportInteriorStrip(Panorama& panorama, const std::wstring& path, std::wstring& infoLog) {
-    return ExportLayout(panorama, path, PanoramaFormat::InteriorStrip, infoLog);
+    const std::uint32_t size = static_cast<std::uint32_t>(edge);
+    PlacedFaces faces;
+    if (!faces.Compute(panorama.faceSize, size, layout.spread)) return Failure(Reason::NoMemory);
+    for (std::size_t f = 0; f < faces.places.size(); ++f) {
+        const PlacedFace& cell = layout.cells[f];
+        faces.places[f] = {cell.face, cell.left * size, cell.top * size, cell.turn};
+    }
+    options.emptyColour = EmptyColour(request.settings);
+    return RenderLayout(panorama, faces.Grid(layout.columns * size, layout.rows * size), options, result);
 }
 
 }  // namespace skyvault

@@ -6,32 +6,25 @@
 //        Bottom                   Bottom
 //                                 Back°          ° turned by 180°    * mirrored left to right
 //
-// Exports look through the panorama as it is turned now. Their edge follows Resolution0, at most the
-// panorama's faces; "Antialiasing" makes no difference to them. With an empty path they fill the view target
-// and show it there.
+// Exports look through the panorama as it is turned now. The edge of files follows Resolution0, at most the
+// panorama's faces; "Antialiasing" makes no difference to them.
 #pragma once
 
-#include <string>
-
-#include "projection/panorama.h"
+#include "projection/layout_requests.h"
 
 namespace skyvault {
 
 /// Cuts the faces out of a cross or strip (all but the interior strip) of its width's size; what the picture
-/// is too low for stays zero. Pixels are copied as they are, with their alpha. A picture that cannot be read
-/// or is too narrow for faces leaves the panorama empty: false, and nothing is reported. A face without
-/// memory is reported ("Out of memory") and ends the import: false; those before it stay.
-bool ImportFaceLayout(Panorama& panorama, const std::wstring& path, PanoramaFormat layout);
+/// is too low for stays zero. Pixels are copied as they are, with their alpha. CannotOpen also for a picture
+/// too narrow for faces. A face without memory ends the import; those before it stay.
+Outcome ImportFaceLayout(const ImportRequest& request, Feedback& feedback, Panorama& panorama);
 
 /// Reads the faces from an interior strip of its height's size; positions wrap around its edges. Composited
-/// over the background colour unless "Transparency" is on. False when the picture cannot be read, and nothing
-/// is reported. A face without memory is reported and stays empty.
-bool ImportInteriorStrip(Panorama& panorama, const std::wstring& path);
+/// over the background colour unless "Transparency" is on. A face without memory stays empty.
+Outcome ImportInteriorStrip(const ImportRequest& request, Feedback& feedback, Panorama& panorama);
 
-bool ExportHorizontalCross(Panorama& panorama, const std::wstring& path, std::wstring& infoLog);
-bool ExportVerticalCross(Panorama& panorama, const std::wstring& path, std::wstring& infoLog);
-/// layout: Strip or StripXyz.
-bool ExportStrip(Panorama& panorama, const std::wstring& path, PanoramaFormat layout, std::wstring& infoLog);
-bool ExportInteriorStrip(Panorama& panorama, const std::wstring& path, std::wstring& infoLog);
+/// All five layouts: request.format says which.
+Outcome RenderFaceLayout(const Panorama& panorama, const ExportRequest& request, Feedback& feedback,
+                         Image& result);
 
 }  // namespace skyvault

@@ -1,9 +1,8 @@
 #include "projection/dds.h"
 
 #include <algorithm>
-#include <limits>
 
-#include "image/dds_cube_map.h"
+#include "codecs/dds_cube_map.h"
 #include "projection/build_faces.h"
 #include "projection/export_size.h"
 
@@ -21,30 +20,28 @@ bool IsComplete(const Panorama& panorama) {
 
 }  // namespace
 
-bool ImportCubeMapDds(Panorama& panorama, const std::wstring& path) {
-    if (path.empty()) return false;
-    const bool loaded = LoadDdsCubeMap(path, panorama.faces, panorama.settings.transparency);
-    if (!loaded || panorama.IsEmpty()) {
-        panorama.feedback.Error(L"Could not open \"" + path + L"\"");
-        return false;
-    }
+Outcome ImportCubeMapDds(const ImportRequest& request, Feedback&, Panorama& panorama) {
+    if (request.Path().empty()) return Failure(Reason::CannotOpen);
+    Outcome loaded = LoadDdsCubeMap(request.Path(), panorama.faces, request.settings.transparency);
+    if (!loaded.IsDone()) return loaded;
+    if (panorama.IsEmpty()) return Failure(Reason::CannotOpen);
     panorama.faceSize = panorama.faces[0].width;
-    return true;
+    return {};
 }
 
-bool ExportCubeMapDDS(Panorama& panorama, const std::wstring& path, std::wstring& infoLog) {
-    if (path.empty() || !IsComplete(panorama)) return false;
-    constexpr std::uint32_t kLargest = std::numeric_limits<std::int32_t>::max();
-    const std::int32_t sourceSize = static_cast<std::int32_t>(std::min(panorama.faceSize, kLargest));
-    const std::int32_t size = ChooseExportSize(panorama, SizeKind::CubeMap, sourceSize, true, true);
-    const PixelFormat format = ExportPixelFormat(panorama, false);
-    if (format == PixelFormat::None) return false;
-
+Outcome ExportCubeMapDDS(const Panorama& panorama, const ExportRequest& request, Feedback& feedback, Image&) {
+    PixelFormat format = PixelFormat::None;
+    Outcome asked = FormatOfExport(panorama, request, format);
+    if (!asked.IsDone()) return asked;
+    if (!IsComplete(panorama)) return Failure(Reason::CannotWrite);
+    const std::int32_t size =
+        ChooseExportSize(request, SizeKind::CubeMap, SourceFaceSize(panorama), feedback, true);
+    const Color8 emptyColour = EmptyColour(request.settings);
     const auto build = [&](std::size_t f, Image& face) {
-        return BuildFace(panorama, face, static_cast<CubeFace>(f), static_cast<std::uint32_t>(size), format);
+        return BuildFace(panorama, face, static_cast<CubeFace>(f), static_cast<std::uint32_t>(size), format,
+                         emptyColour);
     };
-    return SaveDdsCubeMap(path, build, panorama.settings.transparency, panorama.settings.compressDds,
-                          &infoLog);
+    return SaveDdsCubeMap(request.path, build, request.settings.transparency, request.settings.compressDds);
 }
 
 }  // namespace skyvault

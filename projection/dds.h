@@ -1,19 +1,17 @@
 // DirectX DDS cube maps: six faces in one file.
 #pragma once
 
-#include <string>
-
-#include "projection/panorama.h"
+#include "projection/layout_requests.h"
 
 namespace skyvault {
 
 /// Reads the six faces; composited over black unless "Transparency" is on. faceSize becomes the front face's
-/// width. Reports a file that cannot be opened and returns false; the panorama then stays empty.
-bool ImportCubeMapDds(Panorama& panorama, const std::wstring& path);
+/// width.
+Outcome ImportCubeMapDds(const ImportRequest& request, Feedback& feedback, Panorama& panorama);
 
-/// Builds the six faces in a power of two and writes them to `path`, by the settings "Transparency" (keep
-/// alpha) and "CompressDDS". False for an empty path: there is no view of it. infoLog receives the
-/// description of the written file.
-bool ExportCubeMapDDS(Panorama& panorama, const std::wstring& path, std::wstring& infoLog);
+/// Builds the six faces in a power of two and writes them, by the settings "Transparency" (keep alpha) and
+/// "CompressDDS". There is no view of it; `result` stays as it is.
+Outcome ExportCubeMapDDS(const Panorama& panorama, const ExportRequest& request, Feedback& feedback,
+                         Image& result);
 
 }  // namespace skyvault

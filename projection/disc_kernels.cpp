@@ -1,5 +1,4 @@
-// Compiled twice: as part of the library, and with SKYVAULT_KERNELS_AVX2 for AVX2. Only functions of this
-// file and always-inlined ones may be called here, so that no AVX2 code hides in a shared inline function.
+// Compiled once for every set of kernels; see row_kernels.cpp.
 //
 // Short loops: the processor overlaps more of their iterations than of one long one.
 #include "projection/disc_kernels.h"
@@ -9,7 +8,6 @@
 
 #include "projection/direction.h"
 #include "projection/fast_math.h"
-#include "projection/kernel_build.h"
 
 namespace skyvault::KERNEL_SET {
 
@@ -225,10 +223,13 @@ static void HeartPixels(const DirectionBlock& block, int n, std::uint32_t width,
     }
 }
 
-extern const DiscKernels kDiscKernels;
 const DiscKernels kDiscKernels = {
-    SphereMapDirections, MirrorBallDirections, HeartDirections,
-    SphereMapPixels,     MirrorBallPixels,     HeartPixels,
+    .sphereMapDirections = SphereMapDirections,
+    .mirrorBallDirections = MirrorBallDirections,
+    .heartDirections = HeartDirections,
+    .sphereMapPixels = SphereMapPixels,
+    .mirrorBallPixels = MirrorBallPixels,
+    .heartPixels = HeartPixels,
 };
 
 }  // namespace skyvault::KERNEL_SET

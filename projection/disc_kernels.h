@@ -1,5 +1,5 @@
-// The passes of the sphere map, the mirror ball and the heart, built twice like those of row_kernels.h and
-// chosen together with them.
+// The passes of the sphere map, the mirror ball and the heart, one table for every set of kernels
+// (kernel_choice.h).
 #pragma once
 
 #include <cstdint>
@@ -37,7 +37,6 @@ struct DiscKernels {
     Pixels sphereMapPixels, mirrorBallPixels, heartPixels;
 };
 
-/// Of the set Kernels() gives.
-const DiscKernels& DiscPasses();
+SKYVAULT_KERNEL_TABLE(DiscKernels, DiscPasses)
 
 }  // namespace skyvault

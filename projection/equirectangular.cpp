@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 
-#include "image/mvector.h"
+#include "platform/mvector.h"
 #include "projection/export_size.h"
 #include "projection/face_import.h"
 #include "projection/fast_math.h"
@@ -97,50 +97,41 @@ void MagnifiedRow(const MagnifyingGlass& glass, std::uint32_t width, std::uint32
 
 }  // namespace
 
-bool ImportEquirectangular(Panorama& panorama, const std::wstring& path) {
-    panorama.equirectSource.Clear();
-    panorama.equirectSource = LoadLayoutPicture(panorama, path);
-    const Image& source = panorama.equirectSource;
-    if (!source.IsValid()) {
-        panorama.feedback.Error(L"Could not open \"" + path + L"\"");
-        return false;
-    }
-    panorama.faceSize = static_cast<std::uint32_t>(static_cast<float>(source.width) * 0.25f);
-    return true;
+Outcome ImportEquirectangular(const ImportRequest& request, Feedback&, Panorama& panorama) {
+    Outcome loaded = LoadLayoutPicture(request, panorama.equirectSource);
+    if (!loaded.IsDone()) return loaded;
+    panorama.faceSize = static_cast<std::uint32_t>(static_cast<float>(panorama.equirectSource.width) * 0.25f);
+    return {};
 }
 
-bool ExportEquirectangular(Panorama& panorama, const std::wstring& path, std::wstring& infoLog) {
-    const bool forScreen = path.empty();
-    const PixelFormat format = ExportPixelFormat(panorama, forScreen);
-    if (format == PixelFormat::None || panorama.IsEmpty()) return false;
+Outcome RenderEquirectangular(const Panorama& panorama, const ExportRequest& request, Feedback& feedback,
+                              Image& result) {
+    RenderOptions options;
+    Outcome asked = FormatOfExport(panorama, request, options.format);
+    if (!asked.IsDone()) return asked;
     const float sourceWidth = std::min(static_cast<float>(panorama.faceSize) * 4.0f, 2147483520.0f);
-    const std::int32_t size = ChooseExportSize(panorama, SizeKind::Equirectangular,
-                                               static_cast<std::int32_t>(sourceWidth), false, !forScreen);
-    const bool doubled = panorama.settings.antialiasing;
+    const std::int32_t size = ChooseExportSize(request, SizeKind::Equirectangular,
+                                               static_cast<std::int32_t>(sourceWidth), feedback);
+    const bool doubled = request.settings.antialiasing;
     std::int32_t width = doubled ? 2 * size : size;
     std::int32_t height = doubled ? 2 * (size / 2) : size / 2;
-    if (forScreen) {
-        if (!panorama.viewTarget) return false;
-        const ClientSize client = panorama.viewTarget->Size();
-        width = std::min(width, client.width);
-        height = std::min(height, client.height);
+    if (request.IsView()) {
+        width = std::min(width, request.client->width);
+        height = std::min(height, request.client->height);
         if (2 * height > width) {
             height = width / 2;
         } else {
             width = 2 * height;
         }
     }
-    if (width < 1 || height < 1) return false;
+    if (width < 1 || height < 1) return Failure(Reason::NothingToShow);
 
     const std::uint32_t columns = static_cast<std::uint32_t>(width);
     const std::uint32_t rows = static_cast<std::uint32_t>(height);
     GridAngles angles;
-    if (!angles.Compute(width, height)) {
-        panorama.feedback.Error(L"Out of memory");
-        return false;
-    }
+    if (!angles.Compute(width, height)) return Failure(Reason::NoMemory);
     const MagnifyingGlass glass(columns, rows);
-    const bool magnify = forScreen && panorama.settings.magnifyingGlass;
+    const bool magnify = request.IsView() && request.settings.magnifyingGlass;
     const RowKernels& kernels = Kernels();
     const LayoutGrid grid{
         columns, rows,
@@ -154,12 +145,13 @@ bool ExportEquirectangular(Panorama& panorama, const std::wstring& path, std::ws
             }
             return Coverage::All;
         }};
-    RenderOptions options;
-    options.format = format;
-    options.halve = doubled && !forScreen;
-    if (!forScreen) options.progressText = L"Exporting equirectangular...";
-    if (!RenderLayout(panorama, grid, options, panorama.resultPicture)) return false;
-    return DeliverResult(panorama, path, infoLog);
+    options.emptyColour = EmptyColour(request.settings);
+    options.halve = doubled && !request.IsView();
+    if (!request.IsView()) {
+        options.feedback = &feedback;
+        options.progressText = L"Exporting equirectangular...";
+    }
+    return RenderLayout(panorama, grid, options, result);
 }
 
 }  // namespace skyvault

@@ -1,22 +1,17 @@
-// Equirectangular pictures: the kept source of a panorama, and the export.
-//
-// Column 0 looks exactly to the back, column width/2 to the front, the bottom row exactly to the nadir and
-// the top row one row step short of the zenith. The grid has no half-pixel offsets.
+// The equirectangular picture, the form most panoramas come in.
 #pragma once
 
-#include <string>
-
-#include "projection/panorama.h"
+#include "projection/layout_requests.h"
 
 namespace skyvault {
 
-/// Loads the picture into equirectSource and sets faceSize to a quarter of its width; composited over the
-/// background colour unless "Transparency" is on. Reports a picture that cannot be opened and returns
-/// false; the panorama then stays empty.
-bool ImportEquirectangular(Panorama& panorama, const std::wstring& path);
+/// Reads the picture as the panorama's equirectangular source.
+Outcome ImportEquirectangular(const ImportRequest& request, Feedback& feedback, Panorama& panorama);
 
-/// Writes the panorama to `path`, or with an empty path builds it for the view target and shows it there.
-/// infoLog receives the description of the written file. Progress: "Exporting equirectangular...".
-bool ExportEquirectangular(Panorama& panorama, const std::wstring& path, std::wstring& infoLog);
+/// A file has the width of "Resolution1", at most four times the faces', and is averaged from twice that with
+/// "Antialiasing"; progress: "Exporting equirectangular...". A view is as large as fits, with the magnifying
+/// glass when it is on.
+Outcome RenderEquirectangular(const Panorama& panorama, const ExportRequest& request, Feedback& feedback,
+                              Image& result);
 
 }  // namespace skyvault

@@ -1,4 +1,4 @@
-// Compiled twice; see row_kernels.cpp.
+// Compiled once for every set of kernels; see row_kernels.cpp.
 #include "projection/estimate_kernels.h"
 
 #include <bit>
@@ -8,17 +8,13 @@
 
 #include "projection/direction.h"
 #include "projection/fast_math.h"
-#include "projection/kernel_build.h"
 
 namespace skyvault::KERNEL_SET {
 
 /// With one rounding or two, whichever is quicker here.
 SKYVAULT_INLINE float MultiplyAdd(float a, float b, float c) {
-#ifdef SKYVAULT_KERNELS_AVX2
-    return std::fma(a, b, c);
-#else
+    if constexpr (kHasFma) return std::fma(a, b, c);
     return a * b + c;
-#endif
 }
 
 /// Seven coefficients of an odd polynomial near the arc tangent of −1..1, 2.5e-7 off (minimax), times a
@@ -111,7 +107,7 @@ struct MovedDirections {
 };
 
 /// Lists the lanes whose flag is 1. Flags of lanes n .. kBlockSize − 1 are changed.
-SKYVAULT_INLINE void ListDoubtful(std::uint32_t* SKYVAULT_RESTRICT flags, int n, DoubtfulLanes& doubtful) {
+SKYVAULT_INLINE void ListLanes(std::uint32_t* SKYVAULT_RESTRICT flags, int n, LanesNearEdges& nearEdges) {
     // Eight lanes share a byte, one bit each: word w's bit 8b + k is lane 32k + 8w + b.
     constexpr int kBytes = kBlockSize / 8, kWords = kBytes / 8;
     for (int i = n; i < kBlockSize; ++i) flags[i] = 0;
@@ -127,23 +123,23 @@ SKYVAULT_INLINE void ListDoubtful(std::uint32_t* SKYVAULT_RESTRICT flags, int n,
         std::memcpy(&word, bytes + 8 * w, sizeof word);
         for (; word != 0; word &= word - 1) {
             const int bit = std::countr_zero(word);
-            doubtful.lanes[count++] = static_cast<std::uint8_t>((bit % 8) * kBytes + 8 * w + bit / 8);
+            nearEdges.lanes[count++] = static_cast<std::uint8_t>((bit % 8) * kBytes + 8 * w + bit / 8);
         }
     }
-    doubtful.count = count;
+    nearEdges.count = count;
 }
 
 template <bool kMoved>
 static void FindInEquirect(const DirectionBlock& block, int n, const EquirectGrid& grid,
                            const EstimateTurn& turn, std::uint64_t* SKYVAULT_RESTRICT addresses,
-                           DoubtfulLanes& doubtful) {
+                           LanesNearEdges& nearEdges) {
     const float width = static_cast<float>(grid.width), height = static_cast<float>(grid.height);
     // Half a pixel more, to round by cutting off.
     const float left = 0.5f, middle = 0.5f * width + 0.5f, right = width + 0.5f;
     const float halfHeight = 0.5f * height, horizon = halfHeight + 0.5f;
     const AtanPolynomial aroundPolynomial(2.0f * width / kTwoPi), upPolynomial(height / kPi);
-    // Margins in pixels; near the poles the column's grows, as rounding moves the direction by a fixed angle.
-    const float columnMargin = 5.5e-7f * width, rowMargin = 6.5e-7f * height;
+    const float columnMargin = kColumnMargin * width, rowMargin = kRowMargin * height;
+    const float poleMargin = kPoleMargin * width;
 
     // Short loops: the processor overlaps more of their iterations than of one long one.
     const MovedDirections<kMoved> source(block, n, turn);
@@ -181,7 +177,7 @@ static void FindInEquirect(const DirectionBlock& block, int n, const EquirectGri
         const float columnOff = std::fabs(columns[i] - static_cast<float>(column) - 0.5f);
         const float rowOff = std::fabs(rows[i] - static_cast<float>(row) - 0.5f);
         const float columnRoom =
-            MultiplyAdd(columnReach - columnOff, acrosses[i], -columnMargin * std::fabs(source.y[i]));
+            MultiplyAdd(columnReach - columnOff, acrosses[i], -poleMargin * std::fabs(source.y[i]));
         // NaN leaves no room.
         flags[i] = ((columnRoom > 0.0f) & (rowReach > rowOff)) ? 0 : 1;
         // One past the last is the first again.
@@ -189,35 +185,30 @@ static void FindInEquirect(const DirectionBlock& block, int n, const EquirectGri
         const std::uint32_t wrappedColumn = c == grid.width ? 0 : c, wrappedRow = r == grid.height ? 0 : r;
         addresses[i] = grid.origin + (wrappedRow * grid.stride + wrappedColumn * grid.bytesPerPixel);
     }
-    ListDoubtful(flags, n, doubtful);
+    ListLanes(flags, n, nearEdges);
 }
 
 template <bool kMoved>
 static void FindInFaces(const DirectionBlock& block, int n, const FacesInMemory& faces,
                         const EstimateTurn& turn, std::uint64_t* SKYVAULT_RESTRICT addresses,
-                        DoubtfulLanes& doubtful) {
+                        LanesNearEdges& nearEdges) {
     const float size = static_cast<float>(faces.grid.size), h = (size - 1.0f) * 0.5f;
     // One select finds both: a face's number in the low bits, which are free, and where its pixels begin.
     const std::uint32_t front = faces.bases[0], right = faces.bases[1] | 1, back = faces.bases[2] | 2,
                         left = faces.bases[3] | 3, top = faces.bases[4] | 4, bottom = faces.bases[5] | 5;
     const MovedDirections<kMoved> source(block, n, turn);
-    alignas(64) float rooms[kBlockSize];
     alignas(64) std::uint32_t flags[kBlockSize], bases[kBlockSize];
     for (int i = 0; i < n; ++i) {
         const float x = source.x[i], y = source.y[i], z = source.z[i];
         const float ax = std::fabs(x), ay = std::fabs(y), az = std::fabs(z);
-        const float larger = ax > ay ? ax : ay, smaller = ax > ay ? ay : ax;
+        const float larger = ax > ay ? ax : ay;
         const std::uint32_t frontOrBack = z > 0.0f ? front : back;
         const std::uint32_t rightOrLeft = x > 0.0f ? right : left;
         const std::uint32_t topOrBottom = y > 0.0f ? top : bottom;
         const std::uint32_t other = ax >= ay ? rightOrLeft : topOrBottom;
         bases[i] = az >= larger ? frontOrBack : other;
-        // The face is doubtful where the two longest components are about as long.
-        const float longest = az > larger ? az : larger, rest = az > larger ? larger : az;
-        const float second = rest > smaller ? rest : smaller;
-        rooms[i] = MultiplyAdd(longest, 1.0f - 2e-6f, -second);
     }
-    const float reach = 0.5f - 1.25e-6f * size;
+    const float reach = 0.5f - kFacePixelMargin * size;
     for (int i = 0; i < n; ++i) {
         const std::uint32_t face = bases[i] & 7;
         const float x = source.x[i], y = source.y[i], z = source.z[i];
@@ -225,7 +216,7 @@ static void FindInFaces(const DirectionBlock& block, int n, const FacesInMemory&
         const float axis = face >= 4 ? y : axisOdd;
         const float alongColumns = (face & 5) == 1 ? z : x;
         const float alongRows = face >= 4 ? z : y;
-        // As in the whole way, the quotients carry the sign of the axis.
+        // As in the exact lookup, the quotients carry the sign of the axis.
         const float reciprocal = h / axis;
         const float columnPosition = MultiplyAdd(alongColumns, SignChanged(reciprocal, face << 31), h);
         const float rowPosition = MultiplyAdd(alongRows, SignChanged(reciprocal, face - 2), h);
@@ -234,12 +225,12 @@ static void FindInFaces(const DirectionBlock& block, int n, const FacesInMemory&
         const float columnOff = std::fabs(columnPosition - static_cast<float>(column) - 0.5f);
         const float rowOff = std::fabs(rowPosition - static_cast<float>(row) - 0.5f);
         // NaN leaves no room.
-        flags[i] = ((columnOff < reach) & (rowOff < reach) & (rooms[i] > 0.0f)) ? 0 : 1;
+        flags[i] = ((columnOff < reach) & (rowOff < reach)) ? 0 : 1;
         const std::uint32_t offset = static_cast<std::uint32_t>(row) * faces.grid.stride +
                                      static_cast<std::uint32_t>(column) * faces.grid.bytesPerPixel;
         addresses[i] = faces.origin + ((bases[i] - face) + offset);
     }
-    ListDoubtful(flags, n, doubtful);
+    ListLanes(flags, n, nearEdges);
 }
 
 static bool Moves(const EstimateTurn& turn) {
@@ -247,20 +238,20 @@ static bool Moves(const EstimateTurn& turn) {
 }
 
 static void Equirect(const DirectionBlock& block, int n, const EquirectGrid& grid, const EstimateTurn& turn,
-                     std::uint64_t* addresses, DoubtfulLanes& doubtful) {
+                     std::uint64_t* addresses, LanesNearEdges& nearEdges) {
     if (Moves(turn)) {
-        FindInEquirect<true>(block, n, grid, turn, addresses, doubtful);
+        FindInEquirect<true>(block, n, grid, turn, addresses, nearEdges);
     } else {
-        FindInEquirect<false>(block, n, grid, turn, addresses, doubtful);
+        FindInEquirect<false>(block, n, grid, turn, addresses, nearEdges);
     }
 }
 
 static void Faces(const DirectionBlock& block, int n, const FacesInMemory& faces, const EstimateTurn& turn,
-                  std::uint64_t* addresses, DoubtfulLanes& doubtful) {
+                  std::uint64_t* addresses, LanesNearEdges& nearEdges) {
     if (Moves(turn)) {
-        FindInFaces<true>(block, n, faces, turn, addresses, doubtful);
+        FindInFaces<true>(block, n, faces, turn, addresses, nearEdges);
     } else {
-        FindInFaces<false>(block, n, faces, turn, addresses, doubtful);
+        FindInFaces<false>(block, n, faces, turn, addresses, nearEdges);
     }
 }
 
@@ -278,7 +269,6 @@ static bool NearNadir(const DirectionBlock& block, int n, float radius) {
     return near != 0;
 }
 
-extern const EstimateKernels kEstimateKernels;
-const EstimateKernels kEstimateKernels = {Equirect, Faces, NearNadir};
+const EstimateKernels kEstimateKernels = {.equirect = Equirect, .faces = Faces, .nearNadir = NearNadir};
 
 }  // namespace skyvault::KERNEL_SET

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
-#include "image/mvector.h"
-#include "image/picture_files.h"
-#include "image/pixel_convert.h"
+#include "codecs/picture_files.h"
+#include "image/pixel_rows.h"
+#include "platform/mvector.h"
 #include "platform/parallel_rows.h"
 #include "projection/copy_pixels.h"
 #include "projection/face_rows.h"
@@ -28,22 +28,23 @@ void Wrap(std::int32_t* positions, int count, std::int32_t size) {
 
 }  // namespace
 
-Image LoadLayoutPicture(const Panorama& panorama, const std::wstring& path) {
-    Image picture = LoadPicture(path);
-    if (picture.IsValid() && !panorama.settings.transparency) {
-        Color8 background = panorama.settings.backgroundColour;
+Outcome LoadLayoutPicture(const ImportRequest& request, Image& picture) {
+    Outcome loaded = LoadPicture(request.Path(), picture);
+    if (loaded.IsDone() && !request.settings.transparency) {
+        Color8 background = request.settings.backgroundColour;
         background.alpha = 255;
         picture.FlattenAlpha(background);
     }
-    return picture;
+    return loaded;
 }
 
-void CreateFaces(Panorama& panorama, std::uint32_t faceSize, PixelFormat format,
-                 const std::function<void(CubeFace which, Image& face)>& fill) {
+Outcome CreateFaces(Panorama& panorama, std::uint32_t faceSize, PixelFormat format, Feedback& feedback,
+                    const std::function<void(CubeFace which, Image& face)>& fill) {
     panorama.faceSize = faceSize;
+    Outcome outcome;
     for (int f = 0; f < kFaceCount; ++f) {
-        if (panorama.feedback.ProgressActive()) {
-            panorama.feedback.SetProgress(static_cast<float>(f + 1) / 6.0f, L"Creating cube faces...");
+        if (feedback.ProgressActive()) {
+            feedback.SetProgress(static_cast<float>(f + 1) / 6.0f, L"Creating cube faces...");
         }
         Image& face = panorama.faces[static_cast<std::size_t>(f)];
         face.Clear();
@@ -52,9 +53,10 @@ void CreateFaces(Panorama& panorama, std::uint32_t faceSize, PixelFormat format,
             fill(static_cast<CubeFace>(f), face);
         } else {
             face.Clear();
-            panorama.feedback.Error(L"Out of memory");
+            outcome = Failure(Reason::NoMemory);
         }
     }
+    return outcome;
 }
 
 void FillFace(Image& face, const Image& picture, const PixelLookup& lookup) {
@@ -69,24 +71,20 @@ void FillFace(Image& face, const Image& picture, const PixelLookup& lookup) {
         std::byte gathered[kBlockSize * 8];
         const std::uint32_t firstRow = static_cast<std::uint32_t>(band) * kBandRows;
         const std::uint32_t endRow = std::min(firstRow + kBandRows, face.height);
-        for (std::uint32_t first = 0; first < face.width; first += kBlockSize) {
-            const int count = static_cast<int>(std::min<std::uint32_t>(kBlockSize, face.width - first));
-            for (std::uint32_t row = firstRow; row < endRow; ++row) {
-                lookup(row, first, count, columns, rows);
-                Wrap(columns, count, static_cast<std::int32_t>(picture.width));
-                Wrap(rows, count, static_cast<std::int32_t>(picture.height));
-                for (int i = 0; i < count; ++i) {
-                    addresses[i] = origin + std::uint64_t{static_cast<std::uint32_t>(rows[i])} * stride +
-                                   std::uint64_t{static_cast<std::uint32_t>(columns[i])} * sourceBytes;
-                }
-                std::byte* target = face.Row(row) + std::size_t{first} * faceBytes;
-                CopyPixels(addresses, count, sourceBytes, convert ? gathered : target);
-                if (convert) {
-                    ConvertRow(picture.format, gathered, face.format, target,
-                               static_cast<std::size_t>(count));
-                }
+        ForRowBlocks(face.width, firstRow, endRow, [&](std::uint32_t row, std::uint32_t first, int count) {
+            lookup(row, first, count, columns, rows);
+            Wrap(columns, count, static_cast<std::int32_t>(picture.width));
+            Wrap(rows, count, static_cast<std::int32_t>(picture.height));
+            for (int i = 0; i < count; ++i) {
+                addresses[i] = origin + std::uint64_t{static_cast<std::uint32_t>(rows[i])} * stride +
+                               std::uint64_t{static_cast<std::uint32_t>(columns[i])} * sourceBytes;
             }
-        }
+            std::byte* target = face.Row(row) + std::size_t{first} * faceBytes;
+            CopyPixels(addresses, count, sourceBytes, convert ? gathered : target);
+            if (convert) {
+                ConvertRow(picture.format, gathered, face.format, target, static_cast<std::size_t>(count));
+            }
+        });
     };
     const int bandCount = static_cast<int>((face.height + kBandRows - 1) / kBandRows);
     ParallelBands(bandCount, std::uint64_t{face.width} * face.height >= kParallelPixels, fillBand);
@@ -98,9 +96,7 @@ void FillFaceByDirection(CubeFace which, Image& face, const Image& picture, cons
         face, picture,
         [&](std::uint32_t row, std::uint32_t first, int count, std::int32_t* columns, std::int32_t* rows) {
             DirectionBlock block;
-            float across[kBlockSize];
-            for (int i = 0; i < count; ++i) across[i] = scale(std::int64_t{first} + i);
-            FaceRowDirections(which, across, scale(row), count, block.x, block.y, block.z);
+            FaceBlockDirections(which, scale, row, first, count, block);
             lookup(block, count, columns, rows);
         });
 }

@@ -5,20 +5,19 @@
 #include <functional>
 #include <string>
 
-#include "projection/panorama.h"
+#include "projection/layout_requests.h"
 #include "projection/row_kernels.h"
 
 namespace skyvault {
 
-/// The picture of a layout, composited over the background colour unless "Transparency" is on. Invalid when
-/// it cannot be read; nothing is reported.
-Image LoadLayoutPicture(const Panorama& panorama, const std::wstring& path);
+/// The picture of a layout, composited over the background colour unless "Transparency" is on.
+Outcome LoadLayoutPicture(const ImportRequest& request, Image& picture);
 
-/// Makes faceSize × faceSize pictures of the six faces, one after the other, and hands each to `fill`.
-/// A face without memory is reported ("Out of memory"), stays empty and is not filled. Progress: "Creating
-/// cube faces...". Sets the panorama's faceSize.
-void CreateFaces(Panorama& panorama, std::uint32_t faceSize, PixelFormat format,
-                 const std::function<void(CubeFace which, Image& face)>& fill);
+/// Makes faceSize × faceSize pictures of the six faces, one after the other, and hands each to `fill`. A face
+/// without memory stays empty and is not filled (NoMemory). Progress: "Creating cube faces...". Sets the
+/// panorama's faceSize.
+Outcome CreateFaces(Panorama& panorama, std::uint32_t faceSize, PixelFormat format, Feedback& feedback,
+                    const std::function<void(CubeFace which, Image& face)>& fill);
 
 /// Which pixel of a picture each of the pixels first .. first + count − 1 of a face's row shows. Any whole
 /// numbers: positions wrap around the picture's edges. Called from several threads at once.

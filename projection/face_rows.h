@@ -21,6 +21,10 @@ struct EdgeScale {
     float operator()(std::int64_t pixel) const { return static_cast<float>(pixel) * step - offset; }
 };
 
+/// Unit directions of the pixels first .. first + count − 1 (count ≤ kBlockSize) of a row of a face.
+void FaceBlockDirections(CubeFace face, const EdgeScale& scale, std::uint32_t row, std::uint32_t first,
+                         int count, DirectionBlock& block);
+
 /// Unit directions of `count` pixels of one row of a face, written at x, y and z: the pixels' positions
 /// across the face and the row's position down it.
 void FaceRowDirections(CubeFace face, const float* across, float down, int count, float* x, float* y,

@@ -21,6 +21,13 @@
 #define SKYVAULT_INLINE static inline __attribute__((always_inline))
 #endif
 
+// A promise that an array is reached through no other pointer.
+#if defined(_MSC_VER)
+#define SKYVAULT_RESTRICT __restrict
+#else
+#define SKYVAULT_RESTRICT __restrict__
+#endif
+
 namespace skyvault {
 
 SKYVAULT_INLINE float SquareRoot(float x) {

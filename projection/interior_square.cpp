@@ -148,14 +148,15 @@ class SquareRows {
 
 }  // namespace
 
-bool ImportInteriorSquare(Panorama& panorama, const std::wstring& path) {
-    const Image picture = LoadLayoutPicture(panorama, path);
-    if (!picture.IsValid()) return false;
-    const PixelFormat format = panorama.settings.transparency ? WithAlpha(picture.format) : picture.format;
+Outcome ImportInteriorSquare(const ImportRequest& request, Feedback& feedback, Panorama& panorama) {
+    Image picture;
+    Outcome loaded = LoadLayoutPicture(request, picture);
+    if (!loaded.IsDone()) return loaded;
+    const PixelFormat format = request.settings.transparency ? WithAlpha(picture.format) : picture.format;
     const float size = static_cast<float>(picture.width);
-    CreateFaces(panorama, picture.width, format, [&](CubeFace which, Image& face) {
+    return CreateFaces(panorama, picture.width, format, feedback, [&](CubeFace which, Image& face) {
         if (which == CubeFace::Back) {
-            face.Fill(PixelValue(EmptyColour(panorama.settings)));
+            face.Fill(PixelValue(EmptyColour(request.settings)));
             return;
         }
         FillFace(face, picture,
@@ -170,13 +171,12 @@ bool ImportInteriorSquare(Panorama& panorama, const std::wstring& path) {
                      }
                  });
     });
-    return true;
 }
 
-bool ExportInteriorSquare(Panorama& panorama, const std::wstring& path, std::wstring& infoLog) {
-    const std::uint32_t faceSize = panorama.faceSize;
-    const SquareShape shape = [faceSize](std::uint32_t size) {
-        const SquareRows rows(size, faceSize);
+Outcome RenderInteriorSquare(const Panorama& panorama, const ExportRequest& request, Feedback& feedback,
+                             Image& result) {
+    const SquareShape shape = [&](std::uint32_t size) {
+        const SquareRows rows(size, panorama.faceSize);
         return LayoutGrid{
             size, size,
             [rows](std::uint32_t row, std::uint32_t first, int count, DirectionBlock& block, std::uint8_t*) {
@@ -184,7 +184,7 @@ bool ExportInteriorSquare(Panorama& panorama, const std::wstring& path, std::wst
                 return Coverage::All;
             }};
     };
-    return ExportSquare(panorama, path, shape, infoLog);
+    return RenderSquare(panorama, request, feedback, shape, result);
 }
 
 }  // namespace skyvault

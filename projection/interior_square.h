@@ -11,19 +11,16 @@
 //      +---------------+
 #pragma once
 
-#include <string>
-
-#include "projection/panorama.h"
+#include "projection/layout_requests.h"
 
 namespace skyvault {
 
-/// Fills the faces, each as wide as the picture, from an interior square; the back face is of the background
-/// colour, transparent with "Transparency" (the faces then have alpha). False when the picture cannot be
-/// read.
-bool ImportInteriorSquare(Panorama& panorama, const std::wstring& path);
+/// Fills the faces, each as wide as the picture; the back face is of the background colour, transparent with
+/// "Transparency" (the faces then have alpha).
+Outcome ImportInteriorSquare(const ImportRequest& request, Feedback& feedback, Panorama& panorama);
 
-/// Writes the panorama to `path`, or with an empty path builds it for the view target and shows it there
-/// (ExportSquare). Every pixel looks at the face pixel the import would put it in.
-bool ExportInteriorSquare(Panorama& panorama, const std::wstring& path, std::wstring& infoLog);
+/// Every pixel looks at the face pixel the import would put it in. Sizes as RenderSquare.
+Outcome RenderInteriorSquare(const Panorama& panorama, const ExportRequest& request, Feedback& feedback,
+                             Image& result);
 
 }  // namespace skyvault

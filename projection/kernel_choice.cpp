@@ -1,8 +1,6 @@
-#include <atomic>
+#include "projection/kernel_choice.h"
 
-#include "projection/disc_kernels.h"
-#include "projection/estimate_kernels.h"
-#include "projection/row_kernels.h"
+#include <atomic>
 
 #ifdef _MSC_VER
 #include <immintrin.h>
@@ -10,17 +8,6 @@
 #endif
 
 namespace skyvault {
-
-namespace baseline_kernels {
-extern const RowKernels kKernels;
-extern const DiscKernels kDiscKernels;
-extern const EstimateKernels kEstimateKernels;
-}  // namespace baseline_kernels
-namespace avx2_kernels {
-extern const RowKernels kKernels;
-extern const DiscKernels kDiscKernels;
-extern const EstimateKernels kEstimateKernels;
-}  // namespace avx2_kernels
 
 namespace {
 
@@ -37,42 +24,26 @@ bool ProcessorHasAvx2() {
 #endif
 }
 
-const RowKernels* FastestKernels() {
-    return ProcessorHasAvx2() ? &avx2_kernels::kKernels : &baseline_kernels::kKernels;
+KernelSet FastestSet() {
+    return ProcessorHasAvx2() ? KernelSet::Avx2 : KernelSet::Baseline;
 }
 
-std::atomic<const RowKernels*> chosen{nullptr};
+std::atomic<KernelSet> inUse{KernelSet::Fastest};  // until somebody asks which that is
 
 }  // namespace
 
-const RowKernels& Kernels() {
-    const RowKernels* kernels = chosen.load(std::memory_order_relaxed);
-    if (!kernels) {
-        kernels = FastestKernels();
-        chosen.store(kernels, std::memory_order_relaxed);
-    }
-    return *kernels;
-}
-
 KernelSet ChosenKernels() {
-    return &Kernels() == &avx2_kernels::kKernels ? KernelSet::Avx2 : KernelSet::Baseline;
-}
-
-const DiscKernels& DiscPasses() {
-    const bool baseline = &Kernels() == &baseline_kernels::kKernels;
-    return baseline ? baseline_kernels::kDiscKernels : avx2_kernels::kDiscKernels;
-}
-
-const EstimateKernels& Estimates() {
-    const bool baseline = &Kernels() == &baseline_kernels::kKernels;
-    return baseline ? baseline_kernels::kEstimateKernels : avx2_kernels::kEstimateKernels;
+    KernelSet set = inUse.load(std::memory_order_relaxed);
+    if (set == KernelSet::Fastest) {
+        set = FastestSet();
+        inUse.store(set, std::memory_order_relaxed);
+    }
+    return set;
 }
 
 bool UseKernels(KernelSet set) {
     if (set == KernelSet::Avx2 && !ProcessorHasAvx2()) return false;
-    chosen = set == KernelSet::Fastest ? FastestKernels()
-             : set == KernelSet::Avx2  ? &avx2_kernels::kKernels
-                                       : &baseline_kernels::kKernels;
+    inUse = set;
     return true;
 }
 

@@ -5,6 +5,7 @@
 
 #include "projection/pixel_text.h"
 #include "projection/placed_faces.h"
+#include "projection/single_files.h"
 
 namespace skyvault {
 
@@ -80,7 +81,7 @@ std::wstring FilePattern(int namingSystem, int face) {
     return affix.back() == L'_' ? affix + L"*" : L"*" + affix;
 }
 
-void DrawLabels(const Arrangement& plan, const AppState& settings, Image& picture) {
+void DrawLabels(const Arrangement& plan, const ExportSettings& settings, Image& picture) {
     const Color8 colour = TextColour(settings.backgroundColour);
     const bool roomForPattern = plan.edge >= kLongestLabel * kPixelLetterWidth * plan.letter;
     for (std::int32_t f = 0; f < kFaceCount; ++f) {
@@ -95,31 +96,31 @@ void DrawLabels(const Arrangement& plan, const AppState& settings, Image& pictur
 
 }  // namespace
 
-bool BuildLabelledFaces(Panorama& panorama) {
-    if (!panorama.viewTarget) return false;
-    const ClientSize client = panorama.viewTarget->Size();
-    if (client.width < 1 || client.height < 1) return false;
+Outcome RenderLabelledFaces(const Panorama& panorama, const ExportRequest& request, Feedback&,
+                            Image& result) {
+    RenderOptions options;
+    Outcome asked = FormatOfExport(panorama, request, options.format);
+    if (!asked.IsDone()) return asked;
+    if (!request.IsView()) return Failure(Reason::NothingToShow);
+    const ClientSize client = *request.client;
     const Arrangement plan = Arrange(client);
-    if (plan.edge < 1) return false;
+    if (plan.edge < 1) return Failure(Reason::NothingToShow);
 
     PlacedFaces faces;
     if (!faces.Compute(panorama.faceSize, static_cast<std::uint32_t>(plan.edge), EdgeSpread::Repeat)) {
-        panorama.feedback.Error(L"Out of memory");
-        return false;
+        return Failure(Reason::NoMemory);
     }
     for (std::int32_t f = 0; f < kFaceCount; ++f) {
         faces.places[static_cast<std::size_t>(f)] = {static_cast<CubeFace>(f),
                                                      static_cast<std::uint32_t>(plan.CellLeft(f)),
                                                      static_cast<std::uint32_t>(plan.CellTop(f))};
     }
-    RenderOptions options;
-    options.format = ExportPixelFormat(panorama, true);
-    options.background = EmptyColour(panorama.settings);
+    options.emptyColour = EmptyColour(request.settings);
     const LayoutGrid grid =
         faces.Grid(static_cast<std::uint32_t>(client.width), static_cast<std::uint32_t>(client.height));
-    if (!RenderLayout(panorama, grid, options, panorama.resultPicture)) return false;
-    if (plan.letter > 0) DrawLabels(plan, panorama.settings, panorama.resultPicture);
-    return true;
+    Outcome rendered = RenderLayout(panorama, grid, options, result);
+    if (rendered.IsDone() && plan.letter > 0) DrawLabels(plan, request.settings, result);
+    return rendered;
 }
 
 }  // namespace skyvault

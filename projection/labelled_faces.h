@@ -1,13 +1,13 @@
-// The window's view of single files: six faces, each with its name and what its file will be called.
+// The view of single files: six faces, each with its name and what its file will be called.
 #pragma once
 
-#include "projection/panorama.h"
+#include "projection/layout_requests.h"
 
 namespace skyvault {
 
-/// Builds resultPicture at the size of the view target's client area. The faces stand in the rows and columns
-/// that make them largest; labels are left out where they would not be readable. False without a view target,
-/// in a window too small for faces, and without memory, which is reported.
-bool BuildLabelledFaces(Panorama& panorama);
+/// Fills a view's whole room. The faces stand in the rows and columns that make them largest; labels are left
+/// out where they would not be readable. NothingToShow where there is no room for faces, and for files.
+Outcome RenderLabelledFaces(const Panorama& panorama, const ExportRequest& request, Feedback& feedback,
+                            Image& result);
 
 }  // namespace skyvault

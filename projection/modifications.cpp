@@ -1,6 +1,6 @@
 #include "projection/modifications.h"
 
-#include "image/numeric.h"
+#include "platform/numeric.h"
 
 namespace skyvault {
 

@@ -4,7 +4,7 @@
 #include <array>
 #include <cstdint>
 
-#include "image/mvector.h"
+#include "platform/mvector.h"
 #include "projection/cube_face.h"
 #include "projection/render_layout.h"
 

@@ -1,7 +1,7 @@
 #include "projection/preview.h"
 
-#include "image/numeric.h"
-#include "image/picture_size.h"
+#include "image/image.h"
+#include "platform/numeric.h"
 #include "projection/render_layout.h"
 
 namespace skyvault {
@@ -30,22 +30,19 @@ float FocalDepth(std::uint32_t width, float previewFov) {
 
 }  // namespace
 
-bool ExportPreview(Panorama& panorama, const std::wstring& path, const Camera& camera,
-                   std::wstring& infoLog) {
-    const bool forScreen = path.empty();
-    const PixelFormat format = ExportPixelFormat(panorama, forScreen);
-    if (format == PixelFormat::None || panorama.IsEmpty()) return false;
-    PictureSize size = PreviewSize(panorama.settings.resolution3);
-    if (forScreen) {
-        if (!panorama.viewTarget) return false;
-        const ClientSize client = panorama.viewTarget->Size();
-        if (client.width < 1 || client.height < 1) return false;
-        size = FitInto(size,
-                       {static_cast<std::uint32_t>(client.width), static_cast<std::uint32_t>(client.height)});
-        if (size.width < 1 || size.height < 1) return false;
+Outcome RenderPreview(const Panorama& panorama, const ExportRequest& request, Feedback&, Image& result) {
+    RenderOptions options;
+    Outcome asked = FormatOfExport(panorama, request, options.format);
+    if (!asked.IsDone()) return asked;
+    PictureSize size = PreviewSize(request.settings.resolution3);
+    if (request.IsView()) {
+        size = FitInto(size, {static_cast<std::uint32_t>(request.client->width),
+                              static_cast<std::uint32_t>(request.client->height)});
+        if (size.width < 1 || size.height < 1) return Failure(Reason::NothingToShow);
     }
+    const Camera& camera = request.camera;
     const Matrix4 turn = YawPitchRollMatrix(camera.heading, camera.pitch, camera.roll);
-    const float focalDepth = FocalDepth(size.width, panorama.settings.previewFov);
+    const float focalDepth = FocalDepth(size.width, request.settings.previewFov);
     const std::int32_t halfWidth = static_cast<std::int32_t>(size.width / 2);
     const std::int32_t halfHeight = static_cast<std::int32_t>(size.height / 2);
     const RowKernels& kernels = Kernels();
@@ -62,10 +59,8 @@ bool ExportPreview(Panorama& panorama, const std::wstring& path, const Camera& c
             if (!turn.isIdentity) kernels.transform(block.x, block.y, block.z, count, turn);
             return Coverage::All;
         }};
-    RenderOptions options;
-    options.format = format;
-    if (!RenderLayout(panorama, grid, options, panorama.resultPicture)) return false;
-    return DeliverResult(panorama, path, infoLog);
+    options.emptyColour = EmptyColour(request.settings);
+    return RenderLayout(panorama, grid, options, result);
 }
 
 }  // namespace skyvault

@@ -4,7 +4,7 @@
 #include <atomic>
 #include <cassert>
 
-#include "image/pixel_convert.h"
+#include "image/pixel_rows.h"
 #include "platform/parallel_rows.h"
 #include "projection/resize_image.h"
 #include "projection/view_sampler.h"
@@ -41,7 +41,7 @@ struct PendingBlock {
     bool whole = true;            ///< else `inside` says which pixels count
     std::uint8_t inside[kBlockSize];
 
-    void Finish(const ViewSampler& sampler, DoubtfulPixels& doubtful) {
+    void Finish(const ViewSampler& sampler) {
         if (!target) return;
         if (whole) {
             sampler.Fetch(lookup, target);
@@ -55,7 +55,6 @@ struct PendingBlock {
                 std::copy_n(pixels + at, bytesPerPixel, target + at);
             }
         }
-        doubtful.Add(lookup, target, whole ? nullptr : inside);
         target = nullptr;
     }
 };
@@ -90,44 +89,40 @@ struct GridPart {
 void RenderPart(const LayoutGrid& grid, const GridPart& part, const ViewSampler& sampler,
                 const Background& background, std::byte* destination, std::size_t stride) {
     const std::uint32_t bytesPerPixel = sampler.BytesPerPixel();
-    DirectionBlock block;
-    DoubtfulPixels doubtful(sampler);
     PendingBlock pending[2];
     int current = 0;
-    for (std::uint32_t column = 0; column < part.columns; column += kBlockSize) {
-        const int count = static_cast<int>(std::min<std::uint32_t>(kBlockSize, part.columns - column));
-        for (std::uint32_t row = 0; row < part.rows; ++row) {
-            PendingBlock& found = pending[current];
-            const Coverage coverage =
-                grid.directions(part.firstRow + row, part.firstColumn + column, count, block, found.inside);
-            std::byte* target = destination + row * stride + std::size_t{column} * bytesPerPixel;
-            if (coverage != Coverage::All) background.Fill(target, count);
-            if (coverage == Coverage::None) continue;
-            Stretch inside{0, count};
-            if (coverage == Coverage::Some) {
-                inside = CutToShape(block, count, found.inside);
-                target += static_cast<std::size_t>(inside.first) * bytesPerPixel;
-            }
-            sampler.Find(block, inside.count, found.lookup);
-            found.target = target;
-            found.whole = inside.whole;
-            current = 1 - current;
-            pending[current].Finish(sampler, doubtful);
+    const auto render = [&](std::uint32_t row, std::uint32_t column, int count) {
+        PendingBlock& found = pending[current];
+        DirectionBlock& block = found.lookup.directions;
+        const Coverage coverage =
+            grid.directions(part.firstRow + row, part.firstColumn + column, count, block, found.inside);
+        std::byte* target = destination + row * stride + std::size_t{column} * bytesPerPixel;
+        if (coverage != Coverage::All) background.Fill(target, count);
+        if (coverage == Coverage::None) return;
+        Stretch inside{0, count};
+        if (coverage == Coverage::Some) {
+            inside = CutToShape(block, count, found.inside);
+            target += static_cast<std::size_t>(inside.first) * bytesPerPixel;
         }
-    }
-    pending[1 - current].Finish(sampler, doubtful);
-    doubtful.Finish();
+        sampler.Find(found.lookup, inside.count);
+        found.target = target;
+        found.whole = inside.whole;
+        current = 1 - current;
+        pending[current].Finish(sampler);
+    };
+    ForRowBlocks(part.columns, 0, part.rows, render);
+    pending[1 - current].Finish(sampler);
 }
 
-bool OutOfMemory(Panorama& panorama, Image& result) {
+Outcome OutOfMemory(Image& result) {
     result.Clear();
-    panorama.feedback.Error(L"Out of memory");
-    return false;
+    return Failure(Reason::NoMemory);
 }
 
 }  // namespace
 
-bool RenderLayout(Panorama& panorama, const LayoutGrid& grid, const RenderOptions& options, Image& result) {
+Outcome RenderLayout(const Panorama& panorama, const LayoutGrid& grid, const RenderOptions& options,
+                     Image& result) {
     const std::uint32_t scale = options.halve ? 2 : 1;
     assert(grid.width % scale == 0 && grid.height % scale == 0);
     const std::uint32_t width = grid.width / scale;
@@ -136,13 +131,15 @@ bool RenderLayout(Panorama& panorama, const LayoutGrid& grid, const RenderOption
         result.format != options.format) {
         result.Clear();
         result = Image(width, height, options.format);
-        if (!result.IsValid()) return OutOfMemory(panorama, result);
+        if (!result.IsValid()) return OutOfMemory(result);
     }
-    const ViewSampler sampler(panorama, {.format = options.format, .toUnitLength = grid.toUnitLength});
+    const ViewSampler sampler(
+        panorama,
+        {.format = options.format, .emptyColour = options.emptyColour, .toUnitLength = grid.toUnitLength});
     const std::uint32_t bytesPerPixel = BytesPerPixel(options.format);
     const int bandCount = static_cast<int>((height + kBandRows - 1) / kBandRows);
     const BoxGrid halving = MakeBoxGrid(grid.width, grid.height, width, height);
-    const Background background(options.format, options.background);
+    const Background background(options.format, options.emptyColour);
     std::atomic<bool> failed{false};
 
     const auto renderBand = [&](int band) {
@@ -174,13 +171,13 @@ bool RenderLayout(Panorama& panorama, const LayoutGrid& grid, const RenderOption
     const auto report = [&](int finished) {
         const std::uint32_t rows = std::min(static_cast<std::uint32_t>(finished) * kBandRows, height);
         const float last = static_cast<float>(std::max(height, 2u) - 1);
-        panorama.feedback.SetProgress(static_cast<float>(rows - 1) / last, options.progressText);
+        options.feedback->SetProgress(static_cast<float>(rows - 1) / last, options.progressText);
     };
-    const bool reporting = options.progressText && panorama.feedback.ProgressActive();
-    if (reporting) panorama.feedback.SetProgress(0.0f, options.progressText);
+    const bool reporting = options.feedback != nullptr && options.feedback->ProgressActive();
+    if (reporting) options.feedback->SetProgress(0.0f, options.progressText);
     const bool parallel = std::uint64_t{grid.width} * grid.height >= kParallelPixels;
     ParallelBands(bandCount, parallel, renderBand, reporting ? std::function<void(int)>(report) : nullptr);
-    return failed ? OutOfMemory(panorama, result) : true;
+    return failed ? OutOfMemory(result) : Outcome{};
 }
 
 }  // namespace skyvault

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <functional>
 
+#include "platform/feedback.h"
 #include "projection/panorama.h"
 #include "projection/row_kernels.h"
 
@@ -36,12 +37,14 @@ struct LayoutGrid {
 struct RenderOptions {
     PixelFormat format = PixelFormat::None;  ///< of the result
     bool halve = false;  ///< average 2 × 2 pixels of the grid, whose sizes are even, into one
-    Color8 background;   ///< of the pixels outside the shape
-    const wchar_t* progressText = nullptr;  ///< null: no progress is reported
+    /// Of the pixels outside the shape, and of a logo disc without a picture (projection/panorama.h).
+    Color8 emptyColour;
+    Feedback* feedback = nullptr;           ///< null: no progress is reported
+    const wchar_t* progressText = nullptr;  ///< what the progress box says
 };
 
-/// Builds the picture into `result`, whose memory is used again when it fits. Without memory the error
-/// "Out of memory" is reported, result is empty and the answer false.
-bool RenderLayout(Panorama& panorama, const LayoutGrid& grid, const RenderOptions& options, Image& result);
+/// Builds the picture into `result`, whose memory is used again when it fits. NoMemory leaves it empty.
+Outcome RenderLayout(const Panorama& panorama, const LayoutGrid& grid, const RenderOptions& options,
+                     Image& result);
 
 }  // namespace skyvault

@@ -5,9 +5,9 @@
 #include <cmath>
 #include <cstring>
 
-#include "image/memory.h"
-#include "image/numeric.h"
-#include "image/pixel_convert.h"
+#include "image/pixel_rows.h"
+#include "platform/memory.h"
+#include "platform/numeric.h"
 
 namespace skyvault {
 

@@ -1,5 +1,5 @@
-// Compiled twice: as part of the library, and with SKYVAULT_KERNELS_AVX2 for AVX2. Only functions of this
-// file and always-inlined ones may be called here, so that no AVX2 code hides in a shared inline function.
+// Compiled once for every set of kernels. Only functions of this file and always-inlined ones may be called
+// here, so that no code for one processor hides in an inline function that all share.
 #include "projection/row_kernels.h"
 
 #include <cmath>
@@ -8,7 +8,6 @@
 #include "projection/cube_face.h"
 #include "projection/direction.h"
 #include "projection/fast_math.h"
-#include "projection/kernel_build.h"
 #include "projection/matrix4.h"
 
 namespace skyvault::KERNEL_SET {
@@ -78,12 +77,12 @@ static void PixelOffsets(const std::uint32_t* SKYVAULT_RESTRICT columns,
 /// of the division (Markstein), at a fraction of its cost.
 template <typename Real>
 SKYVAULT_INLINE Real DivideBy(Real x, Real divisor, [[maybe_unused]] Real reciprocal) {
-#ifdef SKYVAULT_KERNELS_AVX2
-    const Real quotient = x * reciprocal;
-    return std::fma(std::fma(-quotient, divisor, x), reciprocal, quotient);
-#else
-    return x / divisor;
-#endif
+    if constexpr (kHasFma) {
+        const Real quotient = x * reciprocal;
+        return std::fma(std::fma(-quotient, divisor, x), reciprocal, quotient);
+    } else {
+        return x / divisor;
+    }
 }
 
 /// Whether both are numbers.
@@ -252,15 +251,18 @@ static void FaceVectors(CubeFace face, const float* SKYVAULT_RESTRICT across, fl
     }
 }
 
-extern const RowKernels kKernels;
-const RowKernels kKernels = {
-#ifdef SKYVAULT_KERNELS_AVX2
-    "avx2",
-#else
-    "baseline",
-#endif
-    Normalize,   Absolute,           Transform,           LogoDisc,    HorizonCurve, EquirectOffsets,
-    CubeOffsets, EquirectDirections, SphericalDirections, FaceVectors,
+const RowKernels kRowKernels = {
+    .name = kSetName,
+    .normalize = Normalize,
+    .absolute = Absolute,
+    .transform = Transform,
+    .logoDisc = LogoDisc,
+    .horizonCurve = HorizonCurve,
+    .equirectOffsets = EquirectOffsets,
+    .cubeOffsets = CubeOffsets,
+    .equirectDirections = EquirectDirections,
+    .sphericalDirections = SphericalDirections,
+    .faceVectors = FaceVectors,
 };
 
 }  // namespace skyvault::KERNEL_SET

@@ -1,12 +1,15 @@
-// The passes of the row engine: plain loops over blocks of directions, built for the baseline instruction
-// set and again for AVX2, and chosen once at run time. Both give the same bits.
+// The passes of the row engine: plain loops over blocks of directions, one table of them for every set of
+// kernels (kernel_choice.h).
 //
 // A block holds up to kBlockSize directions as three arrays. Every pass works in place or from one array
 // to another, n elements, no early exits.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
+
+#include "projection/kernel_choice.h"
 
 namespace skyvault {
 
@@ -20,6 +23,17 @@ struct DirectionBlock {
     alignas(64) float y[kBlockSize];
     alignas(64) float z[kBlockSize];
 };
+
+/// Walks over rows firstRow .. endRow − 1 of a picture in blocks: calls work(row, first, count) for the
+/// pixels first .. first + count − 1 of a row. One block follows the other down the rows, so that those made
+/// in succession look at what is near.
+template <typename Work>
+void ForRowBlocks(std::uint32_t width, std::uint32_t firstRow, std::uint32_t endRow, const Work& work) {
+    for (std::uint32_t first = 0; first < width; first += kBlockSize) {
+        const int count = static_cast<int>(std::min<std::uint32_t>(kBlockSize, width - first));
+        for (std::uint32_t row = firstRow; row < endRow; ++row) work(row, first, count);
+    }
+}
 
 /// An equirectangular source, as the lookup needs it.
 struct EquirectGrid {
@@ -36,7 +50,7 @@ struct CubeGrid {
 inline constexpr std::uint64_t kNoPixel = ~std::uint64_t{0};
 
 struct RowKernels {
-    const char* name;  ///< "baseline" or "avx2"
+    const char* name;  ///< of the set, for messages
 
     /// Normalize (projection/direction.h) of every direction.
     void (*normalize)(float* x, float* y, float* z, int n);
@@ -69,16 +83,6 @@ struct RowKernels {
     void (*faceVectors)(CubeFace face, const float* across, float down, int n, float* x, float* y, float* z);
 };
 
-/// The fastest set this processor runs.
-const RowKernels& Kernels();
-
-enum class KernelSet { Fastest, Baseline, Avx2 };
-
-/// Baseline or Avx2, whichever Kernels() gives: for other folders' kernels, which go by the same choice.
-KernelSet ChosenKernels();
-
-/// For tests and benchmarks: which set Kernels() gives from now on. False (and nothing changed) when the
-/// processor cannot run it.
-bool UseKernels(KernelSet set);
+SKYVAULT_KERNEL_TABLE(RowKernels, Kernels)
 
 }  // namespace skyvault

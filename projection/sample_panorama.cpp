@@ -3,8 +3,8 @@
 #include <cmath>
 #include <utility>
 
-#include "image/numeric.h"
-#include "image/pixel_convert.h"
+#include "image/pixel_rows.h"
+#include "platform/numeric.h"
 #include "projection/fast_math.h"
 
 namespace skyvault {
@@ -64,17 +64,13 @@ LogoHit HitLogoDisc(const Direction& d, float logoSize) {
     return {SquareRoot(u * u + w * w) < logoSize, u, w};
 }
 
-PixelValue LogoColour(const Panorama& panorama, const LogoHit& hit) {
+PixelValue LogoColour(const Panorama& panorama, const LogoHit& hit, const Color8& emptyColour) {
     const Image& logo = panorama.logoPicture;
-    if (!panorama.settings.logo.empty() && logo.IsValid()) {
-        const float size = panorama.modifications.logoSize;
-        const float column = (1.0f - hit.u / size) * 0.5f * static_cast<float>(logo.width);
-        const float row = (hit.w / size + 1.0f) * 0.5f * static_cast<float>(logo.height);
-        return logo.GetPixel(RoundHalfAway(column), RoundHalfAway(row));
-    }
-    Color8 colour = panorama.settings.backgroundColour;
-    colour.alpha = panorama.settings.transparency ? 0 : 255;
-    return PixelValue(colour);
+    if (!logo.IsValid()) return PixelValue(emptyColour);
+    const float size = panorama.modifications.logoSize;
+    const float column = (1.0f - hit.u / size) * 0.5f * static_cast<float>(logo.width);
+    const float row = (hit.w / size + 1.0f) * 0.5f * static_cast<float>(logo.height);
+    return logo.GetPixel(RoundHalfAway(column), RoundHalfAway(row));
 }
 
 PixelValue BlendLogo(const PixelValue& logo, const PixelValue& under) {
@@ -115,12 +111,8 @@ PixelValue BlendLogo(const PixelValue& logo, const PixelValue& under) {
     return result;
 }
 
-PixelValue SamplePanorama(Panorama& panorama, Direction d, bool applyOrientation) {
-    if (panorama.modifications.logoSize != 0.0f) LoadLogo(panorama);
-    return SampleWithLoadedLogo(panorama, d, applyOrientation);
-}
-
-PixelValue SampleWithLoadedLogo(const Panorama& panorama, Direction d, bool applyOrientation) {
+PixelValue SamplePanorama(const Panorama& panorama, Direction d, const Color8& emptyColour,
+                          bool applyOrientation) {
     const Modifications& m = panorama.modifications;
     Normalize(d);
     if (m.flipHorizontal) std::swap(d.x, d.z);
@@ -129,7 +121,7 @@ PixelValue SampleWithLoadedLogo(const Panorama& panorama, Direction d, bool appl
 
     PixelValue logo(Color8(0, 0, 0, 0));
     const LogoHit hit = HitLogoDisc(d, m.logoSize);
-    if (hit.onDisc) logo = LogoColour(panorama, hit);
+    if (hit.onDisc) logo = LogoColour(panorama, hit, emptyColour);
     if (applyOrientation) {
         const float g = m.horizonPower;
         if (g > 0.0f && g != 1.0f) {

@@ -1,13 +1,11 @@
 #include "projection/single_files.h"
 
 #include <algorithm>
-#include <limits>
 
-#include "image/picture_files.h"
+#include "codecs/picture_files.h"
 #include "platform/path_text.h"
 #include "projection/build_faces.h"
 #include "projection/export_size.h"
-#include "projection/labelled_faces.h"
 
 namespace skyvault {
 
@@ -18,25 +16,22 @@ bool GoesBehind(std::wstring_view affix) {
     return affix.size() == 1 || affix.starts_with(L"_");
 }
 
-bool WriteFaces(Panorama& panorama, const std::wstring& path, std::wstring& infoLog) {
-    constexpr std::uint32_t kLargestFace = std::numeric_limits<std::int32_t>::max();
-    const std::int32_t faceSize = static_cast<std::int32_t>(std::min(panorama.faceSize, kLargestFace));
-    const std::int32_t size = ChooseExportSize(panorama, SizeKind::CubeMap, faceSize, false, true);
-    const PixelFormat format = ExportPixelFormat(panorama, false);
-    if (format == PixelFormat::None) return false;
-    Image face;
-    for (int f = 0; f < kFaceCount; ++f) {
-        const CubeFace which = static_cast<CubeFace>(f);
-        if (!BuildFace(panorama, face, which, static_cast<std::uint32_t>(size), format)) return false;
-        const std::wstring file = SingleFilePath(path, NamingSystemOf(panorama.settings), which);
-        if (!SavePicture(face, file, PixelFormat::None, &infoLog, true)) return false;
-    }
-    return true;
-}
-
 }  // namespace
 
-int NamingSystemOf(const AppState& settings) {
+const wchar_t* FaceAffix(int namingSystem, int face) {
+    static const wchar_t* const kAffixes[6][kFaceCount] = {
+        {L"_front", L"_right", L"_back", L"_left", L"_top", L"_bottom"},
+        {L"_front", L"_right", L"_back", L"_left", L"_up", L"_down"},
+        {L"_f", L"_r", L"_b", L"_l", L"_u", L"_d"},
+        {L"_ft", L"_rt", L"_bk", L"_lf", L"_up", L"_dn"},
+        {L"f_", L"r_", L"b_", L"l_", L"u_", L"d_"},
+        {L"0", L"1", L"2", L"3", L"4", L"5"},
+    };
+    if (namingSystem < 0 || namingSystem > 5 || face < 0 || face >= kFaceCount) return L"";
+    return kAffixes[namingSystem][face];
+}
+
+int NamingSystemOf(const ExportSettings& settings) {
     const int system = settings.fileNamingSystem;
     // Without affixes the six files would be one, written over five times.
     return *FaceAffix(system, 0) != L'\0' ? system : 0;
@@ -56,26 +51,37 @@ bool NamesFace(std::wstring_view name, int namingSystem, CubeFace face) {
     return !affix.empty() && (GoesBehind(affix) ? name.ends_with(affix) : name.starts_with(affix));
 }
 
-bool ImportSingleFiles(Panorama& panorama, const std::vector<std::wstring>& paths) {
-    bool any = false;
-    for (std::size_t f = 0; f < panorama.faces.size(); ++f) {
+Outcome ImportSingleFiles(const ImportRequest& request, Feedback&, Panorama& panorama) {
+    Outcome outcome = Failure(Reason::CannotOpen);
+    for (std::size_t f = 0; f < panorama.faces.size() && f < request.paths.size(); ++f) {
         Image& face = panorama.faces[f];
-        face.Clear();
-        if (f < paths.size() && !paths[f].empty()) face = LoadPicture(paths[f]);
-        if (!face.IsValid()) continue;
+        if (request.paths[f].empty() || !LoadPicture(request.paths[f], face).IsDone()) continue;
         panorama.faceSize = face.width;
-        any = true;
+        outcome = {};
     }
-    return any;
+    return outcome;
 }
 
-bool ExportSingleFiles(Panorama& panorama, const std::wstring& path, std::wstring& infoLog) {
-    if (panorama.IsEmpty()) return false;
-    if (path.empty()) return BuildLabelledFaces(panorama) && ShowResult(panorama);
-    const bool written = WriteFaces(panorama, path, infoLog);
-    // There is no one picture of what was written for the window to show.
-    if (panorama.viewTarget) BuildLabelledFaces(panorama);
-    return written;
+Outcome ExportSingleFiles(const Panorama& panorama, const ExportRequest& request, Feedback& feedback,
+                          Image&) {
+    if (panorama.IsEmpty()) return Failure(Reason::NothingToShow);
+    const std::int32_t size =
+        ChooseExportSize(request, SizeKind::CubeMap, SourceFaceSize(panorama), feedback);
+    PixelFormat format = PixelFormat::None;
+    Outcome outcome = FormatOfExport(panorama, request, format);
+    const int system = NamingSystemOf(request.settings);
+    std::wstring infoLog;
+    Image face;
+    for (int f = 0; f < kFaceCount && outcome.IsDone(); ++f) {
+        const CubeFace which = static_cast<CubeFace>(f);
+        outcome = BuildFace(panorama, face, which, static_cast<std::uint32_t>(size), format,
+                            EmptyColour(request.settings));
+        if (!outcome.IsDone()) break;
+        outcome = SavePicture(face, SingleFilePath(request.path, system, which), PixelFormat::None, true);
+        infoLog += outcome.infoLog;
+    }
+    if (outcome.IsDone()) outcome.infoLog = std::move(infoLog);
+    return outcome;
 }
 
 }  // namespace skyvault

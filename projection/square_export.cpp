@@ -6,27 +6,19 @@
 
 namespace skyvault {
 
-bool ExportSquare(Panorama& panorama, const std::wstring& path, const SquareShape& shape,
-                  std::wstring& infoLog) {
-    const bool forScreen = path.empty();
+Outcome RenderSquare(const Panorama& panorama, const ExportRequest& request, Feedback& feedback,
+                     const SquareShape& shape, Image& result) {
     RenderOptions options;
-    options.format = ExportPixelFormat(panorama, forScreen);
-    if (options.format == PixelFormat::None || panorama.IsEmpty()) return false;
-    constexpr std::uint32_t kLargestSource = 0x3fffffff;
-    const std::int32_t sourceSize =
-        static_cast<std::int32_t>(2 * std::min(panorama.faceSize, kLargestSource));
-    std::int32_t size = ChooseExportSize(panorama, SizeKind::Square, sourceSize, false, !forScreen);
-    if (forScreen) {
-        if (!panorama.viewTarget) return false;
-        const ClientSize client = panorama.viewTarget->Size();
-        size = std::min({size, client.width, client.height});
-    }
-    if (size < 1) return false;
-    options.halve = panorama.settings.antialiasing && !forScreen;
-    options.background = EmptyColour(panorama.settings);
+    Outcome asked = FormatOfExport(panorama, request, options.format);
+    if (!asked.IsDone()) return asked;
+    constexpr std::int32_t kLargestFace = 0x3fffffff;
+    std::int32_t size = ChooseExportSize(request, SizeKind::Square,
+                                         2 * std::min(SourceFaceSize(panorama), kLargestFace), feedback);
+    if (request.IsView()) size = std::min({size, request.client->width, request.client->height});
+    options.halve = request.settings.antialiasing && !request.IsView();
+    options.emptyColour = EmptyColour(request.settings);
     const LayoutGrid grid = shape(static_cast<std::uint32_t>(options.halve ? 2 * size : size));
-    if (!RenderLayout(panorama, grid, options, panorama.resultPicture)) return false;
-    return DeliverResult(panorama, path, infoLog);
+    return RenderLayout(panorama, grid, options, result);
 }
 
 }  // namespace skyvault

@@ -1,12 +1,10 @@
-// The export shared by the square layouts that show the panorama in one shape: sphere map, mirror ball, heart
-// and interior square.
+// Exports whose picture is a square of one size: the round shapes and the interior square.
 #pragma once
 
 #include <cstdint>
 #include <functional>
-#include <string>
 
-#include "projection/panorama.h"
+#include "projection/layout_requests.h"
 #include "projection/render_layout.h"
 
 namespace skyvault {
@@ -14,11 +12,10 @@ namespace skyvault {
 /// The shape's directions on a grid of size × size pixels.
 using SquareShape = std::function<LayoutGrid(std::uint32_t size)>;
 
-/// Writes the panorama in the shape to `path`, or with an empty path builds it for the view target and shows
-/// it there. Resolution2 chooses the size, at most twice the faces'. Pixels outside the shape are of the
-/// background colour, or transparent with "Transparency". With "Antialiasing" a file is built at double size
-/// and averaged.
-bool ExportSquare(Panorama& panorama, const std::wstring& path, const SquareShape& shape,
-                  std::wstring& infoLog);
+/// Renders the panorama in the shape. Resolution2 chooses the size, at most twice the faces', and a view's
+/// room limits it. Pixels outside the shape are of the empty colour. With "Antialiasing" a file is built at
+/// double size and averaged.
+Outcome RenderSquare(const Panorama& panorama, const ExportRequest& request, Feedback& feedback,
+                     const SquareShape& shape, Image& result);
 
 }  // namespace skyvault

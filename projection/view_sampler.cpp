@@ -5,7 +5,7 @@
 #include <cstring>
 #include <utility>
 
-#include "image/pixel_convert.h"
+#include "image/pixel_rows.h"
 #include "projection/copy_pixels.h"
 #include "projection/fast_math.h"
 #include "projection/sample_panorama.h"
@@ -26,14 +26,14 @@ void Prefetch([[maybe_unused]] const std::uintptr_t* addresses, [[maybe_unused]]
 
 }  // namespace
 
-ViewSampler::ViewSampler(Panorama& panorama, const Options& options)
+ViewSampler::ViewSampler(const Panorama& panorama, const Options& options)
     : panorama_(panorama),
       kernels_(Kernels()),
       format_(options.format),
+      emptyColour_(options.emptyColour),
       bytesPerPixel_(skyvault::BytesPerPixel(options.format)),
       applyOrientation_(options.applyOrientation),
       toUnitLength_(options.toUnitLength) {
-    if (panorama.modifications.logoSize != 0.0f) LoadLogo(panorama);
     const Image& source = panorama.equirectSource;
     if (source.IsValid()) {
         sourceFormat_ = source.format;
@@ -62,9 +62,8 @@ ViewSampler::ViewSampler(Panorama& panorama, const Options& options)
 }
 
 void ViewSampler::PrepareLogo() {
-    const bool hasPicture = !panorama_.settings.logo.empty() && panorama_.logoPicture.IsValid();
-    if (panorama_.modifications.logoSize == 0.0f || hasPicture) return;
-    const PixelValue colour = LogoColour(panorama_, {});
+    if (panorama_.modifications.logoSize == 0.0f || panorama_.logoPicture.IsValid()) return;
+    const PixelValue colour(emptyColour_);
     flatLogo_ = format_ == sourceFormat_ && CoversFully(colour);
     if (flatLogo_) WritePixel(format_, flatLogoPixel_, colour);
 }
@@ -72,9 +71,9 @@ void ViewSampler::PrepareLogo() {
 void ViewSampler::PrepareEstimates() {
     const Modifications& m = panorama_.modifications;
     curved_ = applyOrientation_ && m.horizonPower > 0.0f && m.horizonPower != 1.0f;
-    if (!uniform_) return;
+    if (!uniform_ || curved_) return;
     estimateTurn_.exchangeXz = m.flipHorizontal;
-    estimateTurn_.absoluteY = m.mirrorTopToBottom && !curved_;
+    estimateTurn_.absoluteY = m.mirrorTopToBottom;
     estimateTurn_.absoluteZ = m.mirrorFrontToBack;
     if (applyOrientation_ && !m.orientation.isIdentity) {
         estimateTurn_.turned = true;
@@ -83,7 +82,7 @@ void ViewSampler::PrepareEstimates() {
     constexpr std::uint64_t kReach = std::uint64_t{1} << 32;
     if (equirect_.width > 0) {
         const bool near = std::uint64_t{equirect_.stride} * equirect_.height <= kReach;
-        if (near && equirect_.width < kReach / 4) estimate_ = Estimate::Equirect;
+        if (near && equirect_.width < kReach / 4) estimated_ = Estimated::Equirect;
         return;
     }
     const std::uint64_t faceBytes = std::uint64_t{cube_.stride} * cube_.size;
@@ -95,117 +94,120 @@ void ViewSampler::PrepareEstimates() {
         if ((bases_[f] - *lowest) % 8 != 0) return;  // no allocator does that
         facesInMemory_.bases[f] = static_cast<std::uint32_t>(bases_[f] - *lowest);
     }
-    estimate_ = Estimate::Faces;
+    estimated_ = Estimated::Faces;
 }
 
-void ViewSampler::Find(DirectionBlock& directions, int count, Lookup& lookup) const {
-    if (!FindQuickly(directions, count, lookup)) FindFully(directions, count, lookup);
+void ViewSampler::Find(Lookup& lookup, int count) const {
+    assert(count <= kBlockSize);
+    lookup.count = count;
+    lookup.someMissing = false;
+    lookup.logoHits = 0;
+    if (!uniform_) {
+        DirectionBlock& d = lookup.directions;
+        if (toUnitLength_) kernels_.normalize(d.x, d.y, d.z, count);
+        return;
+    }
+    std::uintptr_t* const addresses = lookup.addresses;
+    if (!Estimate(lookup)) {
+        const Components d = Mirror(lookup.directions, count);
+        if (panorama_.modifications.logoSize != 0.0f) FindLogo(d, lookup);
+        lookup.someMissing = Locate(d, count, addresses);
+        Prefetch(addresses, count);
+    }
+    for (int i = 0; lookup.someMissing && i < count; ++i) {
+        lookup.missing[i] = addresses[i] == kNoPixel;
+        if (lookup.missing[i]) addresses[i] = present_;
+    }
+    if (flatLogo_) LookAtFlatLogo(lookup);
 }
 
-bool ViewSampler::FindQuickly(const DirectionBlock& directions, int count, Lookup& lookup) const {
-    if (estimate_ == Estimate::None) return false;
+bool ViewSampler::Estimate(Lookup& lookup) const {
+    if (estimated_ == Estimated::Nothing) return false;
     if (lookup.blocksWithoutEstimate > 0) {
         --lookup.blocksWithoutEstimate;
         return false;
     }
+    const DirectionBlock& directions = lookup.directions;
+    const int count = lookup.count;
     const Modifications& m = panorama_.modifications;
     if (m.logoSize != 0.0f && !m.mirrorTopToBottom && Estimates().nearNadir(directions, count, m.logoSize))
         return false;
-    const DirectionBlock* from = &directions;
-    DirectionBlock curved;
-    if (curved_) {
-        // The curve bends what is straight to an estimate and comes first; y is the only one it touches.
-        curved = directions;
-        if (toUnitLength_) kernels_.normalize(curved.x, curved.y, curved.z, count);
-        kernels_.normalize(curved.x, curved.y, curved.z, count);
-        if (m.mirrorTopToBottom) kernels_.absolute(curved.y, count);
-        kernels_.horizonCurve(curved.y, count, m.horizonPower);
-        from = &curved;
-    }
-    DoubtfulLanes& doubtful = lookup.doubtful;
-    if (estimate_ == Estimate::Equirect) {
-        Estimates().equirect(*from, count, equirect_, estimateTurn_, lookup.addresses, doubtful);
+    LanesNearEdges nearEdges;
+    if (estimated_ == Estimated::Equirect) {
+        Estimates().equirect(directions, count, equirect_, estimateTurn_, lookup.addresses, nearEdges);
     } else {
-        Estimates().faces(*from, count, facesInMemory_, estimateTurn_, lookup.addresses, doubtful);
+        Estimates().faces(directions, count, facesInMemory_, estimateTurn_, lookup.addresses, nearEdges);
     }
-    // Near the poles, and where the output's pixels fall right between the source's. It goes on for a while.
-    if (doubtful.count > count / 8) {
+    // At the poles, and where the output's pixels fall right between the source's. It goes on for a while.
+    if (nearEdges.count > count / 8) {
         lookup.blocksWithoutEstimate = 15;
         return false;
     }
-    for (int i = 0; i < doubtful.count; ++i) {
-        const std::size_t lane = doubtful.lanes[i];
-        lookup.directions.x[i] = directions.x[lane];
-        lookup.directions.y[i] = directions.y[lane];
-        lookup.directions.z[i] = directions.z[lane];
-        lookup.addresses[lane] = present_;
-    }
-    lookup.count = count;
-    lookup.someMissing = false;
-    lookup.logoHits = 0;
-    Prefetch(lookup.addresses, count);
+    SettleNearEdges(nearEdges, lookup);
     return true;
 }
 
-void ViewSampler::FindFully(DirectionBlock& directions, int count, Lookup& lookup) const {
-    float* x = directions.x;
-    float* y = directions.y;
-    float* z = directions.z;
-    if (toUnitLength_) kernels_.normalize(x, y, z, count);
-    lookup.count = count;
-    lookup.doubtful.count = 0;
-    if (!uniform_) {
-        lookup.directions = directions;
-        return;
+void ViewSampler::SettleNearEdges(const LanesNearEdges& nearEdges, Lookup& lookup) const {
+    // Whole vectors, filled with lanes of the block: what comes after the last is the slow part of a loop.
+    constexpr int kVector = 8;
+    const int count = (nearEdges.count + kVector - 1) / kVector * kVector;
+    DirectionBlock few;
+    for (int i = 0; i < count; ++i) {
+        const std::size_t lane = i < nearEdges.count ? nearEdges.lanes[i] : nearEdges.lanes[0];
+        few.x[i] = lookup.directions.x[lane];
+        few.y[i] = lookup.directions.y[lane];
+        few.z[i] = lookup.directions.z[lane];
     }
-    lookup.someMissing = false;
-    lookup.logoHits = 0;
-    const Modifications& m = panorama_.modifications;
-    kernels_.normalize(x, y, z, count);
-    if (m.flipHorizontal) std::swap(x, z);
-    if (m.mirrorTopToBottom) kernels_.absolute(y, count);
-    if (m.mirrorFrontToBack) kernels_.absolute(z, count);
-    if (m.logoSize != 0.0f) {
-        std::uint32_t onDisc[kBlockSize];
-        kernels_.logoDisc(x, y, z, count, m.logoSize, onDisc);
-        for (int i = 0; i < count; ++i) {
-            if (onDisc[i] == 0) continue;
-            lookup.logoLanes[lookup.logoHits] = static_cast<std::int16_t>(i);
-            if (!flatLogo_) lookup.logoPoints[lookup.logoHits] = HitLogoDisc({x[i], y[i], z[i]}, m.logoSize);
-            ++lookup.logoHits;
-        }
-    }
-    if (applyOrientation_) {
-        if (curved_) kernels_.horizonCurve(y, count, m.horizonPower);
-        if (!m.orientation.isIdentity) kernels_.transform(x, y, z, count, m.orientation);
-    }
+    // Now, for vectors are slow to read what was just written in pieces.
+    Prefetch(lookup.addresses, lookup.count);
+    if (count == 0) return;
+    std::uintptr_t exact[kBlockSize];
+    lookup.someMissing = Locate(Mirror(few, count), count, exact);
+    for (int i = 0; i < nearEdges.count; ++i) lookup.addresses[nearEdges.lanes[i]] = exact[i];
+}
 
-    std::uintptr_t* const addresses = lookup.addresses;
-    if (equirect_.width > 0) {
-        lookup.someMissing = kernels_.equirectOffsets(x, y, z, count, equirect_, addresses);
-        for (int i = 0; lookup.someMissing && i < count; ++i) {
-            lookup.missing[i] = addresses[i] == kNoPixel;
-            if (lookup.missing[i]) addresses[i] = present_;
-        }
-        if (flatLogo_) LookAtFlatLogo(lookup);
-        Prefetch(addresses, count);
-        return;
+ViewSampler::Components ViewSampler::Mirror(DirectionBlock& directions, int count) const {
+    const Modifications& m = panorama_.modifications;
+    Components d{directions.x, directions.y, directions.z};
+    if (toUnitLength_) kernels_.normalize(d.x, d.y, d.z, count);
+    kernels_.normalize(d.x, d.y, d.z, count);
+    if (m.flipHorizontal) std::swap(d.x, d.z);
+    if (m.mirrorTopToBottom) kernels_.absolute(d.y, count);
+    if (m.mirrorFrontToBack) kernels_.absolute(d.z, count);
+    return d;
+}
+
+void ViewSampler::FindLogo(const Components& d, Lookup& lookup) const {
+    const float size = panorama_.modifications.logoSize;
+    std::uint32_t onDisc[kBlockSize];
+    kernels_.logoDisc(d.x, d.y, d.z, lookup.count, size, onDisc);
+    for (int i = 0; i < lookup.count; ++i) {
+        if (onDisc[i] == 0) continue;
+        lookup.logoLanes[lookup.logoHits] = static_cast<std::int16_t>(i);
+        if (!flatLogo_) lookup.logoPoints[lookup.logoHits] = HitLogoDisc({d.x[i], d.y[i], d.z[i]}, size);
+        ++lookup.logoHits;
     }
+}
+
+bool ViewSampler::Locate(const Components& d, int count, std::uintptr_t* addresses) const {
+    const Modifications& m = panorama_.modifications;
+    if (curved_) kernels_.horizonCurve(d.y, count, m.horizonPower);
+    if (applyOrientation_ && !m.orientation.isIdentity) {
+        kernels_.transform(d.x, d.y, d.z, count, m.orientation);
+    }
+    if (equirect_.width > 0) return kernels_.equirectOffsets(d.x, d.y, d.z, count, equirect_, addresses);
     assert(present_ && "a sampler without any face works pixel by pixel");
     alignas(64) std::int32_t faces[kBlockSize];
-    lookup.someMissing = kernels_.cubeOffsets(x, y, z, count, cube_, faces, addresses);
-    if (allPresent_ && !lookup.someMissing) {
+    const bool someMissing = kernels_.cubeOffsets(d.x, d.y, d.z, count, cube_, faces, addresses);
+    if (allPresent_ && !someMissing) {
         for (int i = 0; i < count; ++i) addresses[i] += bases_[static_cast<std::size_t>(faces[i])];
-    } else {
-        lookup.someMissing = true;
-        for (int i = 0; i < count; ++i) {
-            const std::uintptr_t base = bases_[static_cast<std::size_t>(faces[i])];
-            lookup.missing[i] = addresses[i] == kNoPixel || !base;
-            addresses[i] = lookup.missing[i] ? present_ : base + addresses[i];
-        }
+        return false;
     }
-    if (flatLogo_) LookAtFlatLogo(lookup);
-    Prefetch(addresses, count);
+    for (int i = 0; i < count; ++i) {
+        const std::uintptr_t base = bases_[static_cast<std::size_t>(faces[i])];
+        addresses[i] = addresses[i] == kNoPixel || !base ? kNoPixel : base + addresses[i];
+    }
+    return true;
 }
 
 void ViewSampler::LookAtFlatLogo(Lookup& lookup) const {
@@ -222,7 +224,7 @@ void ViewSampler::Fetch(const Lookup& lookup, std::byte* destination) const {
         for (int i = 0; i < lookup.count; ++i) {
             const Direction d{lookup.directions.x[i], lookup.directions.y[i], lookup.directions.z[i]};
             WritePixel(format_, destination + i * std::size_t{bytesPerPixel_},
-                       SampleWithLoadedLogo(panorama_, d, applyOrientation_));
+                       SamplePanorama(panorama_, d, emptyColour_, applyOrientation_));
         }
         return;
     }
@@ -246,7 +248,7 @@ void ViewSampler::FixRarePixels(const Lookup& lookup, std::byte* destination) co
     for (int hit = 0; hit < lookup.logoHits; ++hit) {
         const int i = lookup.logoLanes[hit];
         std::byte* const target = destination + i * std::size_t{bytesPerPixel_};
-        const PixelValue logo = LogoColour(panorama_, lookup.logoPoints[hit]);
+        const PixelValue logo = LogoColour(panorama_, lookup.logoPoints[hit], emptyColour_);
         if (CoversFully(logo)) {
             WritePixel(format_, target, logo);
             continue;
@@ -263,28 +265,6 @@ bool ViewSampler::CoversFully(const PixelValue& logo) const {
     if (HasAlpha(sourceFormat_) || ChannelType(logo.format) != ChannelType(sourceFormat_)) return false;
     if (ChannelType(logo.format) == ChannelKind::Int8) return logo.color8.alpha == 255;
     return ChannelType(logo.format) == ChannelKind::Int16 && logo.color16.alpha == 65535;
-}
-
-void DoubtfulPixels::Add(const ViewSampler::Lookup& lookup, std::byte* destination,
-                         const std::uint8_t* inside) {
-    for (int i = 0; i < lookup.doubtful.count; ++i) {
-        const std::size_t lane = lookup.doubtful.lanes[i];
-        if (inside && !inside[lane]) continue;
-        directions_.x[count_] = lookup.directions.x[i];
-        directions_.y[count_] = lookup.directions.y[i];
-        directions_.z[count_] = lookup.directions.z[i];
-        targets_[count_] = destination + lane * sampler_.BytesPerPixel();
-        if (++count_ == kBlockSize) Finish();
-    }
-}
-
-void DoubtfulPixels::Finish() {
-    if (count_ == 0) return;
-    sampler_.FindFully(directions_, count_, lookup_);
-    std::byte pixels[kBlockSize * 8];
-    sampler_.Fetch(lookup_, pixels);
-    ScatterPixels(pixels, count_, sampler_.BytesPerPixel(), targets_);
-    count_ = 0;
 }
 
 }  // namespace skyvault

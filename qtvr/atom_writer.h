@@ -13,6 +13,8 @@
 #include <cstdlib>
 #include <string_view>
 
+#include "codecs/bytes.h"
+
 namespace skyvault {
 
 /// Where an atom begins in the file, and its size.
@@ -28,12 +30,14 @@ class AtomWriter {
         bytes_[position_++] = static_cast<std::byte>(value);
     }
     constexpr void U16(std::uint32_t value) {
-        U8(value >> 8);
-        U8(value & 0xff);
+        Check(position_ + 2 <= fileSize && value <= 0xffff);
+        SetBig16(&bytes_[position_], value);
+        position_ += 2;
     }
     constexpr void U32(std::uint32_t value) {
-        U16(value >> 16);
-        U16(value & 0xffff);
+        Check(position_ + 4 <= fileSize);
+        SetBig32(&bytes_[position_], value);
+        position_ += 4;
     }
     constexpr void Float(float value) { U32(std::bit_cast<std::uint32_t>(value)); }
     constexpr void Zeros(std::size_t count) {

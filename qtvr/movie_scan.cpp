@@ -9,6 +9,7 @@
 #include <string>
 #include <string_view>
 
+#include "codecs/bytes.h"
 #include "platform/debug_line.h"
 
 namespace skyvault {
@@ -30,14 +31,7 @@ bool Holds(MovieBytes movie, std::size_t offset, std::size_t count) {
 }
 
 std::uint32_t BigEndian(MovieBytes movie, std::size_t offset) {
-    std::uint32_t value = 0;
-    for (std::size_t i = 0; i < 4; ++i)
-        value = value << 8 | std::to_integer<std::uint32_t>(movie[offset + i]);
-    return value;
-}
-
-float BigEndianFloat(MovieBytes movie, std::size_t offset) {
-    return std::bit_cast<float>(BigEndian(movie, offset));
+    return Big32(&movie[offset]);
 }
 
 /// Movies of one tile a face need no table: front, right, back, left, top, bottom.
@@ -117,7 +111,7 @@ bool ReadFaceTable(MovieBytes movie, int tilesPerSide, FaceTable& table) {
     if (!Holds(movie, atom + kAtomHeader, kEntrySize * static_cast<std::size_t>(expected))) return false;
     for (int e = 0; e < expected; ++e) {
         const std::size_t at = atom + kAtomHeader + kEntrySize * static_cast<std::size_t>(e);
-        const auto field = [&](std::size_t i) { return BigEndianFloat(movie, at + 4 * i); };
+        const auto field = [&](std::size_t i) { return std::bit_cast<float>(BigEndian(movie, at + 4 * i)); };
         // Aspect and skew follow.
         table.entries[static_cast<std::size_t>(e)] = {field(0), field(1), field(2),
                                                       field(3), field(4), field(5)};

@@ -1,10 +1,10 @@
 #include "qtvr/qtvr_export.h"
 
-#include <algorithm>
 #include <limits>
 #include <vector>
 
-#include "image/picture_files.h"
+#include "codecs/dds_cube_map.h"
+#include "codecs/picture_files.h"
 #include "platform/debug_line.h"
 #include "platform/file_stream.h"
 #include "platform/files.h"
@@ -24,18 +24,22 @@ constexpr std::uint64_t kMostPictureBytes = std::numeric_limits<std::uint32_t>::
 using FacePaths = std::array<std::wstring, kFaceCount>;
 using FaceSizes = std::array<std::uint64_t, kFaceCount>;
 
-/// Saves the faces one after the other, so that only one is in memory. False when one could not be saved.
-bool SaveFaces(Panorama& panorama, std::uint32_t faceEdge, PixelFormat format, const FacePaths& paths,
-               FaceSizes& sizes) {
-    bool all = true;
+/// Saves the faces one after the other, so that only one is in memory.
+Outcome SaveFaces(const Panorama& panorama, const ExportRequest& request, std::uint32_t faceEdge,
+                  PixelFormat format, const FacePaths& paths, FaceSizes& sizes) {
+    Outcome outcome;
     for (std::size_t f = 0; f < kFaceCount; ++f) {
         Image face;
-        all = BuildFace(panorama, face, static_cast<CubeFace>(f), faceEdge, format) &&
-              SavePicture(face, paths[f]) && all;
+        Outcome saved = BuildFace(panorama, face, static_cast<CubeFace>(f), faceEdge, format,
+                                  EmptyColour(request.settings));
+        if (saved.IsDone()) saved = SavePicture(face, paths[f]);
+        // The temporary picture's name would tell the user nothing.
+        saved.file.clear();
+        outcome = FirstFailure(std::move(outcome), std::move(saved));
         sizes[f] = FileSizeOf(paths[f]);
         DebugLine(L"CubeFace " + std::to_wstring(f) + L": " + std::to_wstring(sizes[f]) + L" bytes\n");
     }
-    return all;
+    return outcome;
 }
 
 bool AppendFile(FileStream& movie, const std::wstring& path, std::uint64_t size) {
@@ -62,44 +66,36 @@ bool WriteMovie(FileStream& movie, std::uint32_t faceEdge, const FacePaths& path
 
 }  // namespace
 
-bool WriteQuickTimeVr(Panorama& panorama, const std::wstring& path, std::int32_t faceEdge, PixelFormat format,
-                      std::wstring* infoLog, MissingFaces missing) {
-    if (path.empty() || faceEdge <= 0 || panorama.IsEmpty()) return false;
-    const auto edge = static_cast<std::uint32_t>(faceEdge);
+Outcome WriteQuickTimeVr(const Panorama& panorama, const ExportRequest& request, std::uint32_t faceEdge) {
+    PixelFormat format = PixelFormat::None;
+    Outcome asked = FormatOfExport(panorama, request, format);
+    if (!asked.IsDone()) return asked;
+    const std::wstring& path = request.path;
+    if (path.empty()) return Failure(Reason::CannotWrite);
 
     // Opened before the faces are built: a place that cannot be written to is found out at once.
     OutputFile output(path);
     FileStream movie(output.TemporaryPath(), FileUse::Write);
-    if (!movie.IsOpen()) return false;
+    if (!movie.IsOpen()) return Failure(Reason::CannotWrite);
     {
         const ScratchFolder scratch;
         FacePaths paths;
         for (std::size_t f = 0; f < kFaceCount; ++f) paths[f] = scratch.Path(std::to_wstring(f) + L".jpg");
         FaceSizes sizes{};
-        if (!SaveFaces(panorama, edge, format, paths, sizes) && missing == MissingFaces::Refuse) return false;
-        if (!WriteMovie(movie, edge, paths, sizes)) return false;
+        Outcome saved = SaveFaces(panorama, request, faceEdge, format, paths, sizes);
+        if (!saved.IsDone()) return saved;
+        if (!WriteMovie(movie, faceEdge, paths, sizes)) return Failure(Reason::CannotWrite);
     }
-    if (!output.Commit()) return false;
-
-    if (infoLog) {
-        const std::wstring edgeText = std::to_wstring(faceEdge);
-        *infoLog += L"Path\t\t" + path + L"\n" +                                  //
-                    L"Size\t\t" + FileSizeText(FileSizeOf(path)) + L"\n" +        //
-                    L"Resolution\t6 x " + edgeText + L" x " + edgeText + L"\n" +  //
-                    L"Projection\tCubemap\n" +                                    //
-                    L"Format\t\t" + FormatName(format) + L"\n";
-    }
-    return true;
+    if (!output.Commit()) return Failure(Reason::CannotWrite);
+    return {.infoLog = CubeMapInfo(path, faceEdge, format)};
 }
 
-bool ExportQuickTimeVr(Panorama& panorama, const std::wstring& path, std::wstring& infoLog) {
-    if (path.empty() || panorama.IsEmpty()) return false;
-    const PixelFormat format = ExportPixelFormat(panorama, false);
-    if (format == PixelFormat::None) return false;
-    constexpr std::uint32_t kLargestSource = std::numeric_limits<std::int32_t>::max();
-    const auto sourceSize = static_cast<std::int32_t>(std::min(panorama.faceSize, kLargestSource));
-    const std::int32_t faceEdge = ChooseExportSize(panorama, SizeKind::CubeMap, sourceSize, false, true);
-    return WriteQuickTimeVr(panorama, path, faceEdge, format, &infoLog, MissingFaces::Refuse);
+Outcome ExportQuickTimeVr(const Panorama& panorama, const ExportRequest& request, Feedback& feedback,
+                          Image&) {
+    if (panorama.IsEmpty()) return Failure(Reason::NothingToShow);
+    const std::int32_t faceEdge =
+        ChooseExportSize(request, SizeKind::CubeMap, SourceFaceSize(panorama), feedback);
+    return WriteQuickTimeVr(panorama, request, static_cast<std::uint32_t>(faceEdge));
 }
 
 }  // namespace skyvault

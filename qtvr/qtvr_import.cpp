@@ -5,8 +5,8 @@
 #include <new>
 #include <vector>
 
-#include "image/picture_files.h"
-#include "image/pixel_convert.h"
+#include "codecs/picture_files.h"
+#include "image/pixel_rows.h"
 #include "platform/debug_line.h"
 #include "platform/file_stream.h"
 #include "platform/files.h"
@@ -66,7 +66,8 @@ Image DecodePicture(MovieBytes bytes, const std::wstring& path) {
     if (path.empty()) return {};
     FileStream file(path, FileUse::Write);
     Image picture;
-    if (file.Write(bytes.data(), bytes.size()) && file.Close()) picture = LoadPicture(path);
+    const bool written = file.Write(bytes.data(), bytes.size()) && file.Close();
+    if (!written || !LoadPicture(path, picture).IsDone()) picture.Clear();
     file.Close();
     RemoveFile(path);
     return picture;
@@ -128,50 +129,39 @@ bool CreateFaces(const ImportState& state, Feedback& feedback, CubeFaces& faces)
     return true;
 }
 
-bool ImportMovie(Panorama& panorama, const std::wstring& path, ImportState& state) {
-    Feedback& feedback = panorama.feedback;
+Outcome ImportMovie(const std::wstring& path, Feedback& feedback, ImportState& state, Panorama& panorama) {
     {
         std::vector<std::byte> movie;
-        if (!ReadWholeFile(path, movie) || movie.empty()) return false;
+        if (!ReadWholeFile(path, movie) || movie.empty()) return Failure(Reason::CannotOpen);
         FindPictures(movie, state.pictures);
-        if (state.pictures.count == 0) return false;
+        if (state.pictures.count == 0) return Failure(Reason::CannotOpen);
         LoadTiles(movie, feedback, state);
 
         const int tilesPerSide = TilesPerSide(state.squares.Count());
-        if (tilesPerSide == 0) {
-            feedback.Error(L"This is not a cubic VR movie");
-            return false;
-        }
+        if (tilesPerSide == 0) return Failure(Reason::NotACubicMovie);
         DebugLine(L"TileRes = " + std::to_wstring(tilesPerSide) + L"\n");
         BuildFaceGrid(tilesPerSide, state.grid);
         if (!PlaceByTables(movie, feedback, state)) {
             DebugLine(L"Could not parse header, switching to stitching mode...\n");
             if (!StitchTiles(state.grid, state.squares.Tiles(), feedback, state.places)) {
-                feedback.Error(L"Out of memory");
-                return false;
+                return Failure(Reason::NoMemory);
             }
         }
     }
     CubeFaces faces;
-    if (!CreateFaces(state, feedback, faces)) {
-        feedback.Error(L"Out of memory");
-        return false;
-    }
+    if (!CreateFaces(state, feedback, faces)) return Failure(Reason::NoMemory);
     panorama.faces = std::move(faces);
     panorama.faceSize = panorama.faces[0].width;
-    return true;
+    return {};
 }
 
 }  // namespace
 
-bool ImportQuickTimeVr(Panorama& panorama, const std::wstring& path) {
+Outcome ImportQuickTimeVr(const ImportRequest& request, Feedback& feedback, Panorama& panorama) {
     // Too large for the stack.
     const std::unique_ptr<ImportState> state(new (std::nothrow) ImportState);
-    if (!state) {
-        panorama.feedback.Error(L"Out of memory");
-        return false;
-    }
-    return ImportMovie(panorama, path, *state);
+    if (!state) return Failure(Reason::NoMemory);
+    return ImportMovie(request.Path(), feedback, *state, panorama);
 }
 
 }  // namespace skyvault

@@ -4,16 +4,14 @@
 // places come from the movie's tables, or, without usable tables, from how their edges fit together.
 #pragma once
 
-#include <string>
-
-#include "projection/panorama.h"
+#include "projection/layout_requests.h"
 
 namespace skyvault {
 
-/// Fills the faces (Rgba8, opaque) and faceSize. False, with the panorama as it was, when the movie cannot be
-/// read, holds no JPEG picture, has a number of tiles that makes no cube ("This is not a cubic VR movie"), or
-/// there is not enough memory ("Out of memory"). Progress: "Extracting JPG files...", "Parsing CUFA...",
-/// "Parsing STCO...", "Stitching tiles...", "Creating cube faces...".
-bool ImportQuickTimeVr(Panorama& panorama, const std::wstring& path);
+/// Fills the faces (Rgba8, opaque) and faceSize; the panorama stays as it was when the movie cannot be read
+/// or holds no JPEG picture, has a number of tiles that makes no cube (NotACubicMovie), or there is not
+/// enough memory. Progress: "Extracting JPG files...", "Parsing CUFA...", "Parsing STCO...", "Stitching
+/// tiles...", "Creating cube faces...".
+Outcome ImportQuickTimeVr(const ImportRequest& request, Feedback& feedback, Panorama& panorama);
 
 }  // namespace skyvault

@@ -5,8 +5,8 @@
 #include <cstdlib>
 #include <utility>
 
-#include "image/mvector.h"
-#include "image/pixel_convert.h"
+#include "image/pixel_rows.h"
+#include "platform/mvector.h"
 
 namespace skyvault {
 

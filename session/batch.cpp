@@ -8,29 +8,28 @@
 #include <new>
 #include <set>
 
-#include "image/picture_codec.h"
+#include "codecs/picture_codec.h"
+#include "platform/feedback.h"
 #include "platform/files.h"
 #include "platform/path_text.h"
-#include "platform/silent_feedback.h"
-#include "platform/text_case.h"
+#include "platform/system_text.h"
 #include "projection/single_files.h"
 
 namespace skyvault {
 namespace {
 
-constexpr int kDds = 0, kMov = 1, kPng = 6;
+/// The types with a layout of their own come first, then the picture types.
 constexpr std::array kExtensions = {L"dds", L"mov", L"bmp", L"jpg", L"gif", L"tif", L"png"};
-constexpr int kDdsLayout = static_cast<int>(PanoramaFormat::DirectXDds);
-constexpr int kQtvrLayout = static_cast<int>(PanoramaFormat::QuickTimeVr);
+constexpr int kFirstPicture = 2, kPng = 6;
 
-bool IsPicture(int extension) {
-    return extension > kMov && extension < static_cast<int>(kExtensions.size());
+int IndexOfExtension(std::wstring_view extension) {
+    return static_cast<int>(std::find(kExtensions.begin(), kExtensions.end(), extension) -
+                            kExtensions.begin());
 }
 
 /// Upper-case extensions of the files a layout is read from.
-std::set<std::wstring> SourceExtensions(PanoramaFormat layout) {
-    if (layout == PanoramaFormat::DirectXDds) return {L"DDS"};
-    if (layout == PanoramaFormat::QuickTimeVr) return {L"MOV"};
+std::set<std::wstring> SourceExtensions(const LayoutRow& layout) {
+    if (layout.ownExtension != nullptr) return {UpperCase(layout.ownExtension)};
     // The last two are read without a codec.
     std::vector<std::wstring> codecs = ReadableExtensions();
     std::set<std::wstring> extensions(codecs.begin(), codecs.end());
@@ -76,34 +75,37 @@ std::vector<std::vector<std::wstring>> GroupFaces(const std::vector<std::wstring
 }
 
 std::vector<std::vector<std::wstring>> FindSources(const BatchJob& job, int namingSystem) {
-    const std::set<std::wstring> extensions = SourceExtensions(job.from);
+    const std::set<std::wstring> extensions = SourceExtensions(*job.from);
     std::vector<std::wstring> files;
     for (const std::wstring& name : FindFiles(job.sourceFolder)) {
         if (name.find(L'.') == std::wstring::npos || !extensions.contains(UpperExtension(name))) continue;
         std::wstring path = JoinPath(job.sourceFolder, name);
         if (FileExists(path)) files.push_back(std::move(path));
     }
-    if (job.from == PanoramaFormat::SingleFiles) return GroupFaces(files, namingSystem);
+    if (job.from->sources > 1) return GroupFaces(files, namingSystem);
     std::vector<std::vector<std::wstring>> sources;
     sources.reserve(files.size());
     for (std::wstring& file : files) sources.push_back({std::move(file)});
     return sources;
 }
 
+bool WritesSixFiles(const BatchJob& job) {
+    return job.to->sources > 1;
+}
+
 std::wstring OutputOf(const BatchJob& job, const std::wstring& source) {
     const std::wstring stem = WithoutExtension(FileNamePart(source));
-    std::wstring folder = job.destinationFolder, prefix;
-    std::wstring extension = job.extension;
-    if (job.to == PanoramaFormat::DirectXDds) prefix = L"cubemap_";
-    if (job.to == PanoramaFormat::SphereMap) prefix = L"spheremap_";
-    if (job.to == PanoramaFormat::QuickTimeVr) extension = kExtensions[kMov];
-    if (job.to == PanoramaFormat::SingleFiles && job.subfolders) folder = JoinPath(folder, stem);
+    std::wstring folder = job.destinationFolder;
+    if (WritesSixFiles(job) && job.subfolders) folder = JoinPath(folder, stem);
+    const std::wstring prefix = job.to->exportPrefix != nullptr ? LowerCase(job.to->exportPrefix) : L"";
+    const bool movie = job.to->format == PanoramaFormat::QuickTimeVr;
+    const std::wstring extension = movie ? job.to->ownExtension : job.extension;
     return JoinPath(folder, prefix + stem + L"." + extension);
 }
 
 /// The files that will be there when the panorama has been written.
 std::vector<std::wstring> ResultsOf(const BatchJob& job, const std::wstring& output, int namingSystem) {
-    if (job.to != PanoramaFormat::SingleFiles) return {output};
+    if (!WritesSixFiles(job)) return {output};
     std::vector<std::wstring> files;
     files.reserve(kFaceCount);
     for (int f = 0; f < kFaceCount; ++f) {
@@ -117,135 +119,154 @@ void SortBySource(std::vector<BatchItem>& items) {
               [](const BatchItem& a, const BatchItem& b) { return a.sources.front() < b.sources.front(); });
 }
 
-class Run {
-  public:
-    Run(const BatchJob& job, const AppState& settings)
-        : job_(job), settings_(settings), from_(FindLayout(job.from)), to_(FindLayout(job.to)) {
-        // One folder can have two names.
-        if (!SameFolder(job.sourceFolder, job.destinationFolder)) return;
-        for (const std::vector<std::wstring>& sources : FindSources(job, NamingSystemOf(settings))) {
-            for (const std::wstring& source : sources) sourceNames_.insert(NameKey(source));
+/// Of the items that have a result in common all but the one whose source's name comes first.
+void RefuseSharedResults(std::vector<BatchItem>& items) {
+    // On Windows names that differ in case only are one name.
+    const auto key = [](const std::wstring& path) {
+        return kPathSeparator == L'\\' ? LowerCase(path) : path;
+    };
+    std::map<std::wstring, const BatchItem*> first;
+    for (BatchItem& item : items) {
+        for (const std::wstring& result : item.results) {
+            const BatchItem*& owner = first.emplace(key(result), &item).first->second;
+            if (item.sources.front() < owner->sources.front()) owner = &item;
         }
     }
-
-    bool HasResults(const BatchItem& item) const {
-        const std::vector<std::wstring> results = Results(item);
-        return std::all_of(results.begin(), results.end(), FileExists);
+    for (BatchItem& item : items) {
+        for (const std::wstring& result : item.results) {
+            const BatchItem* const owner = first.at(key(result));
+            if (owner == &item || !item.obstacle.IsDone()) continue;
+            item.obstacle = {.reason = Reason::SharesResult,
+                             .file = item.sources.front(),
+                             .infoLog = {},
+                             .otherFile = owner->sources.front()};
+        }
     }
+}
 
-    ConversionResult Convert(const BatchItem& item) {
-        if (!item.obstacle.empty()) return Failure(item.obstacle);
-        for (const std::wstring& result : Results(item)) {
-            if (ReplacesSource(result)) {
-                return Failure(L"Could not write " + Quoted(result) + L": it is one of the source files");
+/// A source is never replaced: one folder can have two names.
+void RefuseReplacedSources(const BatchJob& job, std::vector<BatchItem>& items) {
+    if (!SameFolder(job.sourceFolder, job.destinationFolder)) return;
+    if (WritesSixFiles(job) && job.subfolders) return;
+    const auto key = [](const std::wstring& path) { return LowerCase(std::wstring(FileNamePart(path))); };
+    std::set<std::wstring> sources;
+    for (const BatchItem& item : items) {
+        for (const std::wstring& source : item.sources) sources.insert(key(source));
+    }
+    for (BatchItem& item : items) {
+        for (const std::wstring& result : item.results) {
+            if (item.obstacle.IsDone() && sources.contains(key(result))) {
+                item.obstacle = Failure(Reason::ReplacesSource, result);
             }
         }
-        const std::wstring folder(FolderPart(item.output));
-        const bool isNew = !FolderExists(folder);
-        if (isNew && !CreateFolder(folder)) return Failure(L"Could not create the folder " + Quoted(folder));
-        ConversionResult result = ConvertOrRunOut(item);
-        if (!result.done && isNew) RemoveEmptyFolder(folder);
+    }
+}
+
+/// The file type that only this layout of the list has; null also for an index that is none, which a settings
+/// file may hold.
+const wchar_t* OwnExtension(int layout) {
+    const std::span<const LayoutRow> rows = BatchLayouts();
+    const bool listed = layout >= 0 && layout < static_cast<int>(rows.size());
+    return listed ? rows[static_cast<std::size_t>(layout)].ownExtension : nullptr;
+}
+
+bool HasResults(const BatchItem& item) {
+    return std::all_of(item.results.begin(), item.results.end(), FileExists);
+}
+
+ConversionResult ConvertItem(const BatchJob& job, const BatchItem& item, const AppState& settings) {
+    ConversionResult result{item.obstacle, {}};
+    if (!result.outcome.IsDone()) return result;
+    const std::wstring folder(FolderPart(item.output));
+    const bool isNew = !FolderExists(folder);
+    if (isNew && !CreateFolder(folder)) {
+        result.outcome = Failure(Reason::CannotCreateFolder, folder);
         return result;
     }
-
-  private:
-    static ConversionResult Failure(const std::wstring& reason) {
-        ConversionResult result;
-        result.reason = reason;
-        return result;
+    // Nothing that happens to one panorama is shown: the run goes on, and the observer hears the outcome.
+    SilentFeedback silence;
+    try {
+        result = ConvertPanorama({job.from, item.sources, job.to, item.output, job.modifications, {}},
+                                 settings, silence);
+    } catch (const std::bad_alloc&) {
+        // Memory that is lacking for one panorama may be there for the next.
+        result.outcome = Failure(Reason::NoMemory, item.sources.front());
     }
-    /// Memory that is lacking for one panorama may be there for the next.
-    ConversionResult ConvertOrRunOut(const BatchItem& item) {
-        try {
-            return ConvertPanorama({from_, item.sources, to_, item.output, job_.modifications, {}}, settings_,
-                                   silence_);
-        } catch (const std::bad_alloc&) {
-            return Failure(L"Out of memory: " + Quoted(item.sources.front()));
-        }
-    }
-    static std::wstring NameKey(const std::wstring& path) {
-        return LowerCase(std::wstring(FileNamePart(path)));
-    }
-    std::vector<std::wstring> Results(const BatchItem& item) const {
-        return ResultsOf(job_, item.output, NamingSystemOf(settings_));
-    }
-    bool ReplacesSource(const std::wstring& result) const {
-        const bool inSubfolder = job_.to == PanoramaFormat::SingleFiles && job_.subfolders;
-        return !inSubfolder && sourceNames_.contains(NameKey(result));
-    }
-
-    const BatchJob& job_;
-    const AppState& settings_;
-    const LayoutRow *const from_, *const to_;
-    std::set<std::wstring> sourceNames_;  ///< empty unless the results go where the sources are
-    /// Nothing that happens to one panorama is shown: the run goes on, and the observer hears the outcome.
-    SilentFeedback silence_;
-};
+    if (!result.outcome.IsDone() && isNew) RemoveEmptyFolder(folder);
+    return result;
+}
 
 }  // namespace
+
+std::span<const LayoutRow> BatchLayouts() {
+    const std::span<const LayoutRow> rows = Layouts();
+    const auto end = std::find_if(rows.begin(), rows.end(),
+                                  [](const LayoutRow& row) { return row.kind != LayoutKind::Panorama; });
+    return rows.first(static_cast<std::size_t>(end - rows.begin()));
+}
 
 std::span<const wchar_t* const> BatchExtensions() {
     return kExtensions;
 }
 
 int BatchExtensionForLayout(int layout, int extension) {
-    if (layout == kDdsLayout) return kDds;
-    if (layout == kQtvrLayout) return kMov;
-    return IsPicture(extension) ? extension : kPng;
+    const wchar_t* const own = OwnExtension(layout);
+    if (own != nullptr) return IndexOfExtension(own);
+    const bool picture = extension >= kFirstPicture && extension < static_cast<int>(kExtensions.size());
+    return picture ? extension : kPng;
 }
 
 int BatchLayoutForExtension(int extension, int layout) {
-    if (extension == kDds) return kDdsLayout;
-    if (extension == kMov) return kQtvrLayout;
-    const bool ownType = layout == kDdsLayout || layout == kQtvrLayout;
-    return ownType ? static_cast<int>(PanoramaFormat::Equirectangular) : layout;
+    const int layouts = static_cast<int>(BatchLayouts().size());
+    for (int i = 0; i < layouts; ++i) {
+        const wchar_t* const own = OwnExtension(i);
+        if (own != nullptr && IndexOfExtension(own) == extension) return i;
+    }
+    return OwnExtension(layout) != nullptr ? static_cast<int>(PanoramaFormat::Equirectangular) : layout;
 }
 
-BatchPlan PlanBatch(const BatchJob& job, int namingSystem) {
-    if (job.destinationFolder == job.sourceFolder) {
-        return {L"Destination folder must be different from the source folder", {}};
+BatchPlan PlanBatch(const BatchJob& job, const ExportSettings& settings) {
+    if (job.destinationFolder == job.sourceFolder)
+        return {Failure(Reason::SameFolders, job.sourceFolder), {}};
+    if (!FolderExists(job.sourceFolder)) return {Failure(Reason::NoSourceFolder, job.sourceFolder), {}};
+    if (!FolderExists(job.destinationFolder)) {
+        return {Failure(Reason::NoDestinationFolder, job.destinationFolder), {}};
     }
-    if (!FolderExists(job.sourceFolder)) return {L"Source folder does not exist", {}};
-    if (!FolderExists(job.destinationFolder)) return {L"Destination folder does not exist", {}};
+    const int namingSystem = NamingSystemOf(settings);
     BatchPlan plan;
     for (std::vector<std::wstring>& sources : FindSources(job, namingSystem)) {
-        const std::wstring output = OutputOf(job, sources.front());
-        plan.items.push_back({std::move(sources), output});
+        std::wstring output = OutputOf(job, sources.front());
+        std::vector<std::wstring> results = ResultsOf(job, output, namingSystem);
+        plan.items.push_back({std::move(sources), std::move(output), std::move(results)});
     }
-    if (plan.items.empty()) plan.obstacle = L"No files found in source folder";
+    if (plan.items.empty()) plan.obstacle = Failure(Reason::NoSourceFiles, job.sourceFolder);
+    RefuseReplacedSources(job, plan.items);
+    RefuseSharedResults(plan.items);
     return plan;
+}
+
+std::wstring TextOfCounts(const BatchCounts& counts) {
+    return std::to_wstring(counts.converted) + L" converted, " + std::to_wstring(counts.failed) +
+           L" failed, " + std::to_wstring(counts.skipped) + L" skipped";
 }
 
 BatchCounts RunBatch(const BatchJob& job, const std::vector<BatchItem>& items, bool skipExisting,
                      const AppState& settings, BatchObserver& observer) {
     BatchCounts counts;
-    Run run(job, settings);
     for (std::size_t i = 0; i < items.size(); ++i) {
         const BatchItem& item = items[i];
         if (!observer.OnBegin(item, i, items.size())) break;
-        if (skipExisting && run.HasResults(item)) {
+        if (skipExisting && HasResults(item)) {
             ++counts.skipped;
-            observer.OnEnd(item, BatchOutcome::Skipped, {});
+            observer.OnEnd(item, BatchEnd::Skipped, {});
             continue;
         }
-        const ConversionResult result = run.Convert(item);
-        ++(result.done ? counts.converted : counts.failed);
-        observer.OnEnd(item, result.done ? BatchOutcome::Converted : BatchOutcome::Failed, result);
+        const ConversionResult result = ConvertItem(job, item, settings);
+        const bool done = result.outcome.IsDone();
+        ++(done ? counts.converted : counts.failed);
+        observer.OnEnd(item, done ? BatchEnd::Converted : BatchEnd::Failed, result);
     }
     return counts;
-}
-
-void RefuseSharedResults(std::vector<BatchItem>& items) {
-    SortBySource(items);
-    std::map<std::wstring, const BatchItem*> byResult;
-    for (BatchItem& item : items) {
-        // On Windows names that differ in case only are one name.
-        const bool anyCase = kPathSeparator == L'\\';
-        const auto [first, isNew] = byResult.emplace(anyCase ? LowerCase(item.output) : item.output, &item);
-        if (isNew) continue;
-        item.obstacle = Quoted(item.sources.front()) + L" has the same result as " +
-                        Quoted(first->second->sources.front());
-    }
 }
 
 std::vector<BatchItem> ShardOfBatch(std::vector<BatchItem> items, int shard, int shards) {

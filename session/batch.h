@@ -8,15 +8,15 @@
 #include <string>
 #include <vector>
 
-#include "projection/modifications.h"
 #include "session/conversion.h"
 #include "session/layouts.h"
 #include "settings/app_state.h"
 
 namespace skyvault {
 
-/// Layouts 0 .. 12 can be read and written by a batch; both layout lists show them in this order.
-inline constexpr int kBatchLayoutCount = 13;
+/// The layouts a batch reads and writes, in the order of both lists: those of kind Panorama, whose formats
+/// count from 0.
+std::span<const LayoutRow> BatchLayouts();
 
 /// The list of extensions, in order.
 std::span<const wchar_t* const> BatchExtensions();
@@ -29,8 +29,8 @@ int BatchExtensionForLayout(int layout, int extension);
 int BatchLayoutForExtension(int extension, int layout);
 
 struct BatchJob {
-    PanoramaFormat from = PanoramaFormat::Equirectangular;
-    PanoramaFormat to = PanoramaFormat::Equirectangular;
+    const LayoutRow* from = nullptr;
+    const LayoutRow* to = nullptr;
     std::wstring sourceFolder, destinationFolder;
     std::wstring extension = L"png";  ///< of BatchExtensions(); QuickTime VR always gets mov
     bool subfolders = false;          ///< single files get a folder for each panorama
@@ -41,18 +41,20 @@ struct BatchJob {
 struct BatchItem {
     std::vector<std::wstring> sources;  ///< six for single files, else one
     std::wstring output;                ///< single files make their six names of it
-    std::wstring obstacle = {};         ///< why it is not converted; empty when it is to be
+    std::vector<std::wstring> results;  ///< the files that will be there
+    Outcome obstacle = {};              ///< why it is not converted; Done when it is to be
 };
 
 struct BatchPlan {
-    std::wstring obstacle;         ///< why nothing can be converted; empty when it can
+    Outcome obstacle;              ///< why nothing can be converted; Done when something can
     std::vector<BatchItem> items;  ///< in the order the system names the files
 };
 
-/// Looks into the source folder; nothing is written. namingSystem: how the six single files are told apart.
-BatchPlan PlanBatch(const BatchJob& job, int namingSystem);
+/// Looks into the source folder; nothing is written. Where several panoramas have one result, all but the one
+/// whose source's name comes first get an obstacle, and so does one whose result would replace a source.
+BatchPlan PlanBatch(const BatchJob& job, const ExportSettings& settings);
 
-enum class BatchOutcome { Converted, Failed, Skipped };
+enum class BatchEnd { Converted, Failed, Skipped };
 
 /// Hears of every panorama.
 class BatchObserver {
@@ -60,21 +62,21 @@ class BatchObserver {
     virtual ~BatchObserver() = default;
     /// Before a panorama, index 0 .. count − 1; false ends the run.
     virtual bool OnBegin(const BatchItem& item, std::size_t index, std::size_t count) = 0;
-    /// result: of a failure the reason, in one message that names a file.
-    virtual void OnEnd(const BatchItem& item, BatchOutcome outcome, const ConversionResult& result) = 0;
+    /// result: of a failure the reason.
+    virtual void OnEnd(const BatchItem& item, BatchEnd end, const ConversionResult& result) = 0;
 };
 
 struct BatchCounts {
     std::size_t converted = 0, failed = 0, skipped = 0;
 };
 
-/// Converts one after the other; what fails is told to the observer and the run goes on. A source is never
-/// replaced by a result. skipExisting: what has all its results already counts as skipped.
+/// "3 converted, 1 failed, 0 skipped"
+std::wstring TextOfCounts(const BatchCounts& counts);
+
+/// Converts one after the other; what fails is told to the observer and the run goes on. skipExisting: what
+/// has all its results already counts as skipped.
 BatchCounts RunBatch(const BatchJob& job, const std::vector<BatchItem>& items, bool skipExisting,
                      const AppState& settings, BatchObserver& observer);
-
-/// Where several panoramas have one result, all but the one whose source's name comes first get an obstacle.
-void RefuseSharedResults(std::vector<BatchItem>& items);
 
 /// The K-th of N equal parts of the items sorted by their sources' names, the same on every machine that
 /// sees the same files and reads the same types of them. 1 ≤ shard ≤ shards.

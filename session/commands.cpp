@@ -1,18 +1,18 @@
 #include "session/commands.h"
 
+#include "resources/resource_ids.h"
 #include "session/layouts.h"
-#include "session/modify_commands.h"
 
 namespace skyvault {
 namespace {
 
 bool RunLayoutCommand(Session& session, std::uint16_t command) {
     if (const LayoutRow* layout = LayoutOfImportCommand(command)) {
-        ImportCommand(session, layout->format);
+        ImportCommand(session, *layout);
     } else if (layout = LayoutOfExportCommand(command); layout != nullptr) {
-        ExportCommand(session, layout->format);
+        ExportCommand(session, *layout);
     } else if (layout = LayoutOfViewCommand(command); layout != nullptr) {
-        SetView(session, layout->format);
+        SetView(session, *layout);
     } else {
         return false;
     }
@@ -23,58 +23,58 @@ bool RunLayoutCommand(Session& session, std::uint16_t command) {
 
 bool RunCommand(Session& session, std::uint16_t command) {
     switch (command) {
-        case kCommandHeadingLeft:
+        case IDM_HEADING_LEFT:
             RotateStep(session, -1, 0, 0);
             return true;
-        case kCommandHeadingRight:
+        case IDM_HEADING_RIGHT:
             RotateStep(session, +1, 0, 0);
             return true;
-        case kCommandPitchUp:
+        case IDM_PITCH_UP:
             RotateStep(session, 0, -1, 0);
             return true;
-        case kCommandPitchDown:
+        case IDM_PITCH_DOWN:
             RotateStep(session, 0, +1, 0);
             return true;
-        case kCommandRollClockwise:
+        case IDM_ROLL_CLOCKWISE:
             RotateStep(session, 0, 0, +1);
             return true;
-        case kCommandRollCounterclockwise:
+        case IDM_ROLL_COUNTERCLOCKWISE:
             RotateStep(session, 0, 0, -1);
             return true;
-        case kCommandHorizonUp:
+        case IDM_HORIZON_UP:
             HorizonCommand(session, +1);
             return true;
-        case kCommandHorizonDown:
+        case IDM_HORIZON_DOWN:
             HorizonCommand(session, -1);
             return true;
-        case kCommandBiggerLogo:
+        case IDM_BIGGER_LOGO:
             LogoCommand(session, +1);
             return true;
-        case kCommandSmallerLogo:
+        case IDM_SMALLER_LOGO:
             LogoCommand(session, -1);
             return true;
-        case kCommandFlipHorizontal:
+        case IDM_FLIP_HORIZONTAL:
             ToggleModification(session, &Modifications::flipHorizontal);
             return true;
-        case kCommandMirrorTopToBottom:
+        case IDM_MIRROR_TOP_TO_BOTTOM:
             ToggleModification(session, &Modifications::mirrorTopToBottom);
             return true;
-        case kCommandMirrorFrontToBack:
+        case IDM_MIRROR_FRONT_TO_BACK:
             ToggleModification(session, &Modifications::mirrorFrontToBack);
             return true;
-        case kCommandResetAll:
+        case IDM_RESET_ALL:
             ResetAllModifications(session);
             return true;
-        case kCommandBiggerFov:
+        case IDM_BIGGER_FOV:
             ScalePreviewFov(session, kBiggerFov);
             return true;
-        case kCommandSmallerFov:
+        case IDM_SMALLER_FOV:
             ScalePreviewFov(session, kSmallerFov);
             return true;
-        case kCommandCrosshair:
+        case IDM_CROSSHAIR:
             ToggleCrosshair(session);
             return true;
-        case kCommandMagnifyingGlass:
+        case IDM_MAGNIFYING_GLASS:
             ToggleMagnifyingGlass(session);
             return true;
         default:

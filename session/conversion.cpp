@@ -1,59 +1,81 @@
 #include "session/conversion.h"
 
-#include "platform/feedback_relay.h"
+#include "codecs/dds_cube_map.h"
+#include "codecs/picture_files.h"
 #include "platform/path_text.h"
-#include "session/import_panorama.h"
 
 namespace skyvault {
 namespace {
 
-/// Passes everything on but errors, and keeps their first: it is the cause of those after it.
-class FirstError final : public FeedbackRelay {
-  public:
-    using FeedbackRelay::FeedbackRelay;
-    const std::wstring& Text() const { return text_; }
-
-    void Error(const std::wstring& text) override {
-        if (text_.empty()) text_ = text;
+/// The layout a file is read as: a DDS file says itself whether it is a cube map, others are taken as asked.
+const LayoutRow& CorrectedLayout(const LayoutRow& layout, const std::wstring& path, Feedback& feedback) {
+    if (UpperExtension(path) != L"DDS") return layout;
+    const bool asCubeMap = layout.format == PanoramaFormat::DirectXDds;
+    const DdsKind kind = GetDdsKind(path);
+    const std::wstring name = L"\"" + std::wstring(FileNamePart(path));
+    if (!asCubeMap && kind == DdsKind::CubeMap) {
+        feedback.Information(name + L"\" is a cubemap.\n\nNow switching to cubemap.");
+        return *FindLayout(PanoramaFormat::DirectXDds);
     }
+    if (asCubeMap && kind == DdsKind::Picture) {
+        feedback.Information(name + L"\" is not a cubemap.\n\nNow switching to equirectangular.");
+        return *FindLayout(PanoramaFormat::Equirectangular);
+    }
+    return layout;
+}
 
-  private:
-    std::wstring text_;
-};
-
-/// The engine's own words when it said any, with the file they are about.
-std::wstring ReasonAbout(const std::wstring& path, const std::wstring& told, const std::wstring& otherwise) {
-    if (told.empty()) return otherwise + L" " + Quoted(path);
-    return told.find(path) != std::wstring::npos ? told : told + L": " + Quoted(path);
+/// The outcome, about the file unless it names one itself.
+Outcome About(const std::wstring& file, Outcome outcome) {
+    if (outcome.file.empty()) outcome.file = file;
+    return outcome;
 }
 
 }  // namespace
 
+Outcome ImportPanorama(const LayoutRow& layout, const std::vector<std::wstring>& paths,
+                       const AppState& settings, Feedback& feedback, Panorama& panorama) {
+    ResetModifications(panorama.modifications);
+    panorama.path = paths.front();
+    const LayoutRow& row = CorrectedLayout(layout, panorama.path, feedback);
+    const ImportRequest request{
+        .format = row.format, .paths = paths, .settings = settings, .generator = settings};
+    return About(panorama.path, row.import(request, feedback, panorama));
+}
+
+Outcome ExportPanorama(const LayoutRow& layout, const std::wstring& path, const Camera& camera,
+                       const ExportSettings& settings, Feedback& feedback, Panorama& panorama) {
+    // A logo that cannot be read is a disc of one colour.
+    static_cast<void>(LoadLogo(panorama, settings));
+    const ExportRequest request{
+        .format = layout.format, .settings = settings, .camera = camera, .path = path};
+    if (layout.write != nullptr) {
+        return About(path, layout.write(panorama, request, feedback, panorama.resultPicture));
+    }
+    Outcome rendered = layout.render(panorama, request, feedback, panorama.resultPicture);
+    if (!rendered.IsDone()) return About(path, std::move(rendered));
+    return About(path, SavePicture(panorama.resultPicture, path, PixelFormat::None, true));
+}
+
+Outcome RenderView(const LayoutRow& layout, const ClientSize& client, const Camera& camera,
+                   const ExportSettings& settings, Feedback& feedback, Panorama& panorama) {
+    static_cast<void>(LoadLogo(panorama, settings));
+    return layout.render(
+        panorama,
+        {.format = layout.format, .settings = settings, .camera = camera, .path = {}, .client = client},
+        feedback, panorama.resultPicture);
+}
+
 ConversionResult ConvertPanorama(const Conversion& conversion, const AppState& settings, Feedback& feedback) {
     ConversionResult result;
-    FirstError errors(feedback);
-    Panorama panorama(errors, settings, nullptr);
-    const std::wstring first = conversion.sources.empty() ? std::wstring() : conversion.sources.front();
-    ImportPanorama(panorama, conversion.sources, conversion.from->format);
-    if (panorama.IsEmpty() || panorama.paletteMissing || !errors.Text().empty()) {
-        result.reason = ReasonAbout(first, errors.Text(), L"Could not open");
-        return result;
-    }
-    for (std::size_t f = 0;
-         conversion.from->format == PanoramaFormat::SingleFiles && f < panorama.faces.size(); ++f) {
+    Panorama panorama;
+    result.outcome = ImportPanorama(*conversion.from, conversion.sources, settings, feedback, panorama);
+    if (!result.outcome.IsDone()) return result;
+    for (std::size_t f = 0; conversion.from->sources > 1 && f < panorama.faces.size(); ++f) {
         if (!panorama.faces[f].IsValid()) result.missingFaces.push_back(static_cast<CubeFace>(f));
     }
     panorama.modifications = conversion.modifications;
-    result.done = conversion.to->exportTo(panorama, conversion.output, conversion.camera, result.infoLog);
-    if (!errors.Text().empty()) result.done = false;
-    if (result.done) return result;
-    result.infoLog.clear();
-    if (errors.Text().empty() && ExportPixelFormat(panorama, false) == PixelFormat::None) {
-        result.reason = L"Could not write " + Quoted(conversion.output) +
-                        L": there is no front face, which decides the pixel format";
-    } else {
-        result.reason = ReasonAbout(conversion.output, errors.Text(), L"Could not write");
-    }
+    result.outcome =
+        ExportPanorama(*conversion.to, conversion.output, conversion.camera, settings, feedback, panorama);
     return result;
 }
 

@@ -1,34 +1,46 @@
-// One panorama from its files into another file: an import and an export without a window.
+// Panoramas in and out: what the window, the console and batches do with a layout's row.
 #pragma once
 
 #include <string>
 #include <vector>
 
-#include "platform/feedback.h"
-#include "projection/cube_face.h"
 #include "session/layouts.h"
+#include "settings/app_state.h"
 
 namespace skyvault {
 
+/// Fills an empty panorama from its files: one path (a generator's palette or texture picture), or six for
+/// single files. A DDS file says itself whether it is a cube map, whatever it was picked as; a correction is
+/// told. A failure names the file and leaves the panorama empty or partly filled.
+Outcome ImportPanorama(const LayoutRow& layout, const std::vector<std::wstring>& paths,
+                       const AppState& settings, Feedback& feedback, Panorama& panorama);
+
+/// Writes the panorama in a layout. The outcome describes what was written; resultPicture is what was
+/// rendered.
+Outcome ExportPanorama(const LayoutRow& layout, const std::wstring& path, const Camera& camera,
+                       const ExportSettings& settings, Feedback& feedback, Panorama& panorama);
+
+/// Renders a view of the panorama into its resultPicture, as large as the client area has room for.
+Outcome RenderView(const LayoutRow& layout, const ClientSize& client, const Camera& camera,
+                   const ExportSettings& settings, Feedback& feedback, Panorama& panorama);
+
+/// One panorama from its files into another file: an import and an export without a window.
 struct Conversion {
     const LayoutRow* from = nullptr;    ///< an import or a generator
     std::vector<std::wstring> sources;  ///< six for single files, else one
     const LayoutRow* to = nullptr;
     std::wstring output;  ///< single files make their six names of it
     Modifications modifications;
-    Camera camera;  ///< radians; only the preview looks through it
+    Camera camera;
 };
 
 struct ConversionResult {
-    bool done = false;
-    std::wstring reason;   ///< of a failure: one message that names the file
-    std::wstring infoLog;  ///< describes what was written
+    Outcome outcome;
     /// Single files that were named and could not be read; their faces are white.
     std::vector<CubeFace> missingFaces;
 };
 
-/// Reads and writes; an error of either ends it, and so does a generator's picture that cannot be read. The
-/// feedback hears of everything but errors: their first is the reason.
+/// Reads and writes; a failure of either ends it, and so does a generator's picture that cannot be read.
 ConversionResult ConvertPanorama(const Conversion& conversion, const AppState& settings, Feedback& feedback);
 
 }  // namespace skyvault

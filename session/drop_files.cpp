@@ -4,11 +4,11 @@
 #include <array>
 #include <string_view>
 
-#include "image/dds_cube_map.h"
-#include "image/picture_files.h"
+#include "codecs/dds_cube_map.h"
+#include "codecs/picture_files.h"
 #include "platform/files.h"
 #include "platform/path_text.h"
-#include "platform/text_case.h"
+#include "platform/system_text.h"
 #include "projection/cube_face.h"
 #include "projection/single_files.h"
 #include "session/commands.h"
@@ -85,13 +85,13 @@ void OpenDroppedFiles(Session& session, const std::vector<std::wstring>& paths) 
         session.host.Error(L"\"" + *folder + L"\" is a folder.\n\n" + kHint);
     } else if (paths.size() == 1) {
         const auto view = static_cast<PanoramaFormat>(session.settings.view);
-        ImportFiles(session, paths, LayoutOfFile(paths.front(), view));
+        ImportFiles(session, paths, *FindLayout(LayoutOfFile(paths.front(), view)));
     } else if (paths.size() != kFaceCount) {
         session.host.Error(std::to_wstring(paths.size()) + L" files were dropped.\n\n" + kHint);
     } else if (const std::vector<std::wstring> faces = OrderFaces(paths); faces.empty()) {
         session.host.Error(kFacesHint);
     } else {
-        ImportFiles(session, faces, PanoramaFormat::SingleFiles);
+        ImportFiles(session, faces, *FindLayout(PanoramaFormat::SingleFiles));
     }
 }
 

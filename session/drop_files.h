@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "image/picture_size.h"
+#include "image/image.h"
 #include "session/session.h"
 
 namespace skyvault {

@@ -1,40 +1,48 @@
 #include "platform/path_text.h"
 #include "session/commands.h"
-#include "session/layouts.h"
-#include "session/progress_scope.h"
+#include "session/conversion.h"
+#include "session/messages.h"
 
 namespace skyvault {
+namespace {
 
-void ExportCommand(Session& session, PanoramaFormat format) {
-    const LayoutRow* layout = FindLayout(format);
-    if (layout == nullptr || layout->exportCommand == 0 || session.panorama == nullptr) return;
+/// Shows what was built for the file, also when it could not be written; for layouts whose files are not what
+/// the view shows, their view.
+void ShowExported(Session& session, const LayoutRow& layout) {
+    if (!session.host.CanShow()) return;
+    Panorama& panorama = *session.panorama;
+    if (layout.write != nullptr && layout.viewCommand != 0) {
+        static_cast<void>(RenderView(layout, session.host.Size(), session.previewCamera, session.settings,
+                                     session.host, panorama));
+    }
+    session.host.Show(panorama.resultPicture);
+}
 
+}  // namespace
+
+void ExportCommand(Session& session, const LayoutRow& layout) {
+    if (session.panorama == nullptr) return;
     const std::wstring chosen =
-        session.host.AskForFile(layout->saveDialog, session.settings.exportPath, L"Export Panorama");
+        session.host.AskForFile(layout.saveDialog, session.settings.exportPath, L"Export Panorama");
     if (chosen.empty()) return;
     session.settings.exportPath = FolderPart(chosen);
 
-    const std::wstring path = WithExportPrefix(*layout, chosen);
-    std::wstring infoLog;
-    bool written = false;
+    Outcome exported;
     {
         const ProgressScope progress(session.host);
-        session.feedback.Forget();
-        written = layout->exportTo(*session.panorama, path, session.previewCamera, infoLog);
+        exported = ExportPanorama(layout, WithExportPrefix(layout, chosen), session.previewCamera,
+                                  session.settings, session.host, *session.panorama);
     }
-    if (!session.feedback.Any()) {
-        if (written) {
-            session.host.Information(L"360° photo successfully exported!\n\n" + infoLog);
-        } else {
-            // Nobody may believe that the file is there.
-            session.host.Error(L"Could not write \"" + path + L"\"");
-        }
+    if (exported.IsDone()) {
+        session.host.Information(L"360° photo successfully exported!\n\n" + exported.infoLog);
+    } else {
+        // Nobody may believe that the file is there.
+        session.host.Error(MessageOf(exported));
     }
 
-    // The window shows what was built for the file, also when it could not be written.
-    if (layout->viewCommand != 0) session.settings.view = static_cast<std::int32_t>(layout->format);
+    if (layout.viewCommand != 0) session.settings.view = static_cast<std::int32_t>(layout.format);
     session.host.UpdateMenuChecks();
-    if (session.host.CanShow()) ShowResult(*session.panorama);
+    ShowExported(session, layout);
 }
 
 }  // namespace skyvault

@@ -3,9 +3,10 @@
 
 #include <string>
 
+#include "image/image.h"
 #include "platform/feedback.h"
+#include "projection/layout_requests.h"
 #include "projection/modifications.h"
-#include "projection/view_target.h"
 
 namespace skyvault {
 
@@ -24,8 +25,11 @@ constexpr StepSize StepSizeOfKeys(bool controlHeld, bool shiftHeld) {
     return controlHeld ? StepSize::Fine : shiftHeld ? StepSize::Coarse : StepSize::Plain;
 }
 
-class Host : public Feedback, public ViewTarget {
+class Host : public Feedback {
   public:
+    /// A message box for what failed.
+    virtual void Error(const std::wstring& text) = 0;
+
     /// The chosen path, or empty when cancelled. startPath may name a file or a folder. A save kind gives
     /// the path its extension; SavePicture also updates settings.filterIndex.
     virtual std::wstring AskForFile(FileDialogKind kind, const std::wstring& startPath,
@@ -40,8 +44,12 @@ class Host : public Feedback, public ViewTarget {
     /// Shows the check marks anew (MenuChecks of session/commands.h).
     virtual void UpdateMenuChecks() = 0;
 
+    /// The window's client area in pixels.
+    virtual ClientSize Size() const = 0;
     /// A window exists and its client area is not empty.
     virtual bool CanShow() const = 0;
+    /// Presents the picture, fitted and centred; false when it cannot be drawn.
+    virtual bool Show(const Image& picture) = 0;
 };
 
 }  // namespace skyvault

@@ -1,12 +1,11 @@
 #include <array>
-#include <new>
 
+#include "platform/feedback.h"
 #include "platform/files.h"
 #include "platform/path_text.h"
 #include "session/commands.h"
-#include "session/import_panorama.h"
-#include "session/layouts.h"
-#include "session/progress_scope.h"
+#include "session/conversion.h"
+#include "session/messages.h"
 
 namespace skyvault {
 namespace {
@@ -29,47 +28,33 @@ std::vector<std::wstring> AskForFaces(Session& session, FileDialogKind dialog) {
 }
 
 std::vector<std::wstring> AskForSources(Session& session, const LayoutRow& layout) {
-    if (layout.format == PanoramaFormat::SingleFiles) return AskForFaces(session, layout.openDialog);
+    if (layout.sources > 1) return AskForFaces(session, layout.openDialog);
     return {session.host.AskForFile(layout.openDialog, session.settings.importPath, layout.importTitle)};
-}
-
-/// An import that failed without a word. A generator reads its picture or does without it: all that it can
-/// lack is memory.
-std::wstring FailureText(const LayoutRow& layout, const std::wstring& path) {
-    const bool generator = layout.exportCommand == 0;
-    return generator ? L"Out of memory" : L"Could not open \"" + path + L"\"";
 }
 
 }  // namespace
 
-void ImportFiles(Session& session, const std::vector<std::wstring>& paths, PanoramaFormat format) {
-    const LayoutRow* layout = FindLayout(format);
-    if (layout == nullptr || layout->importCommand == 0) return;
+void ImportFiles(Session& session, const std::vector<std::wstring>& paths, const LayoutRow& layout) {
     if (FileExists(paths.front())) session.settings.importPath = FolderPart(paths.front());
 
     // The old panorama first: two large ones may not fit into memory.
     session.panorama.reset();
-    session.feedback.Forget();
+    session.panorama = std::make_unique<Panorama>();
+    Outcome imported;
     {
         const ProgressScope progress(session.host);
-        session.panorama.reset(new (std::nothrow)
-                                   Panorama(session.feedback, session.settings, &session.host));
-        if (session.panorama != nullptr) ImportPanorama(*session.panorama, paths, format);
+        imported = ImportPanorama(layout, paths, session.settings, session.host, *session.panorama);
     }
-    // Not every import says itself that it failed.
-    if (session.panorama != nullptr && session.panorama->IsEmpty() && !session.feedback.Any()) {
-        session.host.Error(FailureText(*layout, paths.front()));
-    }
+    const std::wstring message = MessageOf(imported);
+    if (!message.empty()) session.host.Error(message);
     // A new panorama starts without mirrors.
     session.host.UpdateMenuChecks();
     Refresh(session);
 }
 
-void ImportCommand(Session& session, PanoramaFormat format) {
-    const LayoutRow* layout = FindLayout(format);
-    if (layout == nullptr || layout->importCommand == 0) return;
-    const std::vector<std::wstring> paths = AskForSources(session, *layout);
-    if (!paths.front().empty()) ImportFiles(session, paths, format);
+void ImportCommand(Session& session, const LayoutRow& layout) {
+    const std::vector<std::wstring> paths = AskForSources(session, layout);
+    if (!paths.front().empty()) ImportFiles(session, paths, layout);
 }
 
 }  // namespace skyvault

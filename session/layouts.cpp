@@ -10,65 +10,22 @@
 #include "generators/rectangles.h"
 #include "generators/voronoi.h"
 #include "platform/path_text.h"
-#include "platform/text_case.h"
+#include "platform/system_text.h"
 #include "projection/cube_layouts.h"
 #include "projection/dds.h"
+#include "projection/disc_layouts.h"
 #include "projection/equirectangular.h"
-#include "projection/heart.h"
 #include "projection/interior_square.h"
-#include "projection/mirror_ball.h"
+#include "projection/labelled_faces.h"
+#include "projection/preview.h"
 #include "projection/single_files.h"
-#include "projection/sphere_map.h"
 #include "qtvr/qtvr_export.h"
 #include "qtvr/qtvr_import.h"
+#include "resources/resource_ids.h"
 #include "webexport/web_page.h"
 
 namespace skyvault {
 namespace {
-
-const std::wstring& FirstOf(const std::vector<std::wstring>& paths) {
-    static const std::wstring kNone;
-    return paths.empty() ? kNone : paths.front();
-}
-
-template <bool (*importPicture)(Panorama&, const std::wstring&)>
-bool FromOneFile(Panorama& panorama, const std::vector<std::wstring>& paths) {
-    return importPicture(panorama, FirstOf(paths));
-}
-
-template <PanoramaFormat format>
-bool ImportCubeLayout(Panorama& panorama, const std::vector<std::wstring>& paths) {
-    return ImportFaceLayout(panorama, FirstOf(paths), format);
-}
-
-template <bool (*exportPicture)(Panorama&, const std::wstring&, std::wstring&)>
-bool WithoutCamera(Panorama& panorama, const std::wstring& path, const Camera&, std::wstring& infoLog) {
-    return exportPicture(panorama, path, infoLog);
-}
-
-template <PanoramaFormat format>
-bool ExportStripAs(Panorama& panorama, const std::wstring& path, const Camera&, std::wstring& infoLog) {
-    return ExportStrip(panorama, path, format, infoLog);
-}
-
-bool GenerateBlobsFrom(Panorama& panorama, const std::vector<std::wstring>& paths) {
-    return GenerateBlobs(panorama, FirstOf(paths));
-}
-
-template <PanoramaFormat solid>
-bool Solid(Panorama& panorama, const std::vector<std::wstring>& paths) {
-    return GeneratePolyhedron(panorama, FirstOf(paths), solid);
-}
-
-/// Tells the picture and the files that go with it.
-bool ExportPage(Panorama& panorama, const std::wstring& path, const Camera&, std::wstring& infoLog) {
-    infoLog.clear();
-    if (!ExportWebPage(panorama, path)) return false;
-    const WebPageFiles files = CompanionFiles(path);
-    infoLog = path + L"\n\nThe following files have also been generated:\n" + files.page + L"\n" +
-              files.styleSheet + L"\n" + files.script;
-    return true;
-}
 
 constexpr const wchar_t* kSelectPalette = L"Select palette picture";
 constexpr const wchar_t* kSelectTexture = L"Select texture";
@@ -77,202 +34,228 @@ constexpr std::array kLayouts = {
     LayoutRow{.format = PanoramaFormat::Equirectangular,
               .name = L"Equirectangular",
               .consoleName = "equirectangular",
-              .importCommand = 32868,
-              .exportCommand = 32869,
-              .viewCommand = 32867,
+              .importCommand = IDM_IMPORT_EQUIRECTANGULAR,
+              .exportCommand = IDM_EXPORT_EQUIRECTANGULAR,
+              .viewCommand = IDM_VIEW_EQUIRECTANGULAR,
+              .functionKey = 1,
               .importTitle = L"Select equirectangular",
-              .importFrom = FromOneFile<ImportEquirectangular>,
-              .exportTo = WithoutCamera<ExportEquirectangular>},
+              .import = ImportEquirectangular,
+              .render = RenderEquirectangular},
     LayoutRow{.format = PanoramaFormat::DirectXDds,
               .name = L"DirectX DDS",
               .consoleName = "dds",
-              .importCommand = 32779,
-              .exportCommand = 32786,
+              .importCommand = IDM_IMPORT_DDS,
+              .exportCommand = IDM_EXPORT_DDS,
               .importTitle = L"Select DirectX DDS",
               .openDialog = FileDialogKind::OpenDds,
               .saveDialog = FileDialogKind::SaveDds,
+              .ownExtension = L"dds",
               .exportPrefix = L"Cubemap_",
-              .importFrom = FromOneFile<ImportCubeMapDds>,
-              .exportTo = WithoutCamera<ExportCubeMapDDS>},
+              .import = ImportCubeMapDds,
+              .write = ExportCubeMapDDS},
     LayoutRow{.format = PanoramaFormat::QuickTimeVr,
               .name = L"QuickTime VR",
               .consoleName = "qtvr",
-              .importCommand = 32780,
-              .exportCommand = 32785,
+              .importCommand = IDM_IMPORT_QUICKTIME_VR,
+              .exportCommand = IDM_EXPORT_QUICKTIME_VR,
               .importTitle = L"Select Quicktime VR",
               .openDialog = FileDialogKind::OpenMovie,
               .saveDialog = FileDialogKind::SaveMovie,
-              .importFrom = FromOneFile<ImportQuickTimeVr>,
-              .exportTo = WithoutCamera<ExportQuickTimeVr>},
+              .ownExtension = L"mov",
+              .import = ImportQuickTimeVr,
+              .write = ExportQuickTimeVr},
     LayoutRow{.format = PanoramaFormat::HorizontalCross,
               .name = L"Horizontal cross",
               .consoleName = "horizontal-cross",
-              .importCommand = 32782,
-              .exportCommand = 32789,
-              .viewCommand = 32775,
+              .importCommand = IDM_IMPORT_HORIZONTAL_CROSS,
+              .exportCommand = IDM_EXPORT_HORIZONTAL_CROSS,
+              .viewCommand = IDM_VIEW_HORIZONTAL_CROSS,
+              .functionKey = 2,
               .importTitle = L"Select horizontal cross",
-              .importFrom = ImportCubeLayout<PanoramaFormat::HorizontalCross>,
-              .exportTo = WithoutCamera<ExportHorizontalCross>},
+              .import = ImportFaceLayout,
+              .render = RenderFaceLayout},
     LayoutRow{.format = PanoramaFormat::VerticalCross,
               .name = L"Vertical cross",
               .consoleName = "vertical-cross",
-              .importCommand = 32783,
-              .exportCommand = 32790,
-              .viewCommand = 32774,
+              .importCommand = IDM_IMPORT_VERTICAL_CROSS,
+              .exportCommand = IDM_EXPORT_VERTICAL_CROSS,
+              .viewCommand = IDM_VIEW_VERTICAL_CROSS,
+              .functionKey = 3,
               .importTitle = L"Select vertical cross",
-              .importFrom = ImportCubeLayout<PanoramaFormat::VerticalCross>,
-              .exportTo = WithoutCamera<ExportVerticalCross>},
+              .import = ImportFaceLayout,
+              .render = RenderFaceLayout},
     LayoutRow{.format = PanoramaFormat::Strip,
               .name = L"Strip",
               .consoleName = "strip",
-              .importCommand = 32784,
-              .exportCommand = 32791,
-              .viewCommand = 32776,
+              .importCommand = IDM_IMPORT_STRIP,
+              .exportCommand = IDM_EXPORT_STRIP,
+              .viewCommand = IDM_VIEW_STRIP,
+              .functionKey = 4,
               .importTitle = L"Select strip",
-              .importFrom = ImportCubeLayout<PanoramaFormat::Strip>,
-              .exportTo = ExportStripAs<PanoramaFormat::Strip>},
+              .import = ImportFaceLayout,
+              .render = RenderFaceLayout},
     LayoutRow{.format = PanoramaFormat::StripXyz,
               .name = L"Strip XYZ",
               .consoleName = "strip-xyz",
-              .importCommand = 32813,
-              .exportCommand = 32814,
-              .viewCommand = 32812,
+              .importCommand = IDM_IMPORT_STRIP_XYZ,
+              .exportCommand = IDM_EXPORT_STRIP_XYZ,
+              .viewCommand = IDM_VIEW_STRIP_XYZ,
+              .functionKey = 5,
               .importTitle = L"Select strip XYZ",
-              .importFrom = ImportCubeLayout<PanoramaFormat::StripXyz>,
-              .exportTo = ExportStripAs<PanoramaFormat::StripXyz>},
+              .import = ImportFaceLayout,
+              .render = RenderFaceLayout},
     LayoutRow{.format = PanoramaFormat::SingleFiles,
               .name = L"Single files",
               .consoleName = "single-files",
-              .importCommand = 32803,
-              .exportCommand = 32805,
-              .viewCommand = 32802,
-              .importFrom = ImportSingleFiles,
-              .exportTo = WithoutCamera<ExportSingleFiles>},
+              .importCommand = IDM_IMPORT_SINGLE_FILES,
+              .exportCommand = IDM_EXPORT_SINGLE_FILES,
+              .viewCommand = IDM_VIEW_SINGLE_FILES,
+              .functionKey = 6,
+              .sources = kFaceCount,
+              .import = ImportSingleFiles,
+              .render = RenderLabelledFaces,
+              .write = ExportSingleFiles},
     LayoutRow{.format = PanoramaFormat::SphereMap,
               .name = L"Sphere map",
               .consoleName = "sphere-map",
-              .importCommand = 32773,
-              .exportCommand = 32788,
-              .viewCommand = 32778,
+              .importCommand = IDM_IMPORT_SPHERE_MAP,
+              .exportCommand = IDM_EXPORT_SPHERE_MAP,
+              .viewCommand = IDM_VIEW_SPHERE_MAP,
+              .functionKey = 7,
               .importTitle = L"Select spheremap",
               .exportPrefix = L"Spheremap_",
-              .importFrom = FromOneFile<ImportSphereMap>,
-              .exportTo = WithoutCamera<ExportSphereMap>},
+              .import = ImportDisc,
+              .render = RenderDisc},
     LayoutRow{.format = PanoramaFormat::MirrorBall,
               .name = L"Mirror ball",
               .consoleName = "mirror-ball",
-              .importCommand = 32807,
-              .exportCommand = 32808,
-              .viewCommand = 32806,
+              .importCommand = IDM_IMPORT_MIRROR_BALL,
+              .exportCommand = IDM_EXPORT_MIRROR_BALL,
+              .viewCommand = IDM_VIEW_MIRROR_BALL,
+              .functionKey = 8,
               .importTitle = L"Select mirror ball",
-              .importFrom = FromOneFile<ImportMirrorBall>,
-              .exportTo = WithoutCamera<ExportMirrorBall>},
+              .import = ImportDisc,
+              .render = RenderDisc},
     LayoutRow{.format = PanoramaFormat::Heart,
               .name = L"Heart",
               .consoleName = "heart",
-              .importCommand = 32811,
-              .exportCommand = 32810,
-              .viewCommand = 32809,
+              .importCommand = IDM_IMPORT_HEART,
+              .exportCommand = IDM_EXPORT_HEART,
+              .viewCommand = IDM_VIEW_HEART,
+              .functionKey = 9,
               .importTitle = L"Select heart",
-              .importFrom = FromOneFile<ImportHeart>,
-              .exportTo = WithoutCamera<ExportHeart>},
+              .import = ImportDisc,
+              .render = RenderDisc},
     LayoutRow{.format = PanoramaFormat::InteriorStrip,
               .name = L"Interior strip",
               .consoleName = "interior-strip",
-              .importCommand = 32920,
-              .exportCommand = 32921,
-              .viewCommand = 32913,
+              .importCommand = IDM_IMPORT_INTERIOR_STRIP,
+              .exportCommand = IDM_EXPORT_INTERIOR_STRIP,
+              .viewCommand = IDM_VIEW_INTERIOR_STRIP,
               .importTitle = L"Select interior strip",
-              .importFrom = FromOneFile<ImportInteriorStrip>,
-              .exportTo = WithoutCamera<ExportInteriorStrip>},
+              .import = ImportInteriorStrip,
+              .render = RenderFaceLayout},
     LayoutRow{.format = PanoramaFormat::InteriorSquare,
               .name = L"Interior square",
               .consoleName = "interior-square",
-              .importCommand = 32914,
-              .exportCommand = 32918,
-              .viewCommand = 32911,
+              .importCommand = IDM_IMPORT_INTERIOR_SQUARE,
+              .exportCommand = IDM_EXPORT_INTERIOR_SQUARE,
+              .viewCommand = IDM_VIEW_INTERIOR_SQUARE,
               .importTitle = L"Select interior square",
-              .importFrom = FromOneFile<ImportInteriorSquare>,
-              .exportTo = WithoutCamera<ExportInteriorSquare>},
+              .import = ImportInteriorSquare,
+              .render = RenderInteriorSquare},
     LayoutRow{.format = PanoramaFormat::Preview,
+              .kind = LayoutKind::View,
               .name = L"Preview",
               .consoleName = "preview",
-              .exportCommand = 32899,
-              .viewCommand = 32859,
-              .exportTo = ExportPreview},
+              .exportCommand = IDM_EXPORT_PREVIEW,
+              .viewCommand = IDM_VIEW_PREVIEW,
+              .functionKey = 11,
+              .render = RenderPreview},
     LayoutRow{.format = PanoramaFormat::Html,
+              .kind = LayoutKind::Page,
               .name = L"HTML",
               .consoleName = "html",
-              .exportCommand = 32900,
-              .exportTo = ExportPage},
+              .exportCommand = IDM_EXPORT_HTML,
+              .write = ExportWebPage},
 
     LayoutRow{.format = PanoramaFormat::Voronoi,
+              .kind = LayoutKind::Generator,
               .name = L"Voronoi",
               .consoleName = "voronoi",
-              .importCommand = 32826,
+              .importCommand = IDM_GENERATE_VORONOI,
               .importTitle = kSelectPalette,
-              .importFrom = FromOneFile<GenerateVoronoi>},
+              .import = GenerateVoronoi},
     LayoutRow{.format = PanoramaFormat::FractalPlanet,
+              .kind = LayoutKind::Generator,
               .name = L"Fractal planet",
               .consoleName = "fractal-planet",
-              .importCommand = 32828,
+              .importCommand = IDM_GENERATE_FRACTAL_PLANET,
               .importTitle = kSelectPalette,
-              .importFrom = FromOneFile<GenerateFractalPlanet>},
+              .import = GenerateFractalPlanet},
     LayoutRow{.format = PanoramaFormat::DotsOfLight,
+              .kind = LayoutKind::Generator,
               .name = L"Dots of light",
               .consoleName = "dots-of-light",
-              .importCommand = 32829,
+              .importCommand = IDM_GENERATE_DOTS_OF_LIGHT,
               .importTitle = kSelectPalette,
-              .importFrom = FromOneFile<GenerateLights>},
+              .import = GenerateLights},
     LayoutRow{.format = PanoramaFormat::Blobs,
+              .kind = LayoutKind::Generator,
               .name = L"Blobs",
               .consoleName = "blobs",
-              .importCommand = 32831,
+              .importCommand = IDM_GENERATE_BLOBS,
               .importTitle = kSelectPalette,
-              .importFrom = GenerateBlobsFrom},
+              .import = GenerateBlobs},
     LayoutRow{.format = PanoramaFormat::Rectangles,
+              .kind = LayoutKind::Generator,
               .name = L"Rectangles",
               .consoleName = "rectangles",
-              .importCommand = 32844,
+              .importCommand = IDM_GENERATE_RECTANGLES,
               .importTitle = kSelectPalette,
-              .importFrom = FromOneFile<GenerateRectangles>},
-
+              .import = GenerateRectangles},
     LayoutRow{.format = PanoramaFormat::Tetrahedron,
+              .kind = LayoutKind::Generator,
               .name = L"Tetrahedron",
               .consoleName = "tetrahedron",
-              .importCommand = 32838,
+              .importCommand = IDM_GENERATE_TETRAHEDRON,
               .importTitle = kSelectTexture,
-              .importFrom = Solid<PanoramaFormat::Tetrahedron>},
+              .import = GeneratePolyhedron},
     LayoutRow{.format = PanoramaFormat::Hexahedron,
+              .kind = LayoutKind::Generator,
               .name = L"Hexahedron (cube)",
               .consoleName = "hexahedron",
-              .importCommand = 32839,
+              .importCommand = IDM_GENERATE_HEXAHEDRON,
               .importTitle = kSelectTexture,
-              .importFrom = Solid<PanoramaFormat::Hexahedron>},
+              .import = GeneratePolyhedron},
     LayoutRow{.format = PanoramaFormat::Octahedron,
+              .kind = LayoutKind::Generator,
               .name = L"Octahedron",
               .consoleName = "octahedron",
-              .importCommand = 32840,
+              .importCommand = IDM_GENERATE_OCTAHEDRON,
               .importTitle = kSelectTexture,
-              .importFrom = Solid<PanoramaFormat::Octahedron>},
+              .import = GeneratePolyhedron},
     LayoutRow{.format = PanoramaFormat::Dodecahedron,
+              .kind = LayoutKind::Generator,
               .name = L"Dodecahedron",
               .consoleName = "dodecahedron",
-              .importCommand = 32841,
+              .importCommand = IDM_GENERATE_DODECAHEDRON,
               .importTitle = kSelectTexture,
-              .importFrom = Solid<PanoramaFormat::Dodecahedron>},
+              .import = GeneratePolyhedron},
     LayoutRow{.format = PanoramaFormat::Icosahedron,
+              .kind = LayoutKind::Generator,
               .name = L"Icosahedron",
               .consoleName = "icosahedron",
-              .importCommand = 32842,
+              .importCommand = IDM_GENERATE_ICOSAHEDRON,
               .importTitle = kSelectTexture,
-              .importFrom = Solid<PanoramaFormat::Icosahedron>},
+              .import = GeneratePolyhedron},
     LayoutRow{.format = PanoramaFormat::Football,
+              .kind = LayoutKind::Generator,
               .name = L"Football",
               .consoleName = "football",
-              .importCommand = 32843,
+              .importCommand = IDM_GENERATE_FOOTBALL,
               .importTitle = kSelectTexture,
-              .importFrom = Solid<PanoramaFormat::Football>},
+              .import = GeneratePolyhedron},
 };
 
 template <typename Condition>
@@ -306,6 +289,10 @@ const LayoutRow* LayoutOfExportCommand(std::uint16_t id) {
 
 const LayoutRow* LayoutOfViewCommand(std::uint16_t id) {
     return FindCommand(&LayoutRow::viewCommand, id);
+}
+
+const LayoutRow* LayoutOfFunctionKey(int key) {
+    return key == 0 ? nullptr : FindRow([&](const LayoutRow& row) { return row.functionKey == key; });
 }
 
 const LayoutRow* LayoutOfConsoleName(std::string_view name) {

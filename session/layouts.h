@@ -1,41 +1,45 @@
 // The thirteen layouts, the preview, the web page and the generators, each in one row.
+//
+// A row says everything that tells a layout from the others; whoever needs such a fact reads it here.
 #pragma once
 
 #include <cstdint>
 #include <span>
 #include <string>
 #include <string_view>
-#include <vector>
 
-#include "projection/panorama.h"
-#include "projection/preview.h"
+#include "projection/layout_requests.h"
 #include "session/host.h"
 #include "settings/panorama_format.h"
 
 namespace skyvault {
 
-/// Fills an empty panorama from files. False when it failed.
-using LayoutImport = bool (*)(Panorama& panorama, const std::vector<std::wstring>& paths);
+enum class LayoutKind {
+    Panorama,   ///< read and written, by batches too
+    View,       ///< a look at the panorama: written, never read
+    Page,       ///< the panorama's picture and files around it: written, never read
+    Generator,  ///< makes a panorama from a picture
+};
 
-/// Writes the panorama in a layout, or builds it for the view target when path is empty. infoLog receives
-/// the description of what was written. False when it failed.
-using LayoutExport = bool (*)(Panorama& panorama, const std::wstring& path, const Camera& camera,
-                              std::wstring& infoLog);
-
-/// A row says everything that differs between layouts outside of their pixels. 0 or null: has none.
+/// 0 or null: has none.
 struct LayoutRow {
     PanoramaFormat format;
+    LayoutKind kind = LayoutKind::Panorama;
     const wchar_t* name;              ///< "Horizontal cross"
     const char* consoleName;          ///< "horizontal-cross"
-    std::uint16_t importCommand = 0;  ///< menu ids
+    std::uint16_t importCommand = 0;  ///< menu ids (resources/resource_ids.h)
     std::uint16_t exportCommand = 0;
     std::uint16_t viewCommand = 0;
+    int functionKey = 0;                   ///< of the view, 1 .. 12
     const wchar_t* importTitle = nullptr;  ///< open dialog; single files ask once per face instead
     FileDialogKind openDialog = FileDialogKind::OpenPicture;
     FileDialogKind saveDialog = FileDialogKind::SavePicture;
-    const wchar_t* exportPrefix = nullptr;  ///< WithExportPrefix
-    LayoutImport importFrom = nullptr;      ///< set in every row that has an importCommand
-    LayoutExport exportTo = nullptr;        ///< set in every row that has an exportCommand
+    int sources = 1;                        ///< how many files it is read from
+    const wchar_t* ownExtension = nullptr;  ///< of a file type no other layout has; null: a picture file
+    const wchar_t* exportPrefix = nullptr;  ///< WithExportPrefix; batches write it in lower case
+    LayoutImport import = nullptr;          ///< in every row that has an importCommand
+    LayoutExport render = nullptr;          ///< a picture: for views, and for files where `write` is null
+    LayoutExport write = nullptr;           ///< layouts that are more than a picture write their files
 };
 
 std::span<const LayoutRow> Layouts();
@@ -45,6 +49,7 @@ const LayoutRow* FindLayout(PanoramaFormat format);
 const LayoutRow* LayoutOfImportCommand(std::uint16_t id);
 const LayoutRow* LayoutOfExportCommand(std::uint16_t id);
 const LayoutRow* LayoutOfViewCommand(std::uint16_t id);
+const LayoutRow* LayoutOfFunctionKey(int key);
 const LayoutRow* LayoutOfConsoleName(std::string_view name);
 
 /// The path with the layout's prefix before its file name, unless the path holds the prefix already:

@@ -1,5 +1,3 @@
-#include "session/modify_commands.h"
-
 #include "session/commands.h"
 
 namespace skyvault {

@@ -5,9 +5,7 @@
 #include <string>
 
 #include "projection/panorama.h"
-#include "projection/preview.h"
 #include "session/host.h"
-#include "session/noted_errors.h"
 #include "settings/app_state.h"
 
 namespace skyvault {
@@ -15,7 +13,6 @@ namespace skyvault {
 struct Session {
     AppState& settings;
     Host& host;
-    NotedErrors feedback{host};                    ///< what imports and exports speak through
     std::unique_ptr<Panorama> panorama = nullptr;  ///< none until the first import
     Camera previewCamera = {};
     std::wstring title = L"Skyvault";  ///< what the title bar says now

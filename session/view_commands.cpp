@@ -2,8 +2,10 @@
 #include <cmath>
 
 #include "platform/path_text.h"
+#include "resources/resource_ids.h"
 #include "session/commands.h"
-#include "session/layouts.h"
+#include "session/conversion.h"
+#include "session/messages.h"
 
 namespace skyvault {
 namespace {
@@ -36,8 +38,8 @@ void Toggle(Session& session, bool& flag) {
 
 }  // namespace
 
-void SetView(Session& session, PanoramaFormat view) {
-    session.settings.view = static_cast<std::int32_t>(view);
+void SetView(Session& session, const LayoutRow& layout) {
+    session.settings.view = static_cast<std::int32_t>(layout.format);
     session.host.UpdateMenuChecks();
     Refresh(session);
 }
@@ -65,10 +67,12 @@ void ApplyOptions(Session& session) {
 
 void Refresh(Session& session) {
     if (session.panorama == nullptr || !session.host.CanShow()) return;
-    const LayoutRow* layout = CurrentView(session);
-    if (layout != nullptr) {
-        std::wstring infoLog;
-        layout->exportTo(*session.panorama, {}, session.previewCamera, infoLog);
+    if (const LayoutRow* layout = CurrentView(session)) {
+        Panorama& panorama = *session.panorama;
+        const Outcome rendered = RenderView(*layout, session.host.Size(), session.previewCamera,
+                                            session.settings, session.host, panorama);
+        if (rendered.IsDone()) session.host.Show(panorama.resultPicture);
+        if (rendered.reason == Reason::NoMemory) session.host.Error(MessageOf(rendered));
     }
     std::wstring title = WindowTitle(session);
     if (title == session.title) return;
@@ -88,15 +92,15 @@ std::vector<MenuCheck> MenuChecks(const Session& session) {
     for (const LayoutRow& layout : Layouts()) {
         if (layout.viewCommand != 0) checks.push_back({layout.viewCommand, &layout == current});
     }
-    checks.push_back({kCommandCrosshair, session.settings.crosshair});
-    checks.push_back({kCommandMagnifyingGlass, session.settings.magnifyingGlass});
+    checks.push_back({IDM_CROSSHAIR, session.settings.crosshair});
+    checks.push_back({IDM_MAGNIFYING_GLASS, session.settings.magnifyingGlass});
     const Modifications* modifications = session.panorama ? &session.panorama->modifications : nullptr;
     const auto isSet = [&](bool Modifications::*flag) {
         return modifications != nullptr && modifications->*flag;
     };
-    checks.push_back({kCommandFlipHorizontal, isSet(&Modifications::flipHorizontal)});
-    checks.push_back({kCommandMirrorTopToBottom, isSet(&Modifications::mirrorTopToBottom)});
-    checks.push_back({kCommandMirrorFrontToBack, isSet(&Modifications::mirrorFrontToBack)});
+    checks.push_back({IDM_FLIP_HORIZONTAL, isSet(&Modifications::flipHorizontal)});
+    checks.push_back({IDM_MIRROR_TOP_TO_BOTTOM, isSet(&Modifications::mirrorTopToBottom)});
+    checks.push_back({IDM_MIRROR_FRONT_TO_BACK, isSet(&Modifications::mirrorFrontToBack)});
     return checks;
 }
 

@@ -1,4 +1,4 @@
-// Everything the user can set, in one plain record with its defaults.
+// Everything the user can set, in one plain record with its defaults; the engine sees only the part it reads.
 //
 // Values come from the settings file unchecked: indices are checked where they are used.
 #pragma once
@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <string>
 
-#include "image/colour.h"
+#include "image/pixel.h"
 
 namespace skyvault {
 
@@ -16,12 +16,10 @@ struct ScreenRect {
     friend bool operator==(const ScreenRect&, const ScreenRect&) = default;
 };
 
-struct AppState {
-    float previewFov = 0.2f;  ///< focal length of the preview in picture widths
-    bool crosshair = false;
-    bool magnifyingGlass = false;
-    std::wstring importPath;            ///< start folder of the import dialogs
-    std::wstring exportPath;            ///< start folder of the export dialogs
+/// How pictures come out: what every import, view and export may read.
+struct ExportSettings {
+    float previewFov = 0.2f;            ///< focal length of the preview in picture widths
+    bool magnifyingGlass = false;       ///< in the equirectangular view
     std::int32_t resolution0 = 2;       ///< cube map edge, index 0..6
     std::int32_t resolution1 = 4;       ///< equirectangular width, index 0..6
     std::int32_t resolution2 = 3;       ///< sphere map, mirror ball, heart, interior square edge, index 0..6
@@ -29,9 +27,13 @@ struct AppState {
     std::int32_t fileNamingSystem = 0;  ///< six-file naming, index 0..5
     bool transparency = false;          ///< export the alpha channel
     bool antialiasing = true;
-    std::int32_t view = 0;         ///< PanoramaFormat shown in the window
-    std::int32_t filterIndex = 4;  ///< picture save dialog: 1 BMP, 2 DDS, 3 GIF, 4 JPG, 5 PNG, 6 TIF
     bool compressDds = true;
+    std::wstring logo;  ///< path of the logo picture
+    Color8 backgroundColour = kOpaqueWhite;
+};
+
+/// What the generators draw.
+struct GeneratorSettings {
     std::int32_t voronoiPoints = 20;
     bool voronoiSmooth = false;
     float voronoiPower = 3.0f;
@@ -46,16 +48,25 @@ struct AppState {
     float polyhedraBorder = 0.0f;
     float polyhedraTextureScale = 0.7f;
     std::int32_t polyhedraFrames = 1;
+};
+
+/// Where the window and its dialogs were left.
+struct WindowState {
+    bool crosshair = false;
+    std::wstring importPath;       ///< start folder of the import dialogs
+    std::wstring exportPath;       ///< start folder of the export dialogs
+    std::int32_t view = 0;         ///< PanoramaFormat shown in the window
+    std::int32_t filterIndex = 4;  ///< picture save dialog: 1 BMP, 2 DDS, 3 GIF, 4 JPG, 5 PNG, 6 TIF
     std::int32_t batchSourceFormatIndex = 0;
     std::wstring batchSourceFolder;
     std::int32_t batchDestinationFormatIndex = 1;
     std::wstring batchDestinationFolder;
     std::int32_t batchDestinationExtensionIndex = 1;
     ScreenRect windowRect;
-    std::wstring logo;  ///< path of the logo picture
-    Color8 backgroundColour = kOpaqueWhite;
     bool settingsLoaded = false;  ///< the settings file was opened for reading in this run; not saved
 };
+
+struct AppState : ExportSettings, GeneratorSettings, WindowState {};
 
 /// The defaults with their paths: import from Media/Examples and the logo from Media/Skins beside the
 /// program, export to the user's documents (DocumentsFolder()).

@@ -98,11 +98,10 @@ TextFileWriter WrittenSettings(const AppState& state) {
     return file;
 }
 
-bool SaveSettings(const AppState& state, const std::wstring& path, Feedback& feedback) {
-    if (FileExists(path) && !state.settingsLoaded) return false;
-    if (WrittenSettings(state).Save(path)) return true;
-    feedback.Error(L"Could not open:\n\n\"" + path + L"\"");
-    return false;
+Outcome SaveSettings(const AppState& state, const std::wstring& path) {
+    if (FileExists(path) && !state.settingsLoaded) return {};
+    if (WrittenSettings(state).Save(path)) return {};
+    return Failure(Reason::CannotSaveSettings, path);
 }
 
 }  // namespace skyvault

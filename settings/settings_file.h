@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "platform/feedback.h"
+#include "platform/outcome.h"
 #include "settings/app_state.h"
 #include "settings/text_file.h"
 
@@ -28,8 +28,8 @@ void ReadSettings(AppState& state, TextFileReader& file, const ScreenRect& virtu
 /// What SaveSettings writes.
 TextFileWriter WrittenSettings(const AppState& state);
 
-/// Writes the file (UTF-16) and returns true; not, and without a message, when one is there that was not
-/// read in this run. When writing fails an error message names the path, and an older file stays whole.
-bool SaveSettings(const AppState& state, const std::wstring& path, Feedback& feedback);
+/// Writes the file (UTF-16), unless one is there that was not read in this run. When writing fails
+/// (CannotSaveSettings) an older file stays whole.
+Outcome SaveSettings(const AppState& state, const std::wstring& path);
 
 }  // namespace skyvault

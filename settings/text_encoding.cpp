@@ -5,8 +5,8 @@
 
 #include "platform/file_stream.h"
 #include "platform/output_file.h"
+#include "platform/system_text.h"
 #include "platform/utf8.h"
-#include "settings/system_text.h"
 #include "settings/text_file.h"
 
 namespace skyvault {

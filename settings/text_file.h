@@ -45,8 +45,6 @@ class TextFileReader {
     /// The same for the bytes of a file.
     void Start(std::span<const std::byte> bytes);
 
-    TextEncoding Encoding() const { return encoding_; }
-
     /// Moves to the next line; false at the end.
     bool NextLine();
 

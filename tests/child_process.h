@@ -1,14 +1,16 @@
-// Starts a program of ours and looks at what it did, as a shell would.
+// Runs programs of ours and looks at what they did, as a shell would.
 #pragma once
 
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "tests/data_table.h"
+
 namespace skyvault::test {
 
 struct ProgramResult {
-    int exitStatus = -1;   ///< −1 when it could not be started or did not end by itself
+    int exitStatus = -1;   ///< −1 when it did not end by itself
     std::string out, err;  ///< without carriage returns
 };
 
@@ -32,8 +34,16 @@ class ChildProcess {
     std::unique_ptr<State> state_;
 };
 
-/// The console program beside this test program, run to its end.
-ProgramResult RunConsole(const std::vector<std::wstring>& arguments);
+/// The console program beside this test program.
 std::wstring ConsoleProgramPath();
+
+/// The console program's work, in this process: what matters is what the arguments do.
+ProgramResult RunConsole(const std::vector<std::wstring>& arguments);
+/// The same: the line's words, and then the arguments as they are.
+ProgramResult RunConsole(const std::string& line, const std::vector<std::wstring>& arguments);
+
+/// The arguments of a table's row: its second cell's words, then every further cell as it is; one that starts
+/// with @ is a file of the folder.
+std::vector<std::wstring> ArgumentsOf(const DataRow& row, const std::wstring& folder = {});
 
 }  // namespace skyvault::test

@@ -1,6 +1,5 @@
 #include <fcntl.h>
 #include <signal.h>
-#include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -30,26 +29,16 @@ ChildProcess::ChildProcess(const std::wstring& program, const std::vector<std::w
     for (std::string& text : texts) pointers.push_back(text.data());
     pointers.push_back(nullptr);
 
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    const std::string out = ToUtf8(state_->folder.Path(L"out"));
-    const std::string err = ToUtf8(state_->folder.Path(L"err"));
-    posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, out.c_str(), O_WRONLY | O_CREAT, 0600);
-    posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, err.c_str(), O_WRONLY | O_CREAT, 0600);
+    const std::string out = ToUtf8(state_->folder.Path(L"out")), err = ToUtf8(state_->folder.Path(L"err"));
+    state_->process = fork();
+    if (state_->process != 0) return;
+    dup2(open("/dev/null", O_RDONLY), STDIN_FILENO);
+    dup2(open(out.c_str(), O_WRONLY | O_CREAT, 0600), STDOUT_FILENO);
+    dup2(open(err.c_str(), O_WRONLY | O_CREAT, 0600), STDERR_FILENO);
     // Tests may themselves run in the background, where Ctrl+C is ignored.
-    posix_spawnattr_t attributes;
-    posix_spawnattr_init(&attributes);
-    sigset_t signals;
-    sigemptyset(&signals);
-    sigaddset(&signals, SIGINT);
-    posix_spawnattr_setsigdefault(&attributes, &signals);
-    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF);
-    if (posix_spawn(&state_->process, pointers[0], &actions, &attributes, pointers.data(), environ) != 0) {
-        state_->process = -1;
-    }
-    posix_spawnattr_destroy(&attributes);
-    posix_spawn_file_actions_destroy(&actions);
+    signal(SIGINT, SIG_DFL);
+    execv(pointers[0], pointers.data());
+    _exit(127);
 }
 
 ChildProcess::~ChildProcess() {

@@ -1,10 +1,11 @@
 // Batches into a disk that is full or takes nothing: a small file system of the test's own.
 #include <gtest/gtest.h>
 
-#include "image/picture_files.h"
+#include "codecs/picture_files.h"
 #include "platform/files.h"
 #include "platform/utf8.h"
 #include "tests/child_process.h"
+#include "tests/picture_io.h"
 #include "tests/temporary_folder.h"
 #include "tests/test_panorama.h"
 
@@ -31,16 +32,15 @@ TEST(ConsoleBatchOnLinux, AFullOrReadOnlyDiskLeavesNothingHalfWritten) {
     const std::wstring in = folder / L"in", out = folder / L"out";
     const ProgramResult probe = RunUnshared(L"mount -t tmpfs none \"$1\"", {folder.Path()});
     if (probe.exitStatus != 0) GTEST_SKIP() << "nothing can be mounted: " << probe.err;
-    ASSERT_TRUE(CreateFolder(in));
-    ASSERT_TRUE(CreateFolder(out));
+    ASSERT_TRUE(CreateFolder(in) && CreateFolder(out));
     for (const wchar_t* name : {L"a.bmp", L"b.bmp", L"d.bmp"}) {
         // Strips of 6 × 256 × 256 (b: 6 × 8 × 8).
-        Image picture = RandomImage(*name == L'b' ? 32 : 1024, *name == L'b' ? 16 : 512, PixelFormat::Rgb8);
-        ASSERT_TRUE(SavePicture(picture, JoinPath(in, name)));
+        const std::uint32_t height = *name == L'b' ? 16 : 512;
+        Image picture = RandomImage(2 * height, height, PixelFormat::Rgb8);
+        ASSERT_TRUE(Saved(picture, JoinPath(in, name)));
     }
-    folder.Write(JoinPath(L"in", L"c.bmp"), "broken");
-    constexpr const char *kLarge = " 1179702\n", *kSmall = " 1206\n";
-    const std::string large = kLarge, small = kSmall;
+    folder.Write(L"in/c.bmp", "broken");
+    const std::string large = " 1179702\n", small = " 1206\n";
     const struct {
         const wchar_t* options;
         std::string status, summary, files;

@@ -9,19 +9,17 @@
 #include "cli/console_feedback.h"
 #include "cli/options.h"
 #include "platform/utf8.h"
+#include "tests/child_process.h"
 
-namespace skyvault {
+namespace skyvault::test {
 namespace {
 
 using Arguments = std::vector<std::wstring>;
 
-Arguments Convert(const Arguments& more) {
-    Arguments all = {L"convert", L"--from", L"equirectangular", L"--to", L"preview", L"in.png", L"out.png"};
-    all.insert(all.end(), more.begin(), more.end());
-    return all;
-}
-
-ConvertOptions Understood(const Arguments& arguments) {
+/// What "convert --from LAYOUT --to preview ..." is understood as.
+ConvertOptions Understood(const wchar_t* from, const Arguments& more) {
+    Arguments arguments = {L"convert", L"--from", from, L"--to", L"preview"};
+    arguments.insert(arguments.end(), more.begin(), more.end());
     const Command command = ParseArguments(arguments);
     if (const auto* announcement = std::get_if<Announcement>(&command)) {
         ADD_FAILURE() << ToUtf8(announcement->text);
@@ -31,8 +29,8 @@ ConvertOptions Understood(const Arguments& arguments) {
 }
 
 TEST(ConsoleOptions, WithoutOptionsNothingIsModified) {
-    const ConvertOptions options = Understood(Convert({}));
-    EXPECT_EQ(options.from->format, PanoramaFormat::Equirectangular);
+    const ConvertOptions options = Understood(L"strip", {L"in.png", L"out.png"});
+    EXPECT_EQ(options.from->format, PanoramaFormat::Strip);
     EXPECT_EQ(options.to->format, PanoramaFormat::Preview);
     EXPECT_EQ(options.inputs, Arguments{L"in.png"});
     EXPECT_EQ(options.output, L"out.png");
@@ -42,9 +40,9 @@ TEST(ConsoleOptions, WithoutOptionsNothingIsModified) {
 }
 
 TEST(ConsoleOptions, RepeatedOptionsKeepTheirOrderAndLeaveTheFilesAlone) {
-    const ConvertOptions options = Understood(
-        {L"convert", L"--turn", L"-90,0.5,1e1", L"--set", L"Antialiasing=N", L"--from", L"equirectangular",
-         L"--turn=0,-2,0", L"a b.png", L"--to", L"equirectangular", L"--set", L"Logo=x=y z", L"\x00fc.png"});
+    const ConvertOptions options =
+        Understood(L"strip", {L"--turn", L"-90,0.5,1e1", L"--set", L"Antialiasing=N", L"--turn=0,-2,0",
+                              L"a b.png", L"--set", L"Logo=x=y z", L"\x00fc.png"});
     ASSERT_EQ(options.turns.size(), 2u);
     EXPECT_EQ(options.turns[0].heading, -90);
     EXPECT_EQ(options.turns[0].pitch, 0.5f);
@@ -57,90 +55,23 @@ TEST(ConsoleOptions, RepeatedOptionsKeepTheirOrderAndLeaveTheFilesAlone) {
     EXPECT_EQ(options.output, L"\x00fc.png");
 }
 
-TEST(ConsoleOptions, PathsAreNoOptions) {
-    EXPECT_EQ(
-        Understood({L"convert", L"--from", L"equirectangular", L"--to", L"preview", L"/from", L"/h"}).output,
-        L"/h");
-    EXPECT_EQ(
-        Understood({L"convert", L"--from", L"equirectangular", L"--to", L"preview", L"--", L"-in", L"--to"})
-            .inputs,
-        Arguments{L"-in"});
+TEST(ConsoleOptions, PathsAreNoOptionsAndSixAreInOrder) {
+    EXPECT_EQ(Understood(L"strip", {L"/from", L"/h"}).output, L"/h");
+    EXPECT_EQ(Understood(L"strip", {L"--", L"-in", L"--to"}).inputs, Arguments{L"-in"});
     EXPECT_EQ(std::get<InfoOptions>(ParseArguments({L"info", L"\x00e9.jpg"})).path, L"\x00e9.jpg");
-}
-
-TEST(ConsoleOptions, SingleFilesAreSixInOrder) {
     const Arguments six = {L"f", L"r", L"b", L"l", L"t", L"d"};
-    Arguments arguments = {L"convert", L"--from", L"single-files", L"--to", L"equirectangular"};
-    arguments.insert(arguments.end(), six.begin(), six.end());
-    arguments.push_back(L"out.png");
-    EXPECT_EQ(Understood(arguments).inputs, six);
-    EXPECT_EQ(Understood(arguments).output, L"out.png");
+    EXPECT_EQ(Understood(L"single-files", {L"f", L"r", L"b", L"l", L"t", L"d", L"out"}).inputs, six);
 }
 
 TEST(ConsoleOptions, WrongUsageIsRefusedWithItsReasonAndAHint) {
-    const struct {
-        Arguments arguments;
-        const char* reason;
-    } rows[] = {
-        {{}, "convert, generate, batch or info"},
-        {{L"convrt"}, "convrt"},
-        {{L"--frm"}, "--frm"},
-        {{L"info"}, "FILE"},
-        {{L"info", L""}, "empty"},
-        {{L"info", L"a", L"b"}, "b"},
-        {{L"convert", L"a", L"b"}, "--from"},
-        {{L"convert", L"--from"}, "--from"},
-        {{L"convert", L"--form", L"x", L"a", L"b"}, "--form"},
-        {{L"convert", L"--from", L"nothing", L"--to", L"preview", L"a", L"b"}, "nothing"},
-        {{L"convert", L"--from", L"Strip", L"--to", L"preview", L"a", L"b"}, "Strip"},
-        {{L"convert", L"--from", L"preview", L"--to", L"preview", L"a", L"b"}, "after --to only"},
-        {{L"convert", L"--from", L"html", L"--to", L"preview", L"a", L"b"}, "after --to only"},
-        {{L"convert", L"--from", L"voronoi", L"--to", L"preview", L"a", L"b"}, "voronoi"},
-        {{L"convert", L"--from", L"strip", L"--to", L"football", L"a", L"b"}, "football"},
-        {{L"convert", L"--from", L"strip", L"--to", L"preview", L"a"}, "one INPUT"},
-        {{L"convert", L"--from", L"strip", L"--to", L"preview", L"a", L"b", L"c"}, "one INPUT"},
-        {{L"convert", L"--from", L"strip", L"--to", L"preview", L"a", L""}, "empty"},
-        {{L"convert", L"--from", L"single-files", L"--to", L"preview", L"a", L"b"}, "six INPUTs"},
-        {Convert({L"--set", L"Transparency"}), "KEY=VALUE"},
-        {Convert({L"--set", L"transparency=Y"}), "transparency"},
-        {Convert({L"--set", L"Transparency=y"}), "Y or N"},
-        {Convert({L"--set", L"Resolution0=big"}), "whole number"},
-        {Convert({L"--set", L"Resolution0="}), "whole number"},
-        {Convert({L"--set", L"PreviewFOV=0,5"}), "a number"},
-        {Convert({L"--set", L"BackgroundColour=1,2,256"}), "RED,GREEN,BLUE"},
-        {Convert({L"--set", L"WindowRect=1,2,3"}), "LEFT,TOP"},
-        {Convert({L"--set"}), "--set"},
-        {Convert({L"--turn", L"90"}), "--turn"},
-        {Convert({L"--turn", L"1,2,3,4"}), "--turn"},
-        {Convert({L"--turn", L"1,,3"}), "--turn"},
-        {Convert({L"--camera", L"1,2,x"}), "--camera"},
-        {Convert({L"--camera", L""}), "--camera"},
-        {Convert({L"--horizon", L"high"}), "--horizon"},
-        {Convert({L"--horizon", L"inf"}), "--horizon"},
-        {Convert({L"--logo-size", L"1.01"}), "0 to 1"},
-        {Convert({L"--logo-size", L"-0.1"}), "0 to 1"},
-        {Convert({L"--logo-size", L"nan"}), "--logo-size"},
-        {Convert({L"--threads", L"-1"}), "--threads"},
-        {Convert({L"--threads", L"many"}), "--threads"},
-        {Convert({L"--mirror"}), "--mirror"},
-        {{L"generate", L"voronoi", L"--to", L"dds", L"a"}, "--palette"},
-        {{L"generate", L"strip", L"--palette", L"p", L"--to", L"dds", L"a"}, "no generator"},
-        {{L"generate", L"preview", L"--palette", L"p", L"--to", L"dds", L"a"}, "no generator"},
-        {{L"generate", L"blobs", L"--palette", L"p", L"--to", L"blobs", L"a"}, "--to"},
-        {{L"generate", L"blobs", L"--palette", L"p", L"--to", L"dds"}, "one OUTPUT"},
-        {{L"generate", L"blobs", L"--palette", L"p", L"--to", L"dds", L"a", L"b"}, "one OUTPUT"},
-        {{L"generate", L"blobs", L"--palette", L"p", L"--seed", L"-1", L"--to", L"dds", L"a"}, "--seed"},
-    };
-    for (const auto& row : rows) {
-        std::string line;
-        for (const std::wstring& argument : row.arguments) line.append(" ").append(ToUtf8(argument));
-        SCOPED_TRACE(line);
-        const Command command = ParseArguments(row.arguments);
+    for (const DataRow& row : DataTable("usage_errors")) {
+        SCOPED_TRACE(row.where);
+        const Command command = ParseArguments(ArgumentsOf(row));
         const auto* refusal = std::get_if<Announcement>(&command);
         ASSERT_NE(refusal, nullptr);
         EXPECT_EQ(refusal->status, kWrongUsage);
         const std::string text = ToUtf8(refusal->text);
-        EXPECT_NE(text.find(row.reason), std::string::npos) << text;
+        EXPECT_NE(text.find(row[0]), std::string::npos) << text;
         EXPECT_NE(text.find("\nTry \"skyvault-cli "), std::string::npos) << text;
         EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 2) << text;
     }
@@ -149,10 +80,9 @@ TEST(ConsoleOptions, WrongUsageIsRefusedWithItsReasonAndAHint) {
 TEST(ConsoleOptions, TheManualHoldsTheHelpInFull) {
     std::ifstream file(SKYVAULT_SOURCE_DIR "/docs/console-help.md", std::ios::binary);
     const std::string manual{std::istreambuf_iterator<char>(file), {}};
-    const std::vector<std::wstring> help = {L"--help"};
     for (const wchar_t* command : {L"", L"convert", L"generate", L"batch", L"info"}) {
-        std::vector<std::wstring> arguments = help;
-        if (*command) arguments.insert(arguments.begin(), command);
+        Arguments arguments = {command, L"--help"};
+        if (*command == L'\0') arguments.erase(arguments.begin());
         const std::string text = ToUtf8(std::get<Announcement>(ParseArguments(arguments)).text);
         EXPECT_NE(manual.find("```text\n" + text + "```\n"), std::string::npos)
             << "write it anew with tools/make_console_help.sh:\n"
@@ -162,8 +92,8 @@ TEST(ConsoleOptions, TheManualHoldsTheHelpInFull) {
 
 TEST(ConsoleFeedback, ProgressLinesFitATerminalWhateverTheyAreGiven) {
     const std::wstring longText(200, L'x');
-    for (const float fraction :
-         {-1.0f, 0.0f, 0.004f, 0.5f, 1.0f, 7.0f, std::numeric_limits<float>::quiet_NaN()}) {
+    constexpr float kNoNumber = std::numeric_limits<float>::quiet_NaN();
+    for (const float fraction : {-1.0f, 0.0f, 0.004f, 0.5f, 1.0f, 7.0f, kNoNumber}) {
         const std::wstring line = ProgressLine(fraction, longText);
         EXPECT_EQ(line.size(), 78u) << fraction;
         EXPECT_EQ(line.find(L" %"), ProgressLine(0, L"").find(L" %")) << fraction;
@@ -179,4 +109,4 @@ TEST(ConsoleFeedback, MessageBoxTextsBecomeOneLine) {
 }
 
 }  // namespace
-}  // namespace skyvault
+}  // namespace skyvault::test

@@ -3,7 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <random>
 
+#include "projection/fast_math.h"
 #include "tests/test_panorama.h"
 
 namespace skyvault {
@@ -25,63 +27,50 @@ TEST(CubeFace, NeighboursMeetAlongAllTwelveEdges) {
     constexpr int n = 257, last = n - 1;
     enum Edge { kLeft, kRight, kTop, kBottom };
     const auto pixel = [](CubeFace face, Edge edge, int t) {
-        switch (edge) {
-            case kLeft:
-                return FacePixelToDirection(n, face, 0, t);
-            case kRight:
-                return FacePixelToDirection(n, face, last, t);
-            case kTop:
-                return FacePixelToDirection(n, face, t, 0);
-            case kBottom:
-                return FacePixelToDirection(n, face, t, last);
-        }
-        return Direction{};
+        const int column = edge == kLeft ? 0 : edge == kRight ? last : t;
+        return FacePixelToDirection(n, face, column, edge == kTop ? 0 : edge == kBottom ? last : t);
     };
-    struct Seam {
+    using enum CubeFace;
+    const struct {
         CubeFace a;
         Edge edgeOfA;
         CubeFace b;
         Edge edgeOfB;
         bool reversed;
-    };
-    using enum CubeFace;
-    const Seam seams[] = {{Front, kRight, Right, kLeft, false},    {Right, kRight, Back, kLeft, false},
-                          {Back, kRight, Left, kLeft, false},      {Left, kRight, Front, kLeft, false},
-                          {Top, kBottom, Front, kTop, false},      {Top, kLeft, Left, kTop, false},
-                          {Top, kRight, Right, kTop, true},        {Top, kTop, Back, kTop, true},
-                          {Bottom, kTop, Front, kBottom, false},   {Bottom, kLeft, Left, kBottom, true},
-                          {Bottom, kRight, Right, kBottom, false}, {Bottom, kBottom, Back, kBottom, true}};
-    for (const Seam& seam : seams) {
+    } seams[] = {{Front, kRight, Right, kLeft, false},    {Right, kRight, Back, kLeft, false},
+                 {Back, kRight, Left, kLeft, false},      {Left, kRight, Front, kLeft, false},
+                 {Top, kBottom, Front, kTop, false},      {Top, kLeft, Left, kTop, false},
+                 {Top, kRight, Right, kTop, true},        {Top, kTop, Back, kTop, true},
+                 {Bottom, kTop, Front, kBottom, false},   {Bottom, kLeft, Left, kBottom, true},
+                 {Bottom, kRight, Right, kBottom, false}, {Bottom, kBottom, Back, kBottom, true}};
+    for (const auto& seam : seams) {
         for (int t = 0; t < n; ++t) {
             const Direction a = pixel(seam.a, seam.edgeOfA, t);
             const Direction b = pixel(seam.b, seam.edgeOfB, seam.reversed ? last - t : t);
-            const float cosine = a.x * b.x + a.y * b.y + a.z * b.z;
-            ASSERT_GT(cosine, 0.99995f)
+            ASSERT_GT(a.x * b.x + a.y * b.y + a.z * b.z, 0.99995f)
                 << "faces " << static_cast<int>(seam.a) << " and " << static_cast<int>(seam.b);
         }
     }
 }
 
 TEST(CubeFace, ADirectionMeetsTheFaceItLooksAt) {
-    struct Case {
+    using enum CubeFace;
+    // Faces of 5 × 5: the middle is (2, 2); ties go to z before x before y.
+    const struct {
         Direction d;
         CubeFace face;
         int column, row;
-    };
-    using enum CubeFace;
-    // Faces of 5 × 5: the middle is (2, 2); ties go to z before x before y.
-    const Case cases[] = {
+    } cases[] = {
         {{0, 0, 1}, Front, 2, 2},     {{0, 0, -3}, Back, 2, 2},        {{2, 0, 0}, Right, 2, 2},
         {{-1, 0, 0}, Left, 2, 2},     {{0, 1, 0}, Top, 2, 2},          {{0, -1, 0}, Bottom, 2, 2},
         {{1, 0, 1}, Front, 4, 2},     {{1, 1, 0}, Right, 2, 0},        {{1, 1, 1}, Front, 4, 0},
         {{-1, 1, 1}, Front, 0, 0},    {{1, 0.6f, -1}, Back, 0, 0},     {{0.6f, -1, 0.6f}, Bottom, 3, 0},
         {{0.6f, 1, 0.6f}, Top, 3, 3}, {{1, -0.6f, 0.6f}, Right, 0, 3}, {{-1, -0.6f, 0.6f}, Left, 3, 3}};
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         const FacePixel p = DirectionToFacePixel(c.d, 5);
-        EXPECT_TRUE(p.found);
-        EXPECT_EQ(p.face, c.face) << c.d.x << " " << c.d.y << " " << c.d.z;
-        EXPECT_EQ(p.column, c.column) << c.d.x << " " << c.d.y << " " << c.d.z;
-        EXPECT_EQ(p.row, c.row) << c.d.x << " " << c.d.y << " " << c.d.z;
+        EXPECT_TRUE(p.found && p.face == c.face && p.column == c.column && p.row == c.row)
+            << c.d.x << " " << c.d.y << " " << c.d.z << " gives " << static_cast<int>(p.face) << ": "
+            << p.column << ", " << p.row;
     }
     EXPECT_EQ(DirectionToFacePixel({1.0000001f, 0, 1}, 256).column, 0) << "Right, next to Front";
     EXPECT_EQ(DirectionToFacePixel({1, 0, 1}, 256).column, 255);
@@ -93,42 +82,26 @@ TEST(CubeFace, WhatIsNoDirectionOrNoFaceReadsOpaqueWhite) {
     faces[2].Clear();
     for (const Direction& d : {Direction{0, 0, 0}, {kNan, 0, 1}, {0, kNan, 1}, {1, 0, kNan}, {0, 0, -1}}) {
         const PixelValue value = SampleCubeFaces(faces, d);
-        EXPECT_EQ(value.format, PixelFormat::Rgba8);
-        EXPECT_EQ(value.color8, kOpaqueWhite);
+        EXPECT_TRUE(value.format == PixelFormat::Rgba8 && value.color8 == kOpaqueWhite);
     }
     EXPECT_EQ(SampleCubeFaces(faces, {0, 0, 1}).format, PixelFormat::Rgb16);
 }
 
-TEST(CubeFace, HorizonCurveIsUndoneBeforeNormalising) {
-    Modifications m;
-    ChangeHorizon(m, 1.0f);  // power 2
-    const Direction d = FacePixelToOutputDirection(3, CubeFace::Front, 1, 1, m);
-    // The middle of Front, (0, 0, 1): y becomes 2 · √½ − 1.
-    const float y = 2.0f * std::sqrt(0.5f) - 1.0f;
-    EXPECT_NEAR(d.y / d.z, y, 1e-6f);
-    // Turned, a corner of Bottom lies below −1 before it is normalised: no number comes out.
-    RotatePanorama(m, 0.0f, 0.3f, 0.0f);
-    EXPECT_TRUE(std::isnan(FacePixelToOutputDirection(256, CubeFace::Bottom, 128, 0, m).y) ||
-                std::isnan(FacePixelToOutputDirection(256, CubeFace::Bottom, 128, 255, m).y));
-}
-
-TEST(CubeFace, NamesOfTheSixFiles) {
-    EXPECT_STREQ(FaceAffix(0, 5), L"_bottom");
-    EXPECT_STREQ(FaceAffix(3, 5), L"_dn");
-    EXPECT_STREQ(FaceAffix(4, 0), L"f_");
-    EXPECT_STREQ(FaceAffix(5, 3), L"3");
-    for (const auto& [system, face] : {std::pair{6, 0}, {-1, 0}, {0, 6}, {0, -1}}) {
-        EXPECT_STREQ(FaceAffix(system, face), L"");
-    }
-}
-
-TEST(Directions, NormalizeLeavesUnitAndZeroVectorsAlone) {
-    for (const Direction& d : {Direction{0, 0, 0}, {1, 0, 0}, {0, -1, 0}, {0.6f, 0.0f, 0.8f}}) {
-        const float s = d.x * d.x + d.y * d.y + d.z * d.z;
-        if (s != 0.0f && s != 1.0f) continue;
-        Direction n = d;
+TEST(Directions, SphericalCoordinatesOfTheAxesAndUnitVectors) {
+    const float half = kPi / 2;
+    const struct {
+        Direction d;
+        float longitude, latitude;
+    } cases[] = {{{0, 0, 1}, 0, 0},      {{1, 0, 0}, half, 0},      {{-1, 0, 0}, -half, 0},
+                 {{0, 0, -1}, kPi, 0},   {{-0.0f, 0, -1}, -kPi, 0}, {{0, 1, 0}, 0, half},
+                 {{0, -1, 0}, 0, -half}, {{0, 0, 0}, 0, -half}};
+    for (const auto& c : cases) {
+        const Spherical s = ToSpherical(c.d);
+        EXPECT_TRUE(s.longitude == c.longitude && s.latitude == c.latitude)
+            << c.d.x << " " << c.d.y << " " << c.d.z << " gives " << s.longitude << ", " << s.latitude;
+        Direction n = c.d;
         Normalize(n);
-        EXPECT_TRUE(n.x == d.x && n.y == d.y && n.z == d.z);
+        EXPECT_TRUE(n.x == c.d.x && n.y == c.d.y && n.z == c.d.z) << "unit and zero vectors stay";
     }
     Direction d{3, 0, 4};
     Normalize(d);
@@ -136,20 +109,59 @@ TEST(Directions, NormalizeLeavesUnitAndZeroVectorsAlone) {
     EXPECT_FLOAT_EQ(d.z, 0.8f);
 }
 
-TEST(Directions, SphericalCoordinatesOfTheAxes) {
-    struct Case {
-        Direction d;
-        float longitude, latitude;
-    };
-    const float half = kPi / 2;
-    const Case cases[] = {{{0, 0, 1}, 0, 0},      {{1, 0, 0}, half, 0},      {{-1, 0, 0}, -half, 0},
-                          {{0, 0, -1}, kPi, 0},   {{-0.0f, 0, -1}, -kPi, 0}, {{0, 1, 0}, 0, half},
-                          {{0, -1, 0}, 0, -half}, {{0, 0, 0}, 0, -half}};
-    for (const Case& c : cases) {
-        const Spherical s = ToSpherical(c.d);
-        EXPECT_EQ(s.longitude, c.longitude) << c.d.x << " " << c.d.y << " " << c.d.z;
-        EXPECT_EQ(s.latitude, c.latitude) << c.d.x << " " << c.d.y << " " << c.d.z;
+/// Distance of a float from the exact value, in units of the float's last place.
+double UnitsOff(float value, double exact) {
+    const float nearest = static_cast<float>(exact);
+    const double unit =
+        std::nextafter(std::fabs(nearest), INFINITY) - static_cast<double>(std::fabs(nearest));
+    return std::fabs(static_cast<double>(value) - exact) / unit;
+}
+
+TEST(FastMath, AtMostTwoUnitsOffEverywhere) {
+    std::mt19937 random(1);
+    std::uniform_real_distribution<float> component(-1.0f, 1.0f), angle(-30.0f, 30.0f), base(0.0f, 1.5f),
+        exponent(0.01f, 8.0f);
+    double atan2Off = 0, sinCosOff = 0, sinOff = 0, cosOff = 0, powOff = 0;
+    for (int i = 0; i < 1'000'000; ++i) {
+        const float y = component(random), x = component(random) * (i % 3 ? 1.0f : 1e-3f);
+        atan2Off = std::max(atan2Off, UnitsOff(Atan2(y, x), std::atan2(static_cast<double>(y), x)));
+        const float a = angle(random);
+        sinOff = std::max(sinOff, UnitsOff(Sin(a), std::sin(static_cast<double>(a))));
+        cosOff = std::max(cosOff, UnitsOff(Cos(a), std::cos(static_cast<double>(a))));
+        // Every other one close to a multiple of π/2, where little is left of the angle.
+        const float w = i % 2 ? static_cast<float>((i / 2 % 64) * 1.5707963267948966) + 1e-4f * y : 3.3f * a;
+        const SineCosineSingle both = SinCos(w);
+        sinCosOff = std::max({sinCosOff, UnitsOff(both.sine, std::sin(static_cast<double>(w))),
+                              UnitsOff(both.cosine, std::cos(static_cast<double>(w)))});
+        const float b = base(random), e = exponent(random);
+        powOff = std::max(powOff, UnitsOff(Pow(b, e), std::pow(static_cast<double>(b), e)));
     }
+    EXPECT_LE(atan2Off, 2.0);
+    EXPECT_LE(sinCosOff, 2.0);
+    EXPECT_LE(sinOff, 0.51);
+    EXPECT_LE(cosOff, 0.51);
+    EXPECT_LE(powOff, 0.51);
+}
+
+TEST(FastMath, ExactWhereDirectionsMeetAnAxis) {
+    const float rows[][3] = {{0, 0, 0},           {0, 1, 0},
+                             {1, 0, 1.5707964f},  {-1, 0, -1.5707964f},
+                             {0, -1, 3.1415927f}, {-0.0f, -1, -3.1415927f},
+                             {1, 1, 0.78539819f}, {1e-45f, 1e-45f, 0.78539819f}};
+    for (const auto& [y, x, angle] : rows) EXPECT_EQ(Atan2(y, x), angle) << y << ", " << x;
+    EXPECT_TRUE(Sin(0.0f) == 0.0f && Cos(0.0f) == 1.0f);
+    EXPECT_TRUE(SinCos(0.0f).sine == 0.0f && SinCos(0.0f).cosine == 1.0f);
+    EXPECT_EQ(SinCos(1.5707964f).cosine, -4.3711388e-8f);
+    EXPECT_TRUE(Pow(1.0f, 1.37f) == 1.0f && Pow(0.0f, 0.5f) == 0.0f && Pow(0.25f, 0.5f) == 0.5f);
+}
+
+TEST(FastMath, NotANumberStaysNotANumberAndHalvesRoundAwayFromZero) {
+    for (const float value : {Atan2(kNan, 1.0f), Atan2(1.0f, kNan), Sin(kNan), SinCos(kNan).sine,
+                              Pow(-1e-7f, 1.01f), Pow(kNan, 1.01f)})
+        EXPECT_TRUE(std::isnan(value)) << value;
+    for (const auto& [value, expected] :
+         {std::pair{0.5f, 1}, {1.5f, 2}, {2.5f, 3}, {0.49999997f, 0}, {8388607.5f, 8388608}})
+        EXPECT_EQ(RoundPositive(value), expected) << value;
 }
 
 }  // namespace

@@ -5,10 +5,12 @@
 #include <algorithm>
 #include <filesystem>
 
-#include "image/picture_files.h"
+#include "codecs/picture_files.h"
 #include "platform/utf8.h"
 #include "projection/single_files.h"
-#include "session/commands.h"
+#include "session/layouts.h"
+#include "tests/data_table.h"
+#include "tests/picture_io.h"
 #include "tests/recording_host.h"
 #include "tests/temporary_folder.h"
 
@@ -18,35 +20,11 @@ namespace {
 using Paths = std::vector<std::wstring>;
 
 TEST(DropFiles, ProportionsAndViewChooseTheLayout) {
-    using enum PanoramaFormat;
-    const struct {
-        PictureSize size;
-        PanoramaFormat view, layout;
-    } rows[] = {
-        {{4096, 2048}, Preview, Equirectangular},
-        {{4096, 2048}, SphereMap, Equirectangular},
-        {{2048, 1536}, Preview, HorizontalCross},
-        {{1365, 1024}, Preview, HorizontalCross},
-        {{1024, 1366}, Preview, Equirectangular},
-        {{1536, 2048}, Strip, VerticalCross},
-        {{6144, 1024}, Preview, Strip},
-        {{6144, 1024}, StripXyz, StripXyz},
-        {{6144, 1024}, InteriorStrip, InteriorStrip},
-        {{6144, 1024}, InteriorSquare, Strip},
-        {{1024, 1024}, Preview, SphereMap},
-        {{1024, 1024}, MirrorBall, MirrorBall},
-        {{1024, 1024}, Heart, Heart},
-        {{1024, 1024}, InteriorSquare, InteriorSquare},
-        {{1024, 1024}, InteriorStrip, SphereMap},
-        {{1024, 1023}, Heart, Equirectangular},
-        {{1920, 1080}, Heart, Equirectangular},
-        {{1024, 6144}, Strip, Equirectangular},
-        {{0, 0}, Heart, Equirectangular},
-        {{4294967295u, 2147483648u}, Preview, Equirectangular},
-    };
-    for (const auto& row : rows) {
-        EXPECT_EQ(LayoutOfPicture(row.size, row.view), row.layout)
-            << row.size.width << " x " << row.size.height << " in view " << static_cast<int>(row.view);
+    for (const DataRow& row : DataTable("dropped_pictures")) {
+        const PictureSize size{static_cast<std::uint32_t>(std::stoul(row[0])),
+                               static_cast<std::uint32_t>(std::stoul(row[1]))};
+        const PanoramaFormat layout = LayoutOfPicture(size, LayoutOfConsoleName(row[2])->format);
+        EXPECT_EQ(layout, LayoutOfConsoleName(row[3])->format) << row.where;
     }
 }
 
@@ -62,20 +40,11 @@ TEST(DropFiles, FacesAreOrderedByAnyNamingSystem) {
         std::swap(dropped[0], dropped[3]);
         EXPECT_EQ(OrderFaces(dropped), faces) << system;
     }
-    const struct {
+    for (const DataRow& row : DataTable("dropped_faces")) {
         Paths dropped;
-        bool told;
-    } rows[] = {
-        {{L"A_FRONT.JPG", L"a_Right.jpg", L"b_back.png", L"a_left", L"a_up.jpg", L"a_down.jpg"}, true},
-        {{L"3.png", L"0.png", L"1.png", L"5.png", L"4.png", L"2.png"}, true},
-        {{L"a_front.png", L"a_right.png", L"a_back.png", L"a_left.png", L"a_top.png", L"a_down.png"}, false},
-        {{L"a_front.png", L"b_front.png", L"a_back.png", L"a_left.png", L"a_top.png", L"a_bottom.png"},
-         false},
-        {{L"1.png", L"2.png", L"3.png", L"4.png", L"5.png", L"6.png"}, false},
-        {{L"a_f.png", L"a_r.png", L"a_b.png", L"a_l.png", L"a_u.png"}, false},
-    };
-    for (const auto& row : rows) {
-        EXPECT_EQ(OrderFaces(row.dropped).empty(), !row.told) << ToUtf8(row.dropped.front());
+        for (const std::string& name : row.cells) dropped.push_back(FromUtf8(name));
+        dropped.erase(dropped.begin());
+        EXPECT_EQ(OrderFaces(dropped).empty(), row[0] == "N") << row.where;
     }
 }
 
@@ -86,7 +55,7 @@ class DroppedFiles : public testing::Test {
                          std::uint8_t grey = 100) {
         Image picture(width, height, PixelFormat::Rgb8);
         picture.Fill(PixelValue(Color8(grey, grey, grey, 255)));
-        EXPECT_TRUE(SavePicture(picture, folder / name)) << ToUtf8(name);
+        EXPECT_TRUE(Saved(picture, folder / name)) << ToUtf8(name);
         return folder / name;
     }
 
@@ -97,29 +66,22 @@ class DroppedFiles : public testing::Test {
 };
 
 TEST_F(DroppedFiles, OneFileOpensAsItsLayout) {
-    const std::wstring tga =
-        folder.Write(L"wide.tga", std::string(2, '\0') + '\2' + std::string(9, '\0') +
-                                      std::string({8, 0, 4, 0, 24, 0}) + std::string(8 * 4 * 3, 'x'));
-    const struct {
-        std::wstring path;
-        const wchar_t* title;
-    } rows[] = {
-        {Picture(L"wide.png", 64, 32), L"Skyvault - wide.png Equirectangular (64 x 32) LDR 24 bpp RGB int"},
-        {tga, L"Skyvault - wide.tga Equirectangular (8 x 4) LDR 24 bpp RGB int"},
-        {Picture(L"cross.bmp", 64, 48), L"Skyvault - cross.bmp Cubemap (16 x 16 x 6) LDR 24 bpp RGB int"},
-        {Picture(L"tall.tif", 48, 64), L"Skyvault - tall.tif Cubemap (16 x 16 x 6) LDR 24 bpp RGB int"},
-        {Picture(L"strip.jpg", 96, 16), L"Skyvault - strip.jpg Cubemap (16 x 16 x 6) LDR 24 bpp RGB int"},
+    const std::string header =
+        std::string(2, '\0') + '\2' + std::string(9, '\0') + std::string({8, 0, 4, 0, 24, 0});
+    const std::pair<std::wstring, const wchar_t*> rows[] = {
+        {Picture(L"wide.png", 64, 32), L"wide.png Equirectangular (64 x 32)"},
+        {folder.Write(L"wide.tga", header + std::string(8 * 4 * 3, 'x')),
+         L"wide.tga Equirectangular (8 x 4)"},
+        {Picture(L"cross.bmp", 64, 48), L"cross.bmp Cubemap (16 x 16 x 6)"},
+        {Picture(L"strip.jpg", 96, 16), L"strip.jpg Cubemap (16 x 16 x 6)"},
     };
-    for (const auto& row : rows) {
+    for (const auto& [path, title] : rows) {
         settings.importPath.clear();
-        OpenDroppedFiles(session, {row.path});
-        EXPECT_EQ(session.title, row.title);
+        OpenDroppedFiles(session, {path});
+        EXPECT_EQ(session.title, L"Skyvault - " + std::wstring(title) + L" LDR 24 bpp RGB int");
         EXPECT_EQ(settings.importPath, folder.Path());
     }
-    EXPECT_TRUE(host.errors.empty());
-    EXPECT_TRUE(host.dialogs.empty());
-    const std::vector<std::string> oneImport = {"begin", "end", "checks", "show", "title"};
-    EXPECT_TRUE(std::equal(oneImport.begin(), oneImport.end(), host.calls.begin()));
+    EXPECT_TRUE(host.errors.empty() && host.dialogs.empty());
 }
 
 TEST_F(DroppedFiles, SixFilesBecomeTheFacesTheyAreNamedFor) {
@@ -164,10 +126,8 @@ TEST_F(DroppedFiles, WhatIsNoPanoramaIsAnErrorAndChangesNothing) {
 }
 
 TEST_F(DroppedFiles, EveryImportThatComesToNothingSaysSoOnce) {
-    const std::wstring names[] = {L"no.png", L"no.tga", L"no.dds",
-                                  L"no.mov",  // cut before its first picture: the reader says nothing
-                                  L"no"};
-    for (const std::wstring& name : names) {
+    // A movie cut before its first picture: the reader says nothing.
+    for (const wchar_t* const name : {L"no.png", L"no.tga", L"no.dds", L"no.mov", L"no"}) {
         const std::wstring path = folder.Write(name, "moov mdat and nothing to see");
         host.errors.clear();
         OpenDroppedFiles(session, {path});
@@ -175,10 +135,6 @@ TEST_F(DroppedFiles, EveryImportThatComesToNothingSaysSoOnce) {
         ASSERT_NE(session.panorama, nullptr);
         EXPECT_TRUE(session.panorama->IsEmpty());
     }
-    host.errors.clear();
-    host.answers = {folder / L"no.mov"};
-    ImportCommand(session, PanoramaFormat::QuickTimeVr);
-    EXPECT_EQ(host.errors.size(), 1u);
 }
 
 }  // namespace

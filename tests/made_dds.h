@@ -1,67 +1,88 @@
-// DDS files put together field by field.
+// DDS files put together field by field, and cube maps written and read.
 #pragma once
 
 #include <array>
-#include <cstdint>
-#include <optional>
+#include <cctype>
+#include <sstream>
 
+#include "codecs/dds_cube_map.h"
 #include "tests/made_files.h"
 
 namespace skyvault::test {
 
-constexpr std::uint32_t FourCc(const char (&text)[5]) {
+/// A number, or the four characters of a code.
+inline std::uint32_t FieldValue(const std::string& text) {
+    if (!std::isalpha(static_cast<unsigned char>(text[0])))
+        return static_cast<std::uint32_t>(std::stoul(text, nullptr, 0));
     std::uint32_t code = 0;
-    for (int i = 3; i >= 0; --i) code = code << 8 | static_cast<unsigned char>(text[i]);
+    for (std::size_t i = 4; i-- > 0;) code = code << 8 | static_cast<unsigned char>(text[i]);
     return code;
 }
 
-/// What follows the header when the four-character code is "DX10".
-struct Dx10Fields {
-    std::uint32_t format = 28, dimension = 3, misc = 0, arraySize = 1;
-};
-
-/// The start values describe a 4 × 4 picture of 32-bit pixels, red first.
-struct DdsFields {
-    std::uint32_t width = 4, height = 4, depth = 0, mipLevels = 0;
-    std::uint32_t flags = 0x1007, caps2 = 0;
-    std::uint32_t formatFlags = 0x41, fourCc = 0, bits = 32;
-    std::array<std::uint32_t, 4> masks = {0xff, 0xff00, 0xff0000, 0xff000000};
-    std::optional<Dx10Fields> dx10 = {};
-    std::uint32_t magic = FourCc("DDS "), headerSize = 124, formatSize = 32, tool = 0, pitch = 0;
-};
-
-inline DdsFields Coded(std::uint32_t fourCc, DdsFields fields = {}) {
-    fields.formatFlags = 4;
-    fields.fourCc = fourCc;
-    fields.bits = 0;
-    fields.masks = {};
-    return fields;
-}
-
-inline DdsFields Dx10(Dx10Fields dx10, DdsFields fields = {}) {
-    fields = Coded(FourCc("DX10"), fields);
-    fields.dx10 = dx10;
-    return fields;
-}
-
-inline Bytes MakeDds(const DdsFields& fields, const Bytes& pixels = {}) {
-    Bytes dds;
-    const auto add = [&](std::uint32_t value) { AddLittle(dds, value, 4); };
-    for (const std::uint32_t value : {fields.magic, fields.headerSize, fields.flags, fields.height,
-                                      fields.width, fields.pitch, fields.depth, fields.mipLevels})
-        add(value);
-    for (int i = 0; i < 11; ++i) add(i == 9 ? fields.tool : 0);
-    for (const std::uint32_t value : {fields.formatSize, fields.formatFlags, fields.fourCc, fields.bits})
-        add(value);
-    for (const std::uint32_t mask : fields.masks) add(mask);
-    for (const std::uint32_t value : {0x1000u, fields.caps2, 0u, 0u, 0u}) add(value);
-    if (fields.dx10) {
-        const Dx10Fields& dx10 = *fields.dx10;
-        for (const std::uint32_t value : {dx10.format, dx10.dimension, dx10.misc, dx10.arraySize, 0u})
-            add(value);
+/// fields: what differs from a 4 × 4 picture of 32-bit pixels, red first, as in "width=5 levels=3 code=DXT1".
+/// A code leaves no bits and masks, which are written in hexadecimal: "masks=ff/ff00/ff0000/0". dx10 is the
+/// format after the code "DX10", where dimension, misc and items (the array's) belong too.
+inline Bytes MakeDds(const std::string& fields, const Bytes& pixels = {}) {
+    enum Place { kFormatFlags = 20, kCode = 21, kBits = 22, kMasks = 23 };
+    static const std::vector<std::string> kNames = {"magic",     "headerSize", "flags",
+                                                    "height",    "width",      "pitch",
+                                                    "depth",     "levels",     "",
+                                                    "",          "",           "",
+                                                    "",          "",           "",
+                                                    "",          "",           "tool",
+                                                    "",          "formatSize", "formatFlags",
+                                                    "code",      "bits",       "",
+                                                    "",          "",           "",
+                                                    "caps",      "caps2",      "",
+                                                    "",          "",           "dx10",
+                                                    "dimension", "misc",       "items",
+                                                    ""};
+    std::vector<std::uint32_t> words = {FieldValue("DDS "), 124, 0x1007, 4, 4, 0, 0, 0};
+    words.resize(kFormatFlags);
+    words[19] = 32;
+    words.insert(words.end(), {0x41, 0, 32, 0xff, 0xff00, 0xff0000, 0xff000000, 0x1000, 0, 0, 0, 0});
+    std::istringstream text(fields);
+    for (std::string field; text >> field;) {
+        const std::string name = field.substr(0, field.find('=')), value = field.substr(name.size() + 1);
+        if (name == "masks") {
+            std::istringstream masks(value);
+            for (std::size_t i = 0; i < 4; ++i, masks.get()) masks >> std::hex >> words[kMasks + i];
+            continue;
+        }
+        if (name == "code" || name == "dx10") {
+            words[kFormatFlags] = 4;
+            words[kCode] = FieldValue("DX10");
+            std::fill_n(words.begin() + kBits, 5, 0);
+            if (name == "dx10") words.insert(words.end(), {0, 3, 0, 1, 0});
+        }
+        const auto place = std::find(kNames.begin(), kNames.end(), name) - kNames.begin();
+        words.at(static_cast<std::size_t>(place)) = FieldValue(value);
     }
-    Add(dds, pixels);
-    return dds;
+    Bytes dds;
+    for (const std::uint32_t word : words) dds = Join({dds, Little(4, {word})});
+    return Join({dds, pixels});
+}
+
+inline bool WriteDds(const std::wstring& path, const std::string& fields, const Bytes& pixels = {}) {
+    return WriteFile(path, MakeDds(fields, pixels));
+}
+
+using Faces = std::array<Image, 6>;
+
+inline bool SavedCube(const std::wstring& path, const Faces& faces, bool keepAlpha, bool compress,
+                      std::wstring* infoLog = nullptr) {
+    // Copies, as what is given may be emptied.
+    const auto source = [&faces](std::size_t face, Image& picture) {
+        picture = faces[face].CopyRect();
+        return Outcome{};
+    };
+    const Outcome outcome = SaveDdsCubeMap(path, source, keepAlpha, compress);
+    if (infoLog != nullptr) *infoLog = outcome.infoLog;
+    return outcome.IsDone();
+}
+
+inline bool LoadedCube(const std::wstring& path, Faces& faces, bool keepAlpha) {
+    return LoadDdsCubeMap(path, faces, keepAlpha).IsDone();
 }
 
 }  // namespace skyvault::test

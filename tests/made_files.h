@@ -1,15 +1,29 @@
-// Small picture files written byte by byte, for what no encoder of ours writes.
+// Files as their bytes, put together byte by byte or taken from tests/data; and the ways in and out of
+// picture files, with something to write and a measure of what is read.
 #pragma once
 
+#include <algorithm>
+#include <array>
 #include <cstdint>
+#include <cstdlib>
+#include <initializer_list>
+#include <iterator>
+#include <span>
+#include <sstream>
 #include <string>
 #include <vector>
 
 #include "platform/file_stream.h"
+#include "tests/data_table.h"
+#include "tests/picture_io.h"
 
 namespace skyvault::test {
 
 using Bytes = std::vector<std::uint8_t>;
+
+inline std::span<const std::byte> AsBytes(const Bytes& bytes) {
+    return {reinterpret_cast<const std::byte*>(bytes.data()), bytes.size()};
+}
 
 inline bool WriteFile(const std::wstring& path, const Bytes& bytes) {
     FileStream file(path, FileUse::Write);
@@ -23,154 +37,132 @@ inline Bytes ReadFile(const std::wstring& path) {
     return Bytes(data, data + bytes.size());
 }
 
-inline void Add(Bytes& bytes, const Bytes& more) {
-    bytes.insert(bytes.end(), more.begin(), more.end());
-}
-inline void AddLittle(Bytes& bytes, std::uint32_t value, int count) {
-    for (int i = 0; i < count; ++i) bytes.push_back(static_cast<std::uint8_t>(value >> 8 * i));
-}
-inline void AddBig(Bytes& bytes, std::uint32_t value, int count) {
-    for (int i = count - 1; i >= 0; --i) bytes.push_back(static_cast<std::uint8_t>(value >> 8 * i));
-}
-
-/// A PNG chunk with its checksum.
-inline void AddPngChunk(Bytes& png, const char* type, const Bytes& data) {
-    AddBig(png, static_cast<std::uint32_t>(data.size()), 4);
-    Bytes checked(type, type + 4);
-    Add(checked, data);
-    std::uint32_t crc = 0xffffffffu;
-    for (const std::uint8_t byte : checked) {
-        crc ^= byte;
-        for (int bit = 0; bit < 8; ++bit) crc = crc >> 1 ^ (crc & 1 ? 0xedb88320u : 0);
+inline Bytes Noise(std::size_t count, std::uint32_t seed = 1) {
+    Bytes bytes(count);
+    for (std::uint8_t& byte : bytes) {
+        seed = seed * 1664525 + 1013904223;
+        byte = static_cast<std::uint8_t>(seed >> 24);
     }
-    Add(png, checked);
-    AddBig(png, ~crc, 4);
+    return bytes;
 }
 
-/// rows: each led by filter byte 0, stored without compression. palette: RGB triples or empty; transparency:
-/// a tRNS chunk or empty.
-inline Bytes MakePng(std::uint32_t width, std::uint32_t height, int bits, int colourType, const Bytes& rows,
-                     const Bytes& palette = {}, const Bytes& transparency = {}) {
-    Bytes png = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1a, '\n'};
-    Bytes header;
-    AddBig(header, width, 4);
-    AddBig(header, height, 4);
-    Add(header, {static_cast<std::uint8_t>(bits), static_cast<std::uint8_t>(colourType), 0, 0, 0});
-    AddPngChunk(png, "IHDR", header);
-    if (!palette.empty()) AddPngChunk(png, "PLTE", palette);
-    if (!transparency.empty()) AddPngChunk(png, "tRNS", transparency);
-
-    Bytes stream = {0x78, 0x01, 0x01};  // one stored block
-    AddLittle(stream, static_cast<std::uint32_t>(rows.size()), 2);
-    AddLittle(stream, ~static_cast<std::uint32_t>(rows.size()), 2);
-    Add(stream, rows);
-    std::uint32_t a = 1, b = 0;
-    for (const std::uint8_t byte : rows) {
-        a = (a + byte) % 65521;
-        b = (b + a) % 65521;
-    }
-    AddBig(stream, b << 16 | a, 4);
-    AddPngChunk(png, "IDAT", stream);
-    AddPngChunk(png, "IEND", {});
-    return png;
+inline Bytes Join(std::initializer_list<Bytes> parts) {
+    Bytes all;
+    for (const Bytes& part : parts) all.insert(all.end(), part.begin(), part.end());
+    return all;
 }
 
-/// An uncompressed TIFF of one strip. Tags of width, height, strip and compression are added to `extra`,
-/// whose values are 16-bit numbers; little- or big-endian, as the pixel bytes must be too.
-struct TiffTag {
-    std::uint16_t tag;
-    std::vector<std::uint16_t> values;
-};
-inline Bytes MakeTiff(std::uint16_t width, std::uint16_t height, std::uint16_t photometric,
-                      const std::vector<std::uint16_t>& bitsPerSample, const Bytes& pixels,
-                      const std::vector<TiffTag>& extra = {}, bool bigEndian = false) {
-    const auto add = [&](Bytes& bytes, std::uint32_t value, int count) {
-        bigEndian ? AddBig(bytes, value, count) : AddLittle(bytes, value, count);
-    };
-    std::vector<TiffTag> tags = {
-        {256, {width}},
-        {257, {height}},
-        {258, bitsPerSample},
-        {259, {1}},
-        {262, {photometric}},
-        {273, {8}},
-        {277, {static_cast<std::uint16_t>(bitsPerSample.size())}},
-        {278, {height}},
-        {279, {static_cast<std::uint16_t>(pixels.size())}},
-    };
-    tags.insert(tags.end(), extra.begin(), extra.end());
+/// Numbers of `count` bytes each, the lowest byte first.
+inline Bytes Little(int count, std::initializer_list<std::uint32_t> values) {
+    Bytes bytes;
+    for (const std::uint32_t value : values)
+        for (int i = 0; i < count; ++i) bytes.push_back(static_cast<std::uint8_t>(value >> 8 * i));
+    return bytes;
+}
 
-    Bytes tiff = bigEndian ? Bytes{'M', 'M', 0, 42} : Bytes{'I', 'I', 42, 0};
-    const auto padded = static_cast<std::uint32_t>((pixels.size() + 1) / 2 * 2);
-    add(tiff, 8 + padded, 4);
-    Add(tiff, pixels);
-    tiff.resize(8 + padded);
-    add(tiff, static_cast<std::uint32_t>(tags.size()), 2);
-    Bytes outside;
-    const std::uint32_t outsideAt = 8 + padded + 2 + 12 * static_cast<std::uint32_t>(tags.size()) + 4;
-    for (const TiffTag& tag : tags) {
-        add(tiff, tag.tag, 2);
-        add(tiff, 3, 2);  // 16-bit numbers
-        add(tiff, static_cast<std::uint32_t>(tag.values.size()), 4);
-        Bytes values;
-        for (const std::uint16_t value : tag.values) add(values, value, 2);
-        if (values.size() <= 4) {
-            values.resize(4);
-            Add(tiff, values);
-        } else {
-            add(tiff, outsideAt + static_cast<std::uint32_t>(outside.size()), 4);
-            Add(outside, values);
-        }
-    }
-    add(tiff, 0, 4);
-    Add(tiff, outside);
-    return tiff;
+/// "0a1B" and so on, without spaces.
+inline Bytes FromHex(const std::string& text) {
+    Bytes bytes;
+    for (std::size_t i = 0; i < text.size(); i += 2)
+        bytes.push_back(static_cast<std::uint8_t>(std::stoi(text.substr(i, 2), nullptr, 16)));
+    return bytes;
+}
+
+/// The rows of a table that begin with the group's name.
+inline std::vector<DataRow> DataGroup(const std::string& table, const std::string& group) {
+    std::vector<DataRow> rows = DataTable(table);
+    std::erase_if(rows, [&](const DataRow& row) { return row[0] != group; });
+    for (DataRow& row : rows) row.where += ": " + row[1];
+    EXPECT_FALSE(rows.empty()) << group;
+    return rows;
+}
+
+/// Numbers with spaces between them.
+inline std::vector<std::uint32_t> Numbers(const std::string& text) {
+    std::istringstream in(text);
+    return {std::istream_iterator<std::uint32_t>(in), {}};
+}
+
+/// Writes the file of a row of the groups "stored" and "posix" of tests/data/pictures.tsv and reads it.
+inline void ExpectPixels(const std::wstring& path, const DataRow& row) {
+    SCOPED_TRACE(row.where);
+    ASSERT_TRUE(WriteFile(path, FromHex(row[3])));
+    const Image image = Loaded(path);
+    const Color8 left = image.GetPixel8(0, 0), right = image.GetPixel8(1, 0);
+    EXPECT_EQ(image.width, 2u);
+    EXPECT_EQ(
+        (std::vector<std::uint32_t>{static_cast<std::uint32_t>(image.format), left.red, left.green, left.blue,
+                                    left.alpha, right.red, right.green, right.blue, right.alpha}),
+        Numbers(row[2]));
 }
 
 /// height < 0: stored top row first. rows: padded to 4 bytes each. palette: blue, green, red, 0.
-inline Bytes MakeBmp(std::int32_t width, std::int32_t height, int bits, const Bytes& rows,
+inline Bytes MakeBmp(std::int32_t width, std::int32_t height, std::uint32_t bits, const Bytes& rows,
                      const Bytes& palette = {}) {
-    Bytes bmp = {'B', 'M'};
-    const auto start = static_cast<std::uint32_t>(54 + palette.size());
-    AddLittle(bmp, start + static_cast<std::uint32_t>(rows.size()), 4);
-    AddLittle(bmp, 0, 4);
-    AddLittle(bmp, start, 4);
-    AddLittle(bmp, 40, 4);
-    AddLittle(bmp, static_cast<std::uint32_t>(width), 4);
-    AddLittle(bmp, static_cast<std::uint32_t>(height), 4);
-    AddLittle(bmp, 1, 2);
-    AddLittle(bmp, static_cast<std::uint32_t>(bits), 2);
-    AddLittle(bmp, 0, 4);
-    AddLittle(bmp, static_cast<std::uint32_t>(rows.size()), 4);
-    AddLittle(bmp, 2835, 4);
-    AddLittle(bmp, 2835, 4);
-    AddLittle(bmp, static_cast<std::uint32_t>(palette.size() / 4), 4);
-    AddLittle(bmp, 0, 4);
-    Add(bmp, palette);
-    Add(bmp, rows);
-    return bmp;
+    const auto colours = static_cast<std::uint32_t>(palette.size()), start = 54 + colours;
+    const auto size = static_cast<std::uint32_t>(rows.size());
+    const auto w = static_cast<std::uint32_t>(width), h = static_cast<std::uint32_t>(height);
+    return Join({{'B', 'M'},
+                 Little(4, {start + size, 0, start, 40, w, h}),
+                 Little(2, {1, bits}),
+                 Little(4, {0, size, 2835, 2835, colours / 4, 0}),
+                 palette,
+                 rows});
 }
 
-/// One frame of MakeGif: a single red pixel on a 4 × 4 canvas.
-struct GifFrameBytes {
-    std::uint16_t delay;
-    std::uint8_t disposal;
-    std::uint16_t left, top;
-};
-inline Bytes MakeGif(const std::vector<GifFrameBytes>& frames) {
-    Bytes gif = {'G', 'I', 'F', '8', '9', 'a', 4, 0, 4, 0, 0x80, 0, 0, /* colours: */ 0, 0, 0, 255, 0, 0};
-    for (const GifFrameBytes& frame : frames) {
-        Add(gif, {0x21, 0xf9, 4, static_cast<std::uint8_t>(frame.disposal << 2)});
-        AddLittle(gif, frame.delay, 2);
-        Add(gif, {0, 0, 0x2c});
-        AddLittle(gif, frame.left, 2);
-        AddLittle(gif, frame.top, 2);
-        Add(gif, {1, 0, 1, 0, 0});
-        // Codes of 3 bits: clear (4), colour 1, end (5).
-        Add(gif, {2, 2, 0x4c, 0x01, 0});
+inline PixelValue Value(const Color16& colour) {
+    PixelValue value;
+    value.format = PixelFormat::Rgba16;
+    value.color16 = colour;
+    return value;
+}
+inline PixelValue Value(float red, float green, float blue, float alpha) {
+    PixelValue value;
+    value.format = PixelFormat::RgbaHalf;
+    value.colorHalf = {FloatToHalf(red), FloatToHalf(green), FloatToHalf(blue), FloatToHalf(alpha)};
+    return value;
+}
+
+inline Image Filled(std::uint32_t width, std::uint32_t height, PixelFormat format, const PixelValue& value) {
+    Image image(width, height, format);
+    image.Fill(value);
+    return image;
+}
+inline Image Filled(std::uint32_t width, std::uint32_t height, PixelFormat format, const Color8& colour) {
+    return Filled(width, height, format, PixelValue(colour));
+}
+
+/// Calls function(x, y) for every pixel of a picture, row by row.
+template <typename Function>
+void ForPixels(const Image& image, Function function) {
+    for (int y = 0; y < static_cast<int>(image.height); ++y)
+        for (int x = 0; x < static_cast<int>(image.width); ++x) function(x, y);
+}
+
+/// A smooth picture whose channels and rows all differ, alpha going from 0 to full.
+inline Image SmoothPicture(PixelFormat format, int width = 37, int height = 23) {
+    Image image(static_cast<std::uint32_t>(width), static_cast<std::uint32_t>(height), format);
+    const auto part = [](int value, int of) { return static_cast<std::uint8_t>(value * 255 / of); };
+    for (int i = 0; i < width * height; ++i) {
+        const int x = i % width, y = i / width;
+        image.SetPixel(
+            x, y,
+            Color8(part(x, width), part(y, height), part(x + y, 2 * (width + height)), part(x, width - 1)));
     }
-    gif.push_back(0x3b);
-    return gif;
+    return image;
+}
+
+/// Mean difference of red, green and blue where the source can be seen, and of alpha everywhere if it counts.
+inline double Difference(const Image& source, const Image& read, bool withAlpha = false) {
+    EXPECT_TRUE(read.width == source.width && read.height == source.height);
+    int sum = 0, count = 0;
+    const auto add = [&](int a, int b) { sum += std::abs(a - b), ++count; };
+    ForPixels(source, [&](int x, int y) {
+        const Color8 a = source.GetPixel8(x, y), b = read.GetPixel8(x, y);
+        if (withAlpha) add(a.alpha, b.alpha);
+        if (a.alpha >= 128) add(a.red, b.red), add(a.green, b.green), add(a.blue, b.blue);
+    });
+    return static_cast<double>(sum) / count;
 }
 
 }  // namespace skyvault::test

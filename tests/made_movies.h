@@ -1,64 +1,81 @@
-// Cubic movies put together for tests: marks, pictures and tables, nothing a player would want.
+// Cubic movies put together for tests: tiles of a smooth sky and tables, nothing a player would want.
 #pragma once
 
 #include <bit>
+#include <cmath>
 #include <cstdint>
 #include <string>
 #include <vector>
 
-#include "image/picture_files.h"
+#include "codecs/picture_files.h"
+#include "projection/cube_face.h"
 #include "tests/temporary_folder.h"
 
 namespace skyvault::test {
 
-inline void AddBig32(std::string& bytes, std::uint32_t value) {
-    for (int shift = 24; shift >= 0; shift -= 8) bytes += static_cast<char>(value >> shift & 0xff);
-}
-inline void AddBigFloat(std::string& bytes, float value) {
-    AddBig32(bytes, std::bit_cast<std::uint32_t>(value));
-}
 inline std::uint32_t Big32At(const std::string& bytes, std::size_t offset) {
     std::uint32_t value = 0;
     for (std::size_t i = 0; i < 4; ++i) value = value << 8 | static_cast<std::uint8_t>(bytes.at(offset + i));
     return value;
 }
 
-/// A face table entry: which face (by the quaternions of real movies) and where on it.
-struct MadeEntry {
-    int face;
-    float centerX, centerY;
-};
-
-inline std::string MakeCufa(const std::vector<MadeEntry>& entries) {
-    constexpr float kTurns[6][3] = {{1, 0, 0},       {0.5f, 0, -0.5f}, {0, 0, -1},
-                                    {0.5f, 0, 0.5f}, {0.5f, 0.5f, 0},  {0.5f, -0.5f, 0}};
-    std::string atom;
-    AddBig32(atom, static_cast<std::uint32_t>(20 + 32 * entries.size()));
-    atom += "cufa";
-    AddBig32(atom, 1);
-    AddBig32(atom, 0);
-    AddBig32(atom, 0);
-    for (const MadeEntry& entry : entries) {
-        for (const float part : kTurns[entry.face]) AddBigFloat(atom, part);
-        for (const float value : {0.0f, entry.centerX, entry.centerY, 1.0f, 0.0f}) AddBigFloat(atom, value);
-    }
-    return atom;
+/// Size and type of an atom, then its 32-bit fields.
+inline std::string MakeAtom(const char* type, const std::vector<std::uint32_t>& fields) {
+    std::string bytes;
+    const auto add = [&bytes](std::uint32_t value) {
+        for (int shift = 24; shift >= 0; shift -= 8) bytes += static_cast<char>(value >> shift & 0xff);
+    };
+    add(static_cast<std::uint32_t>(8 + 4 * fields.size()));
+    bytes += type;
+    for (const std::uint32_t field : fields) add(field);
+    return bytes;
+}
+inline std::string MakeStco(const std::vector<std::uint32_t>& offsets) {
+    std::vector<std::uint32_t> fields = {0, static_cast<std::uint32_t>(offsets.size())};
+    fields.insert(fields.end(), offsets.begin(), offsets.end());
+    return MakeAtom("stco", fields);
 }
 
-inline std::string MakeStco(const std::vector<std::uint32_t>& offsets) {
-    std::string atom;
-    AddBig32(atom, static_cast<std::uint32_t>(16 + 4 * offsets.size()));
-    atom += "stco";
-    AddBig32(atom, 0);
-    AddBig32(atom, static_cast<std::uint32_t>(offsets.size()));
-    for (const std::uint32_t offset : offsets) AddBig32(atom, offset);
-    return atom;
+/// A tile of n × n on a face.
+struct MadeTile {
+    int n, face, column, row;
+};
+inline constexpr int kTileEdge = 32;
+
+/// A face table: each face by the quaternion that real movies have for it.
+inline std::string MakeCufa(const std::vector<MadeTile>& tiles) {
+    constexpr float kTurns[6][3] = {{1, 0, 0},       {0.5f, 0, -0.5f}, {0, 0, -1},
+                                    {0.5f, 0, 0.5f}, {0.5f, 0.5f, 0},  {0.5f, -0.5f, 0}};
+    std::vector<std::uint32_t> fields = {1, 0, 0};
+    for (const MadeTile& tile : tiles) {
+        const float* const turn = kTurns[tile.face];
+        const float x = static_cast<float>(2 * tile.column - (tile.n - 1));
+        const float y = static_cast<float>(tile.n - 1 - 2 * tile.row);
+        for (const float value : {turn[0], turn[1], turn[2], 0.0f, x, y, 1.0f, 0.0f}) {
+            fields.push_back(std::bit_cast<std::uint32_t>(value));
+        }
+    }
+    return MakeAtom("cufa", fields);
+}
+
+inline Image SkyTile(const MadeTile& tile) {
+    Image picture(kTileEdge, kTileEdge, PixelFormat::Rgb8);
+    const auto wave = [](float angle) { return static_cast<std::uint8_t>(128 + 110 * std::sin(angle)); };
+    for (int i = 0; i < kTileEdge * kTileEdge; ++i) {
+        const int x = i % kTileEdge, y = i / kTileEdge;
+        const auto [dx, dy, dz] = FacePixelToDirection(tile.n * kTileEdge, static_cast<CubeFace>(tile.face),
+                                                       tile.column * kTileEdge + x, tile.row * kTileEdge + y);
+        picture.SetPixel(x, y,
+                         Color8(wave(5.3f * dx + 3.1f * dy * dz + 0.4f), wave(4.1f * dy - 4.7f * dx * dz),
+                                wave(6.1f * dz + 3.0f * dx * dy), 255));
+    }
+    return picture;
 }
 
 /// The bytes a picture has as a JPEG file.
 inline std::string JpegBytes(Image picture) {
     const TemporaryFolder folder;
-    return SavePicture(picture, folder / L"picture.jpg") ? folder.Read(L"picture.jpg") : std::string();
+    return SavePicture(picture, folder / L"picture.jpg").IsDone() ? folder.Read(L"picture.jpg") : "";
 }
 
 }  // namespace skyvault::test

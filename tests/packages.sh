@@ -18,9 +18,9 @@ fail() {
 }
 trap 'echo "FAILED: line $LINENO: $BASH_COMMAND" >&2' ERR
 
-# Waits until the command succeeds.
+# Waits until the command succeeds, on a busy machine too: for ten minutes at least.
 await() {
-    for _ in $(seq 200); do
+    for _ in $(seq 6000); do
         "$@" >/dev/null 2>&1 && return
         sleep 0.1
     done

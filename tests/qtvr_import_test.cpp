@@ -2,7 +2,6 @@
 #include "qtvr/qtvr_import.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
@@ -19,202 +18,136 @@
 namespace skyvault {
 namespace {
 
-using test::TestPanorama;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
+using test::kTileEdge;
 
-constexpr std::int32_t kTile = 32;
-
-/// What a tile shows: told by face, column and row; its first quarter is darker, so that a turned or mirrored
-/// tile is found.
-Color8 TileColour(int face, int column, int row, bool firstQuarter) {
-    const int dark = firstQuarter ? 40 : 0;
-    return Color8(static_cast<std::uint8_t>(50 + 40 * face - dark),
-                  static_cast<std::uint8_t>(50 + 60 * column - dark),
-                  static_cast<std::uint8_t>(50 + 60 * row - dark), 255);
-}
-
-Image TilePicture(int face, int column, int row) {
-    Image tile(kTile, kTile, PixelFormat::Rgb8);
-    for (std::int32_t y = 0; y < kTile; ++y) {
-        for (std::int32_t x = 0; x < kTile; ++x) {
-            tile.SetPixel(x, y, TileColour(face, column, row, x < kTile / 2 && y < kTile / 2));
-        }
-    }
-    return tile;
-}
-
-/// Of the three channels together.
-int Difference(const Color8& a, const Color8& b) {
-    return std::abs(a.red - b.red) + std::abs(a.green - b.green) + std::abs(a.blue - b.blue);
-}
-
-bool Near(const Color8& a, const Color8& b, int tolerance) {
-    return std::abs(a.red - b.red) <= tolerance && std::abs(a.green - b.green) <= tolerance &&
-           std::abs(a.blue - b.blue) <= tolerance && a.alpha == b.alpha;
-}
-
-void ExpectTilesInPlace(const Panorama& panorama, int n) {
-    ASSERT_EQ(panorama.faceSize, static_cast<std::uint32_t>(n * kTile));
-    for (int f = 0; f < 6; ++f) {
-        const Image& face = panorama.faces[static_cast<std::size_t>(f)];
-        ASSERT_EQ(face.format, PixelFormat::Rgba8);
-        ASSERT_EQ(face.width, panorama.faceSize);
-        ASSERT_EQ(face.height, panorama.faceSize);
-        for (int y = kTile / 4; y < n * kTile; y += kTile / 2) {
-            for (int x = kTile / 4; x < n * kTile; x += kTile / 2) {
-                const bool first = x % kTile < kTile / 2 && y % kTile < kTile / 2;
-                ASSERT_TRUE(Near(face.GetPixel8(x, y), TileColour(f, x / kTile, y / kTile, first), 12))
-                    << "face " << f << " at " << x << ", " << y;
+/// Every tile is where it was cut from. Codecs blur a little; another tile is another colour altogether.
+void ExpectSky(const Panorama& panorama, int n, int most = 20) {
+    ASSERT_EQ(panorama.faceSize, static_cast<std::uint32_t>(n * kTileEdge));
+    for (int i = 0; i < 6 * n * n; ++i) {
+        const test::MadeTile tile = {n, i / (n * n), i % n, i / n % n};
+        const Image& face = panorama.faces[static_cast<std::size_t>(tile.face)];
+        ASSERT_TRUE(face.format == PixelFormat::Rgba8 && face.width == panorama.faceSize);
+        const Image meant = test::SkyTile(tile);
+        int sum = 0;
+        for (int y = 0; y < kTileEdge; ++y) {
+            for (int x = 0; x < kTileEdge; ++x) {
+                const Color8 a = meant.GetPixel8(x, y);
+                const Color8 b = face.GetPixel8(tile.column * kTileEdge + x, tile.row * kTileEdge + y);
+                sum += std::abs(a.red - b.red) + std::abs(a.green - b.green) + std::abs(a.blue - b.blue) +
+                       std::abs(a.alpha - b.alpha);
             }
         }
+        EXPECT_LT(sum, most * kTileEdge * kTileEdge)
+            << "N " << n << ", face " << tile.face << ", column " << tile.column << ", row " << tile.row;
     }
 }
 
-struct MovieOptions {
-    bool table = true, offsets = true;
-    /// Pictures are stored in another order than samples; bytes between them.
-    bool shuffled = false;
-    std::string preview = {};  ///< stored before the tiles
+/// A movie whose samples go through the faces backwards, each by rows. stride: pictures are stored in another
+/// order than samples, each stride further, with bytes between them; it has no divisor in common with 6n².
+std::string MakeMovie(int n, bool withTables, int stride = 1, const std::string& preview = {}) {
+    std::vector<test::MadeTile> tiles;
+    for (int i = 0; i < 6 * n * n; ++i) tiles.push_back({n, 5 - i / (n * n), i % n, i / n % n});
+    std::vector<std::uint32_t> offsets(tiles.size());
+    // The tables are as long with any offsets.
+    const auto tables = [&] {
+        return withTables ? test::MakeStco({1, 2, 3}) + test::MakeStco(offsets) + test::MakeCufa(tiles) : "";
+    };
+    std::string pictures;
+    for (std::size_t i = 0; i < tiles.size(); ++i) {
+        const std::size_t s = i * static_cast<std::size_t>(stride) % tiles.size();
+        pictures += std::string(stride == 1 ? 0 : i, '-');
+        offsets[s] = static_cast<std::uint32_t>(8 + tables().size() + preview.size() + pictures.size());
+        pictures += test::JpegBytes(test::SkyTile(tiles[s]));
+    }
+    return "....moov" + tables() + preview + pictures;
+}
+
+std::string Repeated(const std::string& text, int count) {
+    std::string all;
+    for (int i = 0; i < count; ++i) all += text;
+    return all;
+}
+
+struct QtvrImport : testing::Test {
+    const test::OwnTemporaryFiles temporary;
+    const test::TemporaryFolder folder;
+    test::TestPanorama t;
+    std::wstring lines;  ///< on the debugger channel
+
+    Reason Import(const std::string& movie) {
+        t.panorama = {};
+        t.feedback = {};
+        t.feedback.active = true;
+        const DebugLineCapture capture;
+        const ImportRequest request = t.From(folder.Write(L"movie.mov", movie));
+        const Reason reason = ImportQuickTimeVr(request, t.feedback, t.panorama).reason;
+        lines = capture.Text();
+        EXPECT_TRUE(temporary.Empty());
+        EXPECT_EQ(t.panorama.IsEmpty(), reason != Reason::Done);
+        EXPECT_TRUE(t.feedback.information.empty());
+        return reason;
+    }
 };
 
-/// A movie whose samples go through the faces backwards, each by rows.
-std::string MakeMovie(int n, const MovieOptions& options) {
-    struct Sample {
-        int face, column, row;
-    };
-    std::vector<Sample> samples;
-    std::vector<test::MadeEntry> entries;
-    for (int f = 5; f >= 0; --f) {
-        for (int i = 0; i < n * n; ++i) {
-            const int column = i % n, row = i / n;
-            samples.push_back({f, column, row});
-            entries.push_back(
-                {f, static_cast<float>(2 * column - (n - 1)), static_cast<float>(n - 1 - 2 * row)});
-        }
-    }
-    const std::size_t count = samples.size();
-    std::vector<std::uint32_t> offsets(count);
-    std::string movie = "....moov";
-    // The tables are as long with any offsets.
-    const std::size_t tablesAt = movie.size();
-    const auto tables = [&] {
-        return (options.offsets ? test::MakeStco({1, 2, 3}) + test::MakeStco(offsets) : "") +
-               (options.table ? test::MakeCufa(entries) : "");
-    };
-    movie += tables() + options.preview;
-    for (std::size_t i = 0; i < count; ++i) {
-        // 7 has no divisor in common with 6, 24 and 54.
-        const std::size_t s = options.shuffled ? i * 7 % count : i;
-        offsets[s] = static_cast<std::uint32_t>(movie.size());
-        movie += test::JpegBytes(TilePicture(samples[s].face, samples[s].column, samples[s].row));
-        if (options.shuffled) movie += std::string(i, '-');
-    }
-    return movie.replace(tablesAt, tables().size(), tables());
-}
-
-TEST(QtvrImport, EveryTileComesToItsPlaceByTheTables) {
-    const test::OwnTemporaryFiles temporary;
-    const test::TemporaryFolder folder;
+TEST_F(QtvrImport, EveryTileComesToItsPlaceByTablesOrByItsEdges) {
     const std::string preview = test::JpegBytes(test::RandomImage(24, 24, PixelFormat::Rgb8));
-    for (const int n : {1, 2, 3}) {
-        for (const bool shuffled : {false, true}) {
-            SCOPED_TRACE(std::to_string(n) + (shuffled ? " shuffled" : ""));
-            const std::string movie =
-                MakeMovie(n, {.shuffled = shuffled, .preview = shuffled ? preview : ""});
-            TestPanorama t;
-            t.feedback.active = true;
-            std::wstring lines;
-            {
-                const DebugLineCapture capture;
-                ASSERT_TRUE(ImportQuickTimeVr(t.panorama, folder.Write(L"movie.mov", movie)));
-                lines = capture.Text();
-            }
-            ExpectTilesInPlace(t.panorama, n);
-            EXPECT_TRUE(temporary.Empty());
-            const std::wstring count = std::to_wstring(6 * n * n);
-            EXPECT_EQ(lines, L"Header is " + std::to_wstring(movie.find("\xff\xd8")) + L" bytes\n" +
-                                 std::to_wstring(6 * n * n + (shuffled ? 1 : 0)) + L" JPEG files found\n" +
-                                 count + L" JPEG files found with the highest square resolution: 32\n" +
-                                 L"TileRes = " + std::to_wstring(n) + L"\n" +
-                                 L"cufa found!\nstco found!\nstco found!\n");
-            std::vector<std::wstring> texts = t.feedback.progressTexts;
-            texts.erase(std::unique(texts.begin(), texts.end()), texts.end());
-            EXPECT_THAT(texts, ElementsAre(L"Extracting JPG files...", L"Parsing CUFA...", L"Parsing STCO...",
-                                           L"Creating cube faces..."));
-            EXPECT_THAT(t.feedback.errors, IsEmpty());
-        }
+    for (int i = 0; i < 9; ++i) {
+        const int n = 1 + i % 3, stride = i < 3 ? 1 : 7;
+        const bool withTables = i < 6;
+        SCOPED_TRACE(std::to_string(n) + (withTables ? " tables " : " ") + std::to_string(stride));
+        const std::string movie = MakeMovie(n, withTables, stride, preview);
+        ASSERT_EQ(Import(movie), Reason::Done);
+        ExpectSky(t.panorama, n);
+        const std::wstring count = std::to_wstring(6 * n * n), more = std::to_wstring(6 * n * n + 1);
+        EXPECT_EQ(lines, L"Header is " + std::to_wstring(movie.find("\xff\xd8")) + L" bytes\n" + more +
+                             L" JPEG files found\n" + count +
+                             L" JPEG files found with the highest square resolution: 32\nTileRes = " +
+                             std::to_wstring(n) +
+                             (withTables ? L"\ncufa found!\nstco found!\nstco found!\n"
+                                         : L"\nCould not parse header, switching to stitching mode...\n"));
+        std::vector<std::wstring>& texts = t.feedback.progressTexts;
+        texts.erase(std::unique(texts.begin(), texts.end()), texts.end());
+        EXPECT_EQ(texts.front(), L"Extracting JPG files...");
+        EXPECT_EQ(texts.end()[-2], withTables ? L"Parsing STCO..." : L"Stitching tiles...");
+        EXPECT_EQ(texts.back(), L"Creating cube faces...");
     }
 }
 
-TEST(QtvrImport, AnExportedMovieImportsBackFaceByFace) {
-    const test::OwnTemporaryFiles temporary;
-    const test::TemporaryFolder folder;
-    TestPanorama t;
-    for (int f = 0; f < 6; ++f) t.panorama.faces[static_cast<std::size_t>(f)] = TilePicture(f, 1, 2);
-    t.panorama.faceSize = kTile;
-    ASSERT_TRUE(WriteQuickTimeVr(t.panorama, folder / L"movie.mov", kTile, PixelFormat::Rgb8, nullptr));
-    TestPanorama again;
-    ASSERT_TRUE(ImportQuickTimeVr(again.panorama, folder / L"movie.mov"));
-    ASSERT_EQ(again.panorama.faceSize, static_cast<std::uint32_t>(kTile));
-    for (int f = 0; f < 6; ++f) {
-        for (const std::int32_t y : {8, 24}) {
-            for (const std::int32_t x : {8, 24}) {
-                EXPECT_TRUE(Near(again.panorama.faces[static_cast<std::size_t>(f)].GetPixel8(x, y),
-                                 TileColour(f, 1, 2, x == 8 && y == 8), 12))
-                    << f << " " << x << " " << y;
-            }
-        }
-    }
+TEST_F(QtvrImport, AnExportedMovieImportsBackFaceByFace) {
+    for (int f = 0; f < 6; ++f) t.panorama.faces[static_cast<std::size_t>(f)] = test::SkyTile({1, f, 0, 0});
+    t.panorama.faceSize = kTileEdge;
+    const ExportRequest request = t.ForFile(PanoramaFormat::QuickTimeVr, folder / L"out.mov");
+    ASSERT_TRUE(WriteQuickTimeVr(t.panorama, request, kTileEdge).IsDone());
+    ASSERT_EQ(Import(folder.Read(L"out.mov")), Reason::Done);
+    ExpectSky(t.panorama, 1, 45);  // exports move pixels by up to half a pixel
 }
 
-TEST(QtvrImport, SaysWhatIsNoCubicMovie) {
-    const test::OwnTemporaryFiles temporary;
-    const test::TemporaryFolder folder;
-    const std::string tile = test::JpegBytes(TilePicture(0, 0, 0));
+TEST_F(QtvrImport, TellsWhatIsNoCubicMovie) {
+    const std::string tile = test::JpegBytes(test::SkyTile({1, 0, 0, 0}));
     const std::string larger = test::JpegBytes(test::RandomImage(40, 8, PixelFormat::Rgb8));
-    const auto repeated = [](const std::string& text, int count) {
-        std::string all;
-        for (int i = 0; i < count; ++i) all += text;
-        return all;
-    };
     const struct {
         const char* what;
         std::string movie;
-        bool message;
+        Reason reason;
     } rows[] = {
-        {"empty", "", false},
-        {"no picture", "moov mdat", false},
-        {"a start alone", "moov \xff\xd8 mdat", false},
-        {"an end alone", "moov \xff\xd9", false},
-        {"25 tiles", repeated(tile, 25), true},
-        {"5 tiles", repeated(tile, 5), true},
-        {"7 tiles", repeated(tile, 7), true},
-        {"a larger picture that is not square", repeated(tile, 6) + larger, true},
-        {"six pictures that are none", repeated("\xff\xd8 no picture \xff\xd9", 6), true},
-        {"a cut tile", repeated(tile, 5) + tile.substr(0, 100) + "\xff\xd9", true},
+        {"empty", "", Reason::CannotOpen},
+        {"no picture", "moov mdat", Reason::CannotOpen},
+        {"25 tiles", Repeated(tile, 25), Reason::NotACubicMovie},
+        {"5 tiles", Repeated(tile, 5), Reason::NotACubicMovie},
+        {"a larger picture that is not square", Repeated(tile, 6) + larger, Reason::NotACubicMovie},
+        {"six pictures that are none", Repeated("\xff\xd8 no picture \xff\xd9", 6), Reason::NotACubicMovie},
+        {"a cut tile", Repeated(tile, 5) + tile.substr(0, 100) + "\xff\xd9", Reason::NotACubicMovie},
     };
     for (const auto& row : rows) {
-        SCOPED_TRACE(row.what);
-        TestPanorama t;
-        const DebugLineCapture quiet;
-        EXPECT_FALSE(ImportQuickTimeVr(t.panorama, folder.Write(L"movie.mov", row.movie)));
-        EXPECT_TRUE(t.panorama.IsEmpty());
-        EXPECT_EQ(t.panorama.faceSize, 0u);
-        const std::vector<std::wstring> message = {L"This is not a cubic VR movie"};
-        EXPECT_EQ(t.feedback.errors, row.message ? message : std::vector<std::wstring>());
-        EXPECT_TRUE(temporary.Empty());
+        EXPECT_EQ(Import(row.movie), row.reason) << row.what;
+        EXPECT_EQ(t.panorama.faceSize, 0u) << row.what;
     }
-    TestPanorama t;
-    EXPECT_FALSE(ImportQuickTimeVr(t.panorama, folder / L"none.mov"));
-    EXPECT_THAT(t.feedback.errors, IsEmpty());
+    EXPECT_EQ(ImportQuickTimeVr(t.From(folder / L"none.mov"), t.feedback, t.panorama).reason,
+              Reason::CannotOpen);
 }
 
-TEST(QtvrImport, DamagedTablesLeadToStitchingAndEveryCutIsSurvived) {
-    const test::OwnTemporaryFiles temporary;
-    const test::TemporaryFolder folder;
-    const std::string movie = MakeMovie(1, {});
+TEST_F(QtvrImport, DamagedTablesLeadToStitching) {
+    const std::string movie = MakeMovie(1, true);
     const std::size_t cufa = movie.find("cufa"), stco = movie.rfind("stco");
     const struct {
         const char* what;
@@ -232,44 +165,11 @@ TEST(QtvrImport, DamagedTablesLeadToStitchingAndEveryCutIsSurvived) {
         {"all offsets alike", stco + 12, std::string(24, '\x11'), false},
     };
     for (const auto& row : rows) {
-        SCOPED_TRACE(row.what);
         std::string changed = movie;
         changed.replace(row.offset, row.bytes.size(), row.bytes);
-        TestPanorama t;
-        const DebugLineCapture capture;
-        EXPECT_TRUE(ImportQuickTimeVr(t.panorama, folder.Write(L"movie.mov", changed)));
-        const bool stitched = capture.Text().find(L"switching to stitching mode") != std::wstring::npos;
-        EXPECT_EQ(stitched, row.stitched);
+        EXPECT_EQ(Import(changed), Reason::Done) << row.what;
+        EXPECT_EQ(lines.find(L"switching to stitching mode") != std::wstring::npos, row.stitched) << row.what;
     }
-    // Cut anywhere: the last face is missing, or more.
-    for (std::size_t size = 1; size < movie.size(); size += movie.size() / 19) {
-        TestPanorama t;
-        const DebugLineCapture quiet;
-        EXPECT_FALSE(ImportQuickTimeVr(t.panorama, folder.Write(L"movie.mov", movie.substr(0, size))))
-            << size;
-        EXPECT_TRUE(temporary.Empty());
-    }
-}
-
-TEST(QtvrImport, MemoryThatRunsOutIsSaid) {
-    const test::OwnTemporaryFiles temporary;
-    const test::TemporaryFolder folder;
-    // A table without entries: the tiles are stitched, which takes memory too.
-    const std::wstring path = folder.Write(L"movie.mov", test::MakeCufa({}) + MakeMovie(1, {.table = false}));
-    int outcomes[2] = {};
-    for (int allowed = 0; allowed < 400 && outcomes[1] == 0; ++allowed) {
-        TestPanorama t;
-        const DebugLineCapture quiet;
-        FailAllocationsAfter(allowed);
-        const bool imported = ImportQuickTimeVr(t.panorama, path);
-        FailAllocationsAfter(-1);
-        ++outcomes[imported ? 1 : 0];
-        EXPECT_EQ(t.panorama.IsEmpty(), !imported) << allowed;
-        EXPECT_EQ(t.feedback.errors.size(), imported ? 0u : 1u) << allowed;
-        EXPECT_TRUE(temporary.Empty());
-    }
-    EXPECT_GT(outcomes[0], 7);
-    EXPECT_EQ(outcomes[1], 1);
 }
 
 // --- marks and tables --------------------------------------------------------------------------------------
@@ -278,68 +178,51 @@ MovieBytes Bytes(const std::string& text) {
     return {reinterpret_cast<const std::byte*>(text.data()), text.size()};
 }
 
+/// S and E stand for the marks, F for the byte both begin with.
+std::string Expand(const std::string& text) {
+    std::string bytes;
+    for (const char c : text) {
+        bytes += c == 'S' ? "\xff\xd8" : c == 'E' ? "\xff\xd9" : c == 'F' ? "\xff" : std::string(1, c);
+    }
+    return bytes;
+}
+
 TEST(MovieScan, PicturesReachFromTheLastStartMarkToAnEndMark) {
-    // S and E stand for the marks, F for the byte both begin with.
     const struct {
-        const char* movie;
-        std::vector<std::string> pictures;
-        std::wstring lines;
-    } rows[] = {
-        {"", {}, L"0 JPEG files found\n"},
-        {"F", {}, L"0 JPEG files found\n"},
-        {"aSbEc", {"SbE"}, L"Header is 1 bytes\n1 JPEG files found\n"},
-        {"SESE", {"SE", "SE"}, L"Header is 0 bytes\n2 JPEG files found\n"},
-        {"EESbE", {"SbE"}, L"Header is 4 bytes\n1 JPEG files found\n"},
-        {"FSaFE", {"SaFE"}, L"Header is 1 bytes\n1 JPEG files found\n"},
-        {"SaSbEcE", {"SbE", "SbEcE"}, L"Header is 0 bytes\nHeader is 3 bytes\n2 JPEG files found\n"},
-        {"SaE..S", {"SaE"}, L"Header is 0 bytes\n1 JPEG files found\n"},
-    };
-    const auto expand = [](const std::string& text) {
-        std::string bytes;
-        for (const char c : text) {
-            bytes += c == 'S' ? "\xff\xd8" : c == 'E' ? "\xff\xd9" : c == 'F' ? "\xff" : std::string(1, c);
-        }
-        return bytes;
-    };
+        const char *movie, *pictures;
+    } rows[] = {{"", ""},          {"F", ""},          {"aSbEc", "SbE|"},  {"SESE", "SE|SE|"},
+                {"EESbE", "SbE|"}, {"FSaFE", "SaFE|"}, {"SaE..S", "SaE|"}, {"SaSbEcE", "SbE|SbEcE|"}};
     for (const auto& row : rows) {
-        SCOPED_TRACE(row.movie);
-        const std::string movie = expand(row.movie);
+        const std::string movie = Expand(row.movie);
         MoviePictures pictures;
-        const DebugLineCapture capture;
+        const DebugLineCapture quiet;
         FindPictures(Bytes(movie), pictures);
-        std::vector<std::string> found, expected;
+        std::string found;
         for (int i = 0; i < pictures.count; ++i) {
             const ByteRange range = pictures.ranges[static_cast<std::size_t>(i)];
-            found.push_back(movie.substr(range.offset, range.size));
+            found += movie.substr(range.offset, range.size) + "|";
         }
-        for (const std::string& picture : row.pictures) expected.push_back(expand(picture));
-        EXPECT_EQ(found, expected);
-        EXPECT_EQ(capture.Text(), row.lines);
+        EXPECT_EQ(found, Expand(row.pictures)) << row.movie;
     }
 }
 
 TEST(MovieScan, AFileFullOfMarksIsNotFollowedWithoutEnd) {
-    std::string pairs, ends = "\xff\xd8" + std::string(1000, '.'), starts;
-    for (int i = 0; i < 1000; ++i) {
-        pairs += "\xff\xd8\xff\xd9";
-        ends += "\xff\xd9";
-        starts += "\xff\xd8";
-    }
+    const std::string starts = Expand(Repeated("S", 1000)), pairs = Expand(Repeated("SE", 1000)),
+                      ends = Expand("S" + std::string(1000, '.') + Repeated("E", 1000));
     MoviePictures pictures;
     const DebugLineCapture capture;
+    FindPictures(Bytes(starts), pictures);
+    EXPECT_EQ(pictures.count, 0);
     FindPictures(Bytes(pairs), pictures);
-    EXPECT_EQ(pictures.count, 432);
+    EXPECT_EQ(pictures.count, kMostPictures);
     FindPictures(Bytes(ends), pictures);
     std::size_t sum = 0;
     for (int i = 0; i < pictures.count; ++i) sum += pictures.ranges[static_cast<std::size_t>(i)].size;
-    EXPECT_LE(sum, 4 * ends.size());
-    EXPECT_GT(pictures.count, 1);
-    FindPictures(Bytes(starts), pictures);
-    EXPECT_EQ(pictures.count, 0);
+    EXPECT_TRUE(pictures.count > 1 && sum <= 4 * ends.size()) << sum;
     EXPECT_LT(capture.Text().size(), 10000u);
 }
 
-TEST(MovieScan, EntriesSayTheirFaceExactly) {
+TEST(MovieScan, EntriesTellTheirFaceExactly) {
     const float a = 0.70710677f, b = 0.70710683f;  // not the same
     const struct {
         float w, x, y;
@@ -361,213 +244,58 @@ TEST(MovieScan, OffsetsOfALaterChunkTableCountUnlessTheyBeginBeforeTheEarlierOne
     BuildFaceGrid(1, grid);
     FaceTable table;
     ASSERT_TRUE(ReadFaceTable({}, 1, table));
-    const std::vector<std::uint32_t> ascending = {10, 11, 12, 13, 14, 15}, swapped = {10, 12, 11, 13, 14, 15},
-                                     early = {9, 12, 11, 13, 14, 15}, five = {1, 2, 3, 4, 5};
+    const std::string ascending = test::MakeStco({10, 11, 12, 13, 14, 15}),
+                      swapped = test::MakeStco({10, 12, 11, 13, 14, 15}),
+                      early = test::MakeStco({9, 12, 11, 13, 14, 15}), five = test::MakeStco({1, 2, 3, 4, 5});
     const struct {
         const char* what;
         std::string movie;
-        bool placed;
-        int right, back;  ///< tiles of these faces
+        int right, back;  ///< tiles of these faces; −1: not placed
     } rows[] = {
-        {"none", "moov", false, -1, -1},
-        {"one", test::MakeStco(ascending), true, 1, 2},
-        {"swapped", test::MakeStco(swapped), true, 2, 1},
-        {"later one counts", test::MakeStco(ascending) + test::MakeStco(swapped), true, 2, 1},
-        {"later one begins before", test::MakeStco(ascending) + test::MakeStco(early), true, 1, 2},
-        {"the first one always counts", test::MakeStco({0, 2, 1, 3, 4, 5}), true, 2, 1},
-        {"other counts are passed over", test::MakeStco(five) + test::MakeStco(swapped), true, 2, 1},
-        {"cut off", test::MakeStco(ascending).substr(0, 39), false, -1, -1},
+        {"none", "moov", -1, -1},
+        {"swapped", swapped, 2, 1},
+        {"later one counts", ascending + swapped, 2, 1},
+        {"later one begins before", ascending + early, 1, 2},
+        {"the first one always counts", test::MakeStco({0, 2, 1, 3, 4, 5}), 2, 1},
+        {"other counts are passed over", five + swapped, 2, 1},
+        {"cut off", ascending.substr(0, 39), -1, -1},
     };
     for (const auto& row : rows) {
-        SCOPED_TRACE(row.what);
         const DebugLineCapture quiet;
         TilePlaces places;
-        EXPECT_EQ(PlaceTiles(Bytes(row.movie), grid, table, places), row.placed);
+        EXPECT_EQ(PlaceTiles(Bytes(row.movie), grid, table, places), row.right >= 0) << row.what;
         // Cells: top, front, right, back, left, bottom.
-        EXPECT_EQ(places[2], row.right);
-        EXPECT_EQ(places[3], row.back);
+        EXPECT_TRUE(places[2] == row.right && places[3] == row.back) << row.what;
     }
 }
 
 TEST(FaceGrid, EveryCellHasFourNeighboursThatKnowIt) {
     for (int n = 1; n <= 6; ++n) {
         FaceGrid grid;
-        const DebugLineCapture capture;
         BuildFaceGrid(n, grid);
-        EXPECT_EQ(capture.Text(), L"");
-        ASSERT_EQ(grid.cellCount, 6 * n * n);
-        EXPECT_EQ(TilesPerSide(grid.cellCount), n);
-        for (int c = 0; c < grid.cellCount; ++c) {
-            const FaceCell& cell = grid.cells[static_cast<std::size_t>(c)];
-            for (int k = 0; k < 4; ++k) {
-                const CellEdge across = cell.neighbours[static_cast<std::size_t>(k)];
-                ASSERT_GE(across.cell, 0);
-                const CellEdge back = grid.cells[static_cast<std::size_t>(across.cell)]
-                                          .neighbours[static_cast<std::size_t>(across.edge)];
-                EXPECT_TRUE(back.cell == c && back.edge == k) << n << " " << c << " " << k;
-            }
+        ASSERT_EQ(TilesPerSide(grid.cellCount), n);
+        for (int i = 0; i < 4 * grid.cellCount; ++i) {
+            const auto across = [&](CellEdge e) {
+                return grid.cells[static_cast<std::size_t>(e.cell)]
+                    .neighbours[static_cast<std::size_t>(e.edge)];
+            };
+            const CellEdge own = {i / 4, i % 4}, other = across(own);
+            ASSERT_GE(other.cell, 0);
+            EXPECT_TRUE(across(other).cell == own.cell && across(other).edge == own.edge) << n << " " << i;
         }
     }
-    // Below the top lies the front, whose top edge it touches; right of the back lies the left.
-    FaceGrid grid;
-    BuildFaceGrid(1, grid);
-    EXPECT_EQ(grid.cells[0].neighbours[2].cell, 1);
-    EXPECT_EQ(grid.cells[0].neighbours[2].edge, 0);
-    EXPECT_EQ(grid.cells[3].neighbours[1].cell, 4);
-    EXPECT_EQ(grid.cells[3].neighbours[2].cell, 5);
-    EXPECT_EQ(grid.cells[3].neighbours[2].edge, 2);
     for (const int count : {0, 1, 5, 7, 25, 217, 294}) EXPECT_EQ(TilesPerSide(count), 0) << count;
 }
 
-// --- stitching ---------------------------------------------------------------------------------------------
-
-/// The same placement, by the plain rule: every edge read again pixel by pixel.
-TilePlaces PlainStitching(const FaceGrid& grid, const std::vector<Image>& tiles) {
-    const std::int32_t last = static_cast<std::int32_t>(tiles[0].width) - 1;
-    const auto pixel = [&](const Image& tile, int edge, std::int32_t i) {
-        const std::int32_t xs[] = {i, last, last - i, 0}, ys[] = {0, i, last, last - i};
-        return tile.GetPixel8(xs[edge], ys[edge]);
-    };
-    const auto edgeCost = [&](int tile, int edge, int other, int otherEdge) {
-        float sum = 0;
-        for (std::int32_t i = 0; i <= last; ++i) {
-            const Color8 a = pixel(tiles[static_cast<std::size_t>(tile)], edge, i);
-            const Color8 b = pixel(tiles[static_cast<std::size_t>(other)], otherEdge, last - i);
-            sum += static_cast<float>(std::abs(a.red - b.red) + std::abs(a.green - b.green) +
-                                      std::abs(a.blue - b.blue));
-        }
-        return sum / static_cast<float>(last + 1);
-    };
-    const int count = grid.cellCount;
-    TilePlaces best{};
-    float bestTotal = 100000.0f;
-    for (int start = 0; start < count; ++start) {
-        TilePlaces places;
-        places.fill(-1);
-        places[0] = start;
-        float total = 0;
-        for (int c = 1; c < count; ++c) {
-            float lowest = 1000.0f;
-            int chosen = -1;
-            for (int t = 0; t < count; ++t) {
-                if (std::find(places.begin(), places.begin() + c, t) != places.begin() + c) continue;
-                float sum = 0;
-                int edges = 0;
-                for (int k = 0; k < 4; ++k) {
-                    const CellEdge across =
-                        grid.cells[static_cast<std::size_t>(c)].neighbours[static_cast<std::size_t>(k)];
-                    const int other = places[static_cast<std::size_t>(across.cell)];
-                    if (other < 0) continue;
-                    sum += edgeCost(t, k, other, across.edge);
-                    ++edges;
-                }
-                const float cost = sum / static_cast<float>(edges);
-                if (cost < lowest) lowest = cost, chosen = t;
-            }
-            places[static_cast<std::size_t>(c)] = chosen;
-            total += lowest;
-        }
-        if (total < bestTotal) bestTotal = total, best = places;
-    }
-    return best;
-}
-
-TEST(TileStitching, PlacesAsThePlainRuleDoes) {
-    for (const int n : {1, 2, 3}) {
-        FaceGrid grid;
-        BuildFaceGrid(n, grid);
-        for (const PixelFormat format : {PixelFormat::Rgb8, PixelFormat::Grey8, PixelFormat::Rgba8}) {
-            std::vector<Image> tiles;
-            for (int t = 0; t < grid.cellCount; ++t) {
-                tiles.push_back(test::RandomImage(5, 5, format, static_cast<std::uint32_t>(t)));
-                // Ties: some tiles are alike.
-                if (t % 7 == 3) tiles.back() = tiles.front().CopyRect();
-            }
-            test::RecordingFeedback feedback;
-            TilePlaces places;
-            places.fill(-1);
-            ASSERT_TRUE(StitchTiles(grid, tiles, feedback, places));
-            const TilePlaces expected = PlainStitching(grid, tiles);
-            for (int c = 0; c < grid.cellCount; ++c) {
-                ASSERT_EQ(places[static_cast<std::size_t>(c)], expected[static_cast<std::size_t>(c)])
-                    << "N " << n << ", format " << static_cast<int>(format) << ", cell " << c;
-            }
-        }
-    }
-}
-
-/// A smooth colour for every direction.
-Color8 SkyColour(double x, double y, double z) {
-    const double length = std::sqrt(x * x + y * y + z * z);
-    x /= length, y /= length, z /= length;
-    const auto channel = [](double value) { return static_cast<std::uint8_t>(128 + 110 * std::sin(value)); };
-    return Color8(channel(5.3 * x + 3.1 * y * z + 0.4), channel(4.1 * y - 4.7 * x * z),
-                  channel(6.1 * z + 3.0 * x * y), 255);
-}
-
-Color8 SkyOnFace(int face, double u, double v) {
-    switch (face) {
-        case 0:
-            return SkyColour(u, -v, 1);
-        case 1:
-            return SkyColour(1, -v, -u);
-        case 2:
-            return SkyColour(-u, -v, -1);
-        case 3:
-            return SkyColour(-1, -v, u);
-        case 4:
-            return SkyColour(u, 1, v);
-        default:
-            return SkyColour(u, -1, -v);
-    }
-}
-
-TEST(TileStitching, ASmoothSkyIsPutTogetherFromJpegTilesInAnyOrder) {
-    const test::OwnTemporaryFiles temporary;
-    const test::TemporaryFolder folder;
-    for (const int n : {1, 2, 3}) {
-        const int size = n * kTile, count = 6 * n * n;
-        const auto at = [size](int pixel) { return (2.0 * pixel + 1) / size - 1; };
-        std::string movie = "header ";
-        for (int i = 0; i < count; ++i) {
-            const int s = i * 5 % count;  // 5 has no divisor in common with 6, 24 and 54
-            const int face = s / (n * n), column = s % n, row = s / n % n;
-            Image tile(kTile, kTile, PixelFormat::Rgb8);
-            for (int y = 0; y < kTile; ++y) {
-                for (int x = 0; x < kTile; ++x) {
-                    tile.SetPixel(x, y, SkyOnFace(face, at(column * kTile + x), at(row * kTile + y)));
-                }
-            }
-            movie += test::JpegBytes(std::move(tile));
-        }
-        TestPanorama t;
-        t.feedback.active = true;
-        std::wstring lines;
-        {
-            const DebugLineCapture capture;
-            // Even the smallest movie is stitched when its table is unusable.
-            const std::string table = n == 1 ? test::MakeCufa({}) : "";
-            ASSERT_TRUE(ImportQuickTimeVr(t.panorama, folder.Write(L"sky.mov", table + movie)));
-            lines = capture.Text();
-        }
-        EXPECT_THAT(lines, HasSubstr(L"Could not parse header, switching to stitching mode...\n"));
-        ASSERT_EQ(t.panorama.faceSize, static_cast<std::uint32_t>(size));
-        for (int f = 0; f < 6; ++f) {
-            const Image& picture = t.panorama.faces[static_cast<std::size_t>(f)];
-            for (int tile = 0; tile < n * n; ++tile) {
-                // Every codec blurs a little; another tile is another colour altogether.
-                const int left = tile % n * kTile, top = tile / n * kTile;
-                int sum = 0;
-                for (int y = top; y < top + kTile; ++y) {
-                    for (int x = left; x < left + kTile; ++x) {
-                        sum += Difference(picture.GetPixel8(x, y), SkyOnFace(f, at(x), at(y)));
-                    }
-                }
-                EXPECT_LT(sum / (kTile * kTile), 45) << "N " << n << ", face " << f << ", tile " << tile;
-            }
-        }
-        EXPECT_TRUE(temporary.Empty());
-    }
+TEST(TileStitching, OfEqualTilesTheFirst) {
+    FaceGrid grid;
+    BuildFaceGrid(2, grid);
+    std::vector<Image> tiles;
+    for (int i = 0; i < 24; ++i) tiles.push_back(test::RandomImage(5, 5, PixelFormat::Grey8));
+    SilentFeedback feedback;
+    TilePlaces places;
+    ASSERT_TRUE(StitchTiles(grid, tiles, feedback, places));
+    for (int i = 0; i < 24; ++i) EXPECT_EQ(places[static_cast<std::size_t>(i)], i);
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// A host that remembers what it was told, answers dialogs from a queue, and shows nothing.
+// Listeners that remember what they were told.
 #pragma once
 
 #include <deque>
@@ -9,6 +9,7 @@
 
 namespace skyvault::test {
 
+/// A host that answers dialogs from a queue, and shows nothing.
 class RecordingHost : public Host {
   public:
     struct Dialog {

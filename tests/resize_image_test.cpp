@@ -2,139 +2,121 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
-
 #include "projection/build_faces.h"
+#include "tests/made_files.h"
 #include "tests/test_panorama.h"
 
-namespace skyvault {
+namespace skyvault::test {
 namespace {
 
-Image Grey(std::uint32_t width, std::uint32_t height, const std::vector<int>& values) {
-    Image image(width, height, PixelFormat::Grey8);
-    for (std::size_t i = 0; i < values.size(); ++i) image.pixels[i] = static_cast<std::byte>(values[i]);
-    return image;
+using enum PixelFormat;
+
+Image Averaged(const Image& source, std::uint32_t width, std::uint32_t height) {
+    return ResizeImage(source, width, height, source.format, true, false);
 }
 
-std::vector<int> Values(const Image& image) {
-    std::vector<int> values;
-    for (std::size_t i = 0; i < image.ByteCount(); ++i) values.push_back(static_cast<int>(image.pixels[i]));
-    return values;
+/// A picture of one row in grey, averaged.
+std::vector<int> AveragedGrey(std::uint32_t width, const std::vector<int>& values, std::uint32_t newWidth,
+                              std::uint32_t newHeight) {
+    Image image(width, static_cast<std::uint32_t>(values.size()) / width, Grey8);
+    for (std::size_t i = 0; i < values.size(); ++i) image.pixels[i] = static_cast<std::byte>(values[i]);
+    const Image result = Averaged(image, newWidth, newHeight);
+    std::vector<int> averaged(result.ByteCount());
+    for (std::size_t i = 0; i < averaged.size(); ++i) averaged[i] = static_cast<int>(result.pixels[i]);
+    return averaged;
 }
 
 TEST(ResizeImage, AveragesBoxesAndTruncates) {
-    const Image four = Grey(4, 4, {0, 1, 10, 20, 2, 4, 30, 41, 100, 100, 0, 255, 100, 101, 255, 0});
-    EXPECT_EQ(Values(ResizeImage(four, 2, 2, PixelFormat::Grey8, true, false)),
-              (std::vector<int>{1, 25, 100, 127}));
+    const std::vector<int> four = {0, 1, 10, 20, 2, 4, 30, 41, 100, 100, 0, 255, 100, 101, 255, 0};
+    EXPECT_EQ(AveragedGrey(4, four, 2, 2), (std::vector<int>{1, 25, 100, 127}));
     // To 3 × 3 the boxes start at 0, 1 and 2 and are 2 wide.
-    EXPECT_EQ(Values(ResizeImage(four, 3, 3, PixelFormat::Grey8, true, false))[8], (0 + 255 + 255 + 0) / 4);
+    EXPECT_EQ(AveragedGrey(4, four, 3, 3)[8], (0 + 255 + 255 + 0) / 4);
+    // From 5 to 2 they start at 0 and 2 and are 3 wide.
+    EXPECT_EQ(AveragedGrey(5, {3, 6, 9, 30, 60}, 2, 1), (std::vector<int>{6, 33}));
     // Growing uses boxes of 2 as well, cut off at the far edge.
-    EXPECT_EQ(Values(ResizeImage(Grey(2, 1, {10, 20}), 4, 2, PixelFormat::Grey8, true, false)),
-              (std::vector<int>{15, 15, 20, 20, 15, 15, 20, 20}));
+    EXPECT_EQ(AveragedGrey(2, {10, 20}, 4, 2), (std::vector<int>{15, 15, 20, 20, 15, 15, 20, 20}));
     // One pixel: every row and column of the box is the first.
-    EXPECT_EQ(Values(ResizeImage(four, 1, 1, PixelFormat::Grey8, true, false)), (std::vector<int>{0}));
+    EXPECT_EQ(AveragedGrey(4, four, 1, 1), (std::vector<int>{0}));
+    EXPECT_EQ(AveragedGrey(4, four, 1, 2), (std::vector<int>{(0 + 2 + 100 + 100) / 4, 100}));
 }
 
 TEST(ResizeImage, TheFastHalvingIsTheAverageOfWhatIsVisible) {
-    for (const PixelFormat format : {PixelFormat::Grey8, PixelFormat::Rgb8, PixelFormat::Grey16,
-                                     PixelFormat::Rgb16, PixelFormat::Rgba8, PixelFormat::Rgba16}) {
-        Image source = test::RandomImage(38, 22, format);
+    for (const PixelFormat format : {Grey8, Rgb8, Grey16, Rgb16, Rgba8, Rgba16}) {
+        Image source = RandomImage(38, 22, format);
         if (HasAlpha(format)) {
             for (int x = 0; x < 38; x += 3) source.SetPixel(x, x * 5 % 22, Color8(255, 255, 255, 0));
         }
-        const Image halved = ResizeImage(source, 19, 11, format, true, false);
-        ASSERT_TRUE(halved.IsValid());
-        const bool wide = ChannelType(format) == ChannelKind::Int16;
-        const auto channels = [wide](const Image& image, int x, int y) {
-            const Color8 c = image.GetPixel8(x, y);
-            const Color16 w = image.GetPixel16(x, y);
-            return wide ? std::array<int, 4>{w.red, w.green, w.blue, w.alpha}
-                        : std::array<int, 4>{c.red, c.green, c.blue, c.alpha};
+        const Image halved = Averaged(source, 19, 11);
+        const std::size_t bytes = ChannelType(format) == ChannelKind::Int8 ? 1 : 2;
+        const auto channel = [bytes](const Image& image, int x, int y, std::size_t c) {
+            const std::byte* const p = image.PixelAddress(x, y) + c * bytes;
+            return bytes == 1 ? std::to_integer<int>(p[0])
+                              : std::to_integer<int>(p[0]) | std::to_integer<int>(p[1]) << 8;
         };
-        for (int y = 0; y < 11; ++y) {
-            for (int x = 0; x < 19; ++x) {
-                std::array<int, 4> sums{};
-                int visible = 0;
+        for (int at = 0; at < 19 * 11; ++at) {
+            const int x = at % 19, y = at / 19;
+            for (std::size_t c = 0; c < BytesPerPixel(format) / bytes; ++c) {
+                int sum = 0, count = 0;
                 for (int i = 0; i < 4; ++i) {
-                    const std::array<int, 4> pixel = channels(source, 2 * x + (i & 1), 2 * y + i / 2);
-                    sums[3] += pixel[3];
-                    if (pixel[3] == 0) continue;
-                    ++visible;
-                    for (std::size_t c = 0; c < 3; ++c) sums[c] += pixel[c];
+                    const int column = 2 * x + i % 2, row = 2 * y + i / 2;
+                    if (c < 3 && HasAlpha(format) && channel(source, column, row, 3) == 0) continue;
+                    sum += channel(source, column, row, c);
+                    ++count;
                 }
-                ASSERT_GT(visible, 0);
-                for (std::size_t c = 0; c < 4; ++c) {
-                    ASSERT_EQ(channels(halved, x, y)[c], sums[c] / (c < 3 ? visible : 4))
-                        << FormatName(format) << ", " << x << ", " << y;
-                }
+                ASSERT_EQ(channel(halved, x, y, c), sum / count)
+                    << FormatName(format) << " " << x << ", " << y;
             }
         }
     }
 }
 
 TEST(ResizeImage, ConstantPicturesStayConstantInEveryFormat) {
-    for (const PixelFormat from : test::AllFormats()) {
-        Image source(37, 23, from);
-        source.Fill(PixelValue(Color8(200, 100, 50, 255)));
+    for (const PixelFormat format : AllFormats()) {
+        const Color8 colour(200, 100, 50, 255);
         for (const auto& [w, h] : {std::pair{18u, 11u}, {5u, 23u}, {37u, 1u}, {80u, 50u}, {37u, 23u}}) {
-            const Image result = ResizeImage(source, w, h, from, true, false);
-            ASSERT_EQ(result.width, w);
-            for (std::uint32_t y = 0; y < h; ++y) {
-                for (std::uint32_t x = 0; x < w; ++x) {
-                    ASSERT_EQ(result.GetPixel8(static_cast<int>(x), static_cast<int>(y)),
-                              source.GetPixel8(0, 0))
-                        << FormatName(from) << " to " << w << " x " << h;
-                }
-            }
+            EXPECT_TRUE(
+                SameBytes(Averaged(Filled(37, 23, format, colour), w, h), Filled(w, h, format, colour)))
+                << FormatName(format) << w << "," << h;
         }
     }
 }
 
 TEST(ResizeImage, TransparentPixelsDarkenNothing) {
-    Image source(2, 2, PixelFormat::Rgba8);
-    source.Fill(PixelValue(Color8(0, 0, 0, 0)));
+    Image source = Filled(2, 2, Rgba8, Color8(0, 0, 0, 0)), wide = Filled(4, 4, Rgba8, Color8(9, 9, 9, 0));
     source.SetPixel(0, 0, Color8(200, 100, 50, 200));
-    EXPECT_EQ(ResizeImage(source, 1, 1, PixelFormat::Rgba8, true, false).GetPixel8(0, 0).red, 200);
-    Image wide(4, 4, PixelFormat::Rgba8);
-    wide.Fill(PixelValue(Color8(9, 9, 9, 0)));
+    EXPECT_EQ(Averaged(source, 1, 1).GetPixel8(0, 0).red, 200);
     wide.SetPixel(0, 0, Color8(200, 100, 50, 200));
     wide.SetPixel(1, 1, Color8(100, 0, 50, 100));
-    const Image result = ResizeImage(wide, 2, 2, PixelFormat::Rgba8, true, false);
+    const Image result = Averaged(wide, 2, 2);
     EXPECT_EQ(result.GetPixel8(0, 0), Color8(150, 50, 50, 75));
     EXPECT_EQ(result.GetPixel8(1, 1), Color8(0, 0, 0, 0)) << "nothing visible";
 }
 
-TEST(ResizeImage, WithoutAverageCropsAndPads) {
-    const Image source = test::RandomImage(4, 3, PixelFormat::Rgba8);
-    const Image result = ResizeImage(source, 6, 2, PixelFormat::Rgba8, false, false);
+TEST(ResizeImage, WithoutAverageCropsAndPadsAndKeepsTheAspectRatioWhenAsked) {
+    const Image source = RandomImage(4, 3, Rgba8), wide = RandomImage(40, 20, Rgb8);
+    const Image result = ResizeImage(source, 6, 2, Rgba8, false, false);
     EXPECT_EQ(result.GetPixel8(3, 1), source.GetPixel8(3, 1));
     EXPECT_EQ(result.GetPixel8(4, 0), Color8(0, 0, 0, 0));
-    EXPECT_FALSE(ResizeImage(Image(), 2, 2, PixelFormat::Rgb8, true, false).IsValid());
-    EXPECT_FALSE(ResizeImage(source, 0, 2, PixelFormat::Rgb8, true, false).IsValid());
-}
-
-TEST(ResizeImage, KeepsTheAspectRatioWhenAsked) {
-    const Image source = test::RandomImage(40, 20, PixelFormat::Rgb8);
-    const Image result = ResizeImage(source, 10, 10, PixelFormat::Rgb8, true, true);
-    EXPECT_EQ(result.width, 10u);
-    EXPECT_EQ(result.height, 5u);
+    EXPECT_FALSE(Averaged(Image(), 2, 2).IsValid());
+    EXPECT_FALSE(Averaged(source, 0, 2).IsValid());
+    const Image kept = ResizeImage(wide, 10, 10, Rgb8, true, true);
+    EXPECT_TRUE(kept.width == 10 && kept.height == 5);
 }
 
 TEST(AntialiasFaces, ScalesTheFacesAndTheirSize) {
-    test::TestPanorama t;
-    t.SetFaces(8, PixelFormat::Rgb8);
+    TestPanorama t;
+    t.SetFaces(8, Rgb8);
     t.feedback.active = true;
     t.panorama.faces[3].Clear();
-    AntialiasFaces(t.panorama, 0.5f);
+    for (const float factor : {0.5f, 0.0f, -1.0f, std::numeric_limits<float>::quiet_NaN()})
+        EXPECT_EQ(AntialiasFaces(t.panorama, factor, t.feedback).IsDone(), !(factor > 0.0f))
+            << "a face is missing";
     EXPECT_EQ(t.panorama.faceSize, 4u);
     EXPECT_EQ(t.panorama.faces[5].width, 4u);
     EXPECT_FALSE(t.panorama.faces[3].IsValid());
     EXPECT_EQ(t.feedback.fractions.front(), 1.0f / 6.0f);
     EXPECT_EQ(t.feedback.progressTexts.back(), L"Antialiasing cube faces...");
-    for (const float factor : {0.0f, -1.0f, std::numeric_limits<float>::quiet_NaN()})
-        AntialiasFaces(t.panorama, factor);
-    EXPECT_EQ(t.panorama.faceSize, 4u);
 }
 
 }  // namespace
-}  // namespace skyvault
+}  // namespace skyvault::test

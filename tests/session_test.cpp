@@ -6,6 +6,7 @@
 
 #include "platform/files.h"
 #include "platform/utf8.h"
+#include "resources/resource_ids.h"
 #include "session/commands.h"
 #include "session/layouts.h"
 #include "tests/recording_host.h"
@@ -29,6 +30,8 @@ std::string TgaFile(int width, int height) {
     return bytes;
 }
 
+using Commands = std::vector<std::uint16_t>;
+
 /// A session with its host and a folder of its own.
 class SessionTest : public testing::Test {
   protected:
@@ -37,7 +40,7 @@ class SessionTest : public testing::Test {
     /// Imports a 64 × 32 picture through the menu and forgets what the host recorded of it.
     void ImportPicture() {
         host.answers.push_back(folder.Write(L"sky.tga", TgaFile(64, 32)));
-        RunCommand(session, 32868);
+        RunCommand(session, IDM_IMPORT_EQUIRECTANGULAR);
         ASSERT_NE(session.panorama, nullptr);
         ASSERT_TRUE(session.panorama->equirectSource.IsValid());
         Forget();
@@ -67,13 +70,14 @@ class SessionTest : public testing::Test {
     Session session{settings, host};
 };
 
-TEST(Layouts, EveryRowIsFoundByItsOwnIdsOnly) {
-    std::set<std::uint16_t> ids;
+TEST(Layouts, EveryRowIsFoundByItsOwnIdsAndCanDoWhatItsKindSays) {
+    std::set<int> ids;
     std::set<std::string> names;
     for (const LayoutRow& row : Layouts()) {
         SCOPED_TRACE(row.consoleName);
-        for (const std::uint16_t id : {row.importCommand, row.exportCommand, row.viewCommand}) {
-            EXPECT_TRUE(id == 0 || ids.insert(id).second) << id << " stands for two commands";
+        for (const int id :
+             {int{row.importCommand}, int{row.exportCommand}, int{row.viewCommand}, row.functionKey}) {
+            EXPECT_TRUE(id == 0 || ids.insert(id).second) << id << " stands for two things";
         }
         EXPECT_TRUE(names.insert(row.consoleName).second);
         EXPECT_EQ(FindLayout(row.format), &row);
@@ -81,21 +85,16 @@ TEST(Layouts, EveryRowIsFoundByItsOwnIdsOnly) {
         EXPECT_EQ(LayoutOfImportCommand(row.importCommand), row.importCommand ? &row : nullptr);
         EXPECT_EQ(LayoutOfExportCommand(row.exportCommand), row.exportCommand ? &row : nullptr);
         EXPECT_EQ(LayoutOfViewCommand(row.viewCommand), row.viewCommand ? &row : nullptr);
+        EXPECT_EQ(LayoutOfFunctionKey(row.functionKey), row.functionKey ? &row : nullptr);
+        const bool reads = row.kind == LayoutKind::Panorama || row.kind == LayoutKind::Generator;
+        EXPECT_EQ(row.import != nullptr, reads);
+        EXPECT_EQ(row.importCommand != 0, reads);
+        EXPECT_EQ(row.exportCommand != 0, row.kind != LayoutKind::Generator);
+        EXPECT_EQ(row.exportCommand != 0, row.render != nullptr || row.write != nullptr);
+        EXPECT_TRUE(row.viewCommand == 0 || row.render != nullptr);
     }
-    // What each code can do: import, export, be a view.
-    for (int code = -1; code < 1100; ++code) {
-        const LayoutRow* row = FindLayout(static_cast<PanoramaFormat>(code));
-        const bool generator = (code >= 100 && code <= 104) || (code >= 1000 && code <= 1005);
-        const bool layout = code >= 0 && code <= 14;
-        ASSERT_EQ(row != nullptr, generator || layout) << code;
-        if (row == nullptr) continue;
-        EXPECT_EQ(row->importCommand != 0, generator || code <= 12) << code;
-        EXPECT_EQ(row->importFrom != nullptr, generator || code <= 12) << code;
-        EXPECT_EQ(row->exportCommand != 0, layout) << code;
-        EXPECT_EQ(row->exportTo != nullptr, layout) << code;
-        EXPECT_EQ(row->viewCommand != 0, layout && code != 1 && code != 2 && code != 14) << code;
-    }
-    EXPECT_EQ(LayoutOfConsoleName("Equirectangular"), nullptr);
+    // Batches find their layouts by counting.
+    for (std::size_t i = 0; i < 13; ++i) EXPECT_EQ(static_cast<std::size_t>(Layouts()[i].format), i);
 }
 
 TEST(Layouts, PrefixesGoBeforeTheFileNameOnce) {
@@ -125,7 +124,7 @@ TEST_F(SessionTest, ImportReplacesThePanoramaAndShowsIt) {
     settings.importPath = L"C:\\Start";
     const std::wstring path = folder.Write(L"sky.tga", TgaFile(64, 32));
     host.answers = {path};
-    EXPECT_TRUE(RunCommand(session, 32868));
+    EXPECT_TRUE(RunCommand(session, IDM_IMPORT_EQUIRECTANGULAR));
     ASSERT_EQ(host.dialogs.size(), 1u);
     EXPECT_EQ(host.dialogs[0].kind, FileDialogKind::OpenPicture);
     EXPECT_EQ(host.dialogs[0].startPath, L"C:\\Start");
@@ -138,8 +137,8 @@ TEST_F(SessionTest, ImportReplacesThePanoramaAndShowsIt) {
 
     session.panorama->modifications.flipHorizontal = true;
     host.answers = {path};
-    RunCommand(session, 32868);
-    EXPECT_FALSE(Checked(kCommandFlipHorizontal)) << "a new panorama starts unmodified";
+    RunCommand(session, IDM_IMPORT_EQUIRECTANGULAR);
+    EXPECT_FALSE(Checked(IDM_FLIP_HORIZONTAL)) << "a new panorama starts unmodified";
     EXPECT_EQ(host.titles.size(), 1u) << "the same title is not set again";
 }
 
@@ -158,15 +157,22 @@ TEST_F(SessionTest, ACancelledImportChangesNothing) {
 
 TEST_F(SessionTest, AFailedImportLeavesAnEmptyPanorama) {
     ImportPicture();
-    host.answers = {folder.Path(L"missing.tga")};
     settings.importPath = L"kept";
-    RunCommand(session, 32868);
-    EXPECT_EQ(host.errors.size(), 1u);
+    const std::wstring missing = folder.Path(L"missing.tga");
+    host.answers = {missing};
+    RunCommand(session, IDM_IMPORT_EQUIRECTANGULAR);
+    EXPECT_EQ(host.errors, std::vector<std::wstring>{L"Could not open \"" + missing + L"\""});
     EXPECT_EQ(settings.importPath, L"kept") << "the folder of a file that is not there";
     ASSERT_NE(session.panorama, nullptr);
     EXPECT_TRUE(session.panorama->IsEmpty());
     EXPECT_EQ(host.titles.back(), L"Skyvault - missing.tga");
     EXPECT_FALSE(host.progressOpen);
+    Forget();
+    settings.resolution0 = 0;
+    host.answers = {missing};
+    RunCommand(session, IDM_GENERATE_BLOBS);
+    EXPECT_TRUE(host.errors.empty()) << "a generator does without its picture";
+    EXPECT_FALSE(session.panorama->IsEmpty());
 }
 
 TEST_F(SessionTest, SingleFilesAskFaceByFace) {
@@ -180,7 +186,7 @@ TEST_F(SessionTest, SingleFilesAskFaceByFace) {
         settings.importPath = L"C:\\Start";
         for (std::size_t i = 0; i < picked; ++i)
             host.answers.push_back(L"C:\\f" + std::to_wstring(i) + L"\\x.png");
-        ImportCommand(session, PanoramaFormat::SingleFiles);
+        RunCommand(session, IDM_IMPORT_SINGLE_FILES);
         ASSERT_EQ(host.dialogs.size(), std::min<std::size_t>(picked + 1, 6));
         for (std::size_t i = 0; i < host.dialogs.size(); ++i) {
             EXPECT_EQ(host.dialogs[i].title, titles[i]);
@@ -198,8 +204,8 @@ TEST_F(SessionTest, ExportWritesAndBecomesTheView) {
         PanoramaFormat format;
         std::uint32_t width, height;
     } cases[] = {
-        {32869, PanoramaFormat::Equirectangular, 64, 32},
-        {32899, PanoramaFormat::Preview, 1280, 720},
+        {IDM_EXPORT_EQUIRECTANGULAR, PanoramaFormat::Equirectangular, 64, 32},
+        {IDM_EXPORT_PREVIEW, PanoramaFormat::Preview, 1280, 720},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.command);
@@ -233,7 +239,7 @@ TEST_F(SessionTest, ADdsCubeMapGetsItsPrefixAndIsNoView) {
     settings.view = static_cast<std::int32_t>(PanoramaFormat::Heart);
     settings.resolution0 = 0;
     host.answers = {folder.Path(L"out.dds")};
-    RunCommand(session, 32786);
+    RunCommand(session, IDM_EXPORT_DDS);
     EXPECT_TRUE(FileExists(folder.Path(L"Cubemap_out.dds")));
     EXPECT_FALSE(FileExists(folder.Path(L"out.dds")));
     ASSERT_EQ(host.information.size(), 2u);
@@ -244,7 +250,7 @@ TEST_F(SessionTest, ADdsCubeMapGetsItsPrefixAndIsNoView) {
 
     Forget();
     host.answers = {folder.Path(L"Cubemap_out.dds")};
-    RunCommand(session, 32868);
+    RunCommand(session, IDM_IMPORT_EQUIRECTANGULAR);
     EXPECT_EQ(host.information,
               std::vector<std::wstring>{L"\"Cubemap_out.dds\" is a cubemap.\n\nNow switching to cubemap."});
     EXPECT_EQ(host.titles.back(), L"Skyvault - Cubemap_out.dds Cubemap (16 x 16 x 6) LDR 32 bpp RGBA int");
@@ -255,7 +261,7 @@ TEST_F(SessionTest, ExportUsesThePreviewCamera) {
     settings.view = static_cast<std::int32_t>(PanoramaFormat::Preview);
     const auto exported = [&] {
         host.answers = {folder.Path(L"out.bmp")};
-        RunCommand(session, 32899);
+        RunCommand(session, IDM_EXPORT_PREVIEW);
         return host.shown.back().GetPixel8(640, 360);
     };
     const Color8 ahead = exported();
@@ -263,14 +269,30 @@ TEST_F(SessionTest, ExportUsesThePreviewCamera) {
     EXPECT_FALSE(exported() == ahead);
 }
 
-TEST_F(SessionTest, AFailedExportShowsNoSuccess) {
+TEST_F(SessionTest, AFailedExportSaysSoOnceAndShowsNoSuccess) {
     ImportPicture();
-    host.answers = {folder.Path(L"missing") + L"/out.png"};
-    RunCommand(session, 32869);
-    EXPECT_TRUE(std::none_of(host.information.begin(), host.information.end(), [](const std::wstring& text) {
-        return text.find(L"successfully") != std::wstring::npos;
-    }));
-    EXPECT_FALSE(host.progressOpen);
+    const std::wstring path = folder.Path(L"missing") + L"/out.png";
+    for (const std::uint16_t command : Commands{IDM_EXPORT_PREVIEW, IDM_EXPORT_DDS, IDM_EXPORT_HTML}) {
+        Forget();
+        host.answers = {path};
+        RunCommand(session, command);
+        ASSERT_EQ(host.errors.size(), 1u);
+        EXPECT_TRUE(host.errors[0].starts_with(L"Could not write \"")) << ToUtf8(host.errors[0]);
+        EXPECT_TRUE(std::none_of(
+            host.information.begin(), host.information.end(),
+            [](const std::wstring& text) { return text.find(L"successfully") != std::wstring::npos; }));
+        EXPECT_FALSE(host.progressOpen);
+    }
+}
+
+TEST_F(SessionTest, SingleFilesShowTheirFacesAfterTheExport) {
+    ImportPicture();
+    settings.resolution0 = 0;
+    host.answers = {folder.Path(L"room.bmp")};
+    RunCommand(session, IDM_EXPORT_SINGLE_FILES);
+    EXPECT_TRUE(FileExists(folder.Path(L"room_bottom.bmp")));
+    ASSERT_EQ(host.shown.size(), 1u);
+    EXPECT_EQ(host.shown[0].width, 320u) << "the view, and not the last of the faces";
 }
 
 TEST_F(SessionTest, ExportAsksForItsKindOfFile) {
@@ -281,6 +303,7 @@ TEST_F(SessionTest, ExportAsksForItsKindOfFile) {
         Forget();
         RunCommand(session, row.exportCommand);
         EXPECT_EQ(host.calls, Calls{"ask"}) << "cancelled: " << row.consoleName;
+        EXPECT_EQ(host.dialogs.at(0).title, L"Export Panorama");
         const bool isDds = row.format == PanoramaFormat::DirectXDds;
         const bool isMovie = row.format == PanoramaFormat::QuickTimeVr;
         EXPECT_EQ(host.dialogs.at(0).kind, isDds     ? FileDialogKind::SaveDds
@@ -290,7 +313,7 @@ TEST_F(SessionTest, ExportAsksForItsKindOfFile) {
     EXPECT_EQ(settings.view, 10);
     session.panorama.reset();
     Forget();
-    RunCommand(session, 32869);
+    RunCommand(session, IDM_EXPORT_EQUIRECTANGULAR);
     EXPECT_TRUE(host.calls.empty()) << "there is nothing to export";
 }
 
@@ -313,50 +336,50 @@ TEST_F(SessionTest, StepsFollowTheModifierKeys) {
         host.modifierKeys = StepSizeOfKeys(c.control, c.shift);
         const double radians = c.degrees * 3.14159265358979 / 180;
 
-        RunCommand(session, kCommandHeadingRight);
+        RunCommand(session, IDM_HEADING_RIGHT);
         EXPECT_NEAR(modifications.orientation.m[0][0], std::cos(radians), 1e-6);
         EXPECT_NEAR(modifications.orientation.m[2][0], std::sin(radians), 1e-6) << "the front looks right";
-        RunCommand(session, kCommandHeadingLeft);
-        RunCommand(session, kCommandPitchDown);
+        RunCommand(session, IDM_HEADING_LEFT);
+        RunCommand(session, IDM_PITCH_DOWN);
         EXPECT_NEAR(modifications.orientation.m[2][1], -std::sin(radians), 1e-6) << "the front looks down";
-        RunCommand(session, kCommandPitchUp);
-        RunCommand(session, kCommandRollClockwise);
+        RunCommand(session, IDM_PITCH_UP);
+        RunCommand(session, IDM_ROLL_CLOCKWISE);
         EXPECT_NEAR(modifications.orientation.m[0][1], std::sin(radians), 1e-6);
-        RunCommand(session, kCommandRollCounterclockwise);
+        RunCommand(session, IDM_ROLL_COUNTERCLOCKWISE);
         EXPECT_NEAR(modifications.orientation.m[0][0], 1, 1e-6);
 
         // The preview camera turns ten times as fast, and in place of the panorama.
         const Matrix4 before = modifications.orientation;
         settings.view = static_cast<std::int32_t>(PanoramaFormat::Preview);
-        RunCommand(session, kCommandHeadingRight);
-        RunCommand(session, kCommandPitchUp);
-        RunCommand(session, kCommandRollClockwise);
+        RunCommand(session, IDM_HEADING_RIGHT);
+        RunCommand(session, IDM_PITCH_UP);
+        RunCommand(session, IDM_ROLL_CLOCKWISE);
         EXPECT_NEAR(session.previewCamera.heading, 10 * radians, 1e-5);
         EXPECT_NEAR(session.previewCamera.pitch, -10 * radians, 1e-5);
         EXPECT_NEAR(session.previewCamera.roll, 10 * radians, 1e-5);
         EXPECT_EQ(modifications.orientation.m[0][0], before.m[0][0]);
 
-        RunCommand(session, kCommandHorizonUp);
+        RunCommand(session, IDM_HORIZON_UP);
         EXPECT_NEAR(modifications.horizonPower, 1 + c.horizon, 1e-6);
-        RunCommand(session, kCommandHorizonDown);
-        RunCommand(session, kCommandHorizonDown);
+        RunCommand(session, IDM_HORIZON_DOWN);
+        RunCommand(session, IDM_HORIZON_DOWN);
         EXPECT_NEAR(modifications.horizonPower, 1 - c.horizon, 1e-6);
 
-        RunCommand(session, kCommandBiggerLogo);
+        RunCommand(session, IDM_BIGGER_LOGO);
         EXPECT_NEAR(modifications.logoSize, c.logo, 1e-6);
-        RunCommand(session, kCommandSmallerLogo);
-        RunCommand(session, kCommandSmallerLogo);
+        RunCommand(session, IDM_SMALLER_LOGO);
+        RunCommand(session, IDM_SMALLER_LOGO);
         EXPECT_EQ(modifications.logoSize, 0.0f);
         modifications.logoSize = 0.9999f;
-        RunCommand(session, kCommandBiggerLogo);
+        RunCommand(session, IDM_BIGGER_LOGO);
         EXPECT_EQ(modifications.logoSize, 1.0f);
         EXPECT_EQ(host.shown.size(), 16u) << "every step shows the view anew";
     }
 }
 
 TEST_F(SessionTest, MirrorsToggleAndReset) {
-    const std::uint16_t commands[] = {kCommandFlipHorizontal, kCommandMirrorTopToBottom,
-                                      kCommandMirrorFrontToBack};
+    const std::uint16_t commands[] = {IDM_FLIP_HORIZONTAL, IDM_MIRROR_TOP_TO_BOTTOM,
+                                      IDM_MIRROR_FRONT_TO_BACK};
     ImportPicture();
     for (const std::uint16_t command : commands) {
         SCOPED_TRACE(command);
@@ -368,11 +391,11 @@ TEST_F(SessionTest, MirrorsToggleAndReset) {
         EXPECT_FALSE(Checked(command));
     }
     for (const std::uint16_t command : commands) RunCommand(session, command);
-    for (const std::uint16_t command : {kCommandHeadingLeft, kCommandHorizonUp, kCommandBiggerLogo}) {
+    for (const std::uint16_t command : Commands{IDM_HEADING_LEFT, IDM_HORIZON_UP, IDM_BIGGER_LOGO}) {
         RunCommand(session, command);
     }
     Forget();
-    RunCommand(session, kCommandResetAll);
+    RunCommand(session, IDM_RESET_ALL);
     EXPECT_EQ(host.calls, (Calls{"checks", "show"}));
     for (const std::uint16_t command : commands) EXPECT_FALSE(Checked(command));
     const Modifications& modifications = session.panorama->modifications;
@@ -383,8 +406,8 @@ TEST_F(SessionTest, MirrorsToggleAndReset) {
 
 TEST_F(SessionTest, WithoutAPanoramaOnlySettingsChange) {
     for (const std::uint16_t command :
-         {kCommandHeadingLeft, kCommandPitchUp, kCommandRollClockwise, kCommandHorizonUp, kCommandBiggerLogo,
-          kCommandFlipHorizontal, kCommandMirrorTopToBottom, kCommandMirrorFrontToBack, kCommandResetAll}) {
+         Commands{IDM_HEADING_LEFT, IDM_PITCH_UP, IDM_ROLL_CLOCKWISE, IDM_HORIZON_UP, IDM_BIGGER_LOGO,
+                  IDM_FLIP_HORIZONTAL, IDM_MIRROR_TOP_TO_BOTTOM, IDM_MIRROR_FRONT_TO_BACK, IDM_RESET_ALL}) {
         EXPECT_TRUE(RunCommand(session, command));
         EXPECT_TRUE(host.calls.empty()) << command;
     }
@@ -394,9 +417,9 @@ TEST_F(SessionTest, WithoutAPanoramaOnlySettingsChange) {
     ApplyOptions(session);
     EXPECT_TRUE(host.calls.empty());
 
-    RunCommand(session, kCommandBiggerFov);
+    RunCommand(session, IDM_BIGGER_FOV);
     EXPECT_FLOAT_EQ(settings.previewFov, 0.19f);
-    RunCommand(session, kCommandSmallerFov);
+    RunCommand(session, IDM_SMALLER_FOV);
     EXPECT_FLOAT_EQ(settings.previewFov, 0.1995f);
     EXPECT_TRUE(host.calls.empty());
 
@@ -407,21 +430,11 @@ TEST_F(SessionTest, WithoutAPanoramaOnlySettingsChange) {
         EXPECT_EQ(settings.view, static_cast<std::int32_t>(row.format));
         EXPECT_EQ(host.calls, Calls{"checks"}) << row.consoleName;
     }
-    RunCommand(session, kCommandCrosshair);
-    RunCommand(session, kCommandMagnifyingGlass);
-    EXPECT_TRUE(settings.crosshair && Checked(kCommandCrosshair));
-    EXPECT_TRUE(settings.magnifyingGlass && Checked(kCommandMagnifyingGlass));
+    RunCommand(session, IDM_CROSSHAIR);
+    EXPECT_TRUE(settings.crosshair && Checked(IDM_CROSSHAIR) && !Checked(IDM_MAGNIFYING_GLASS));
+    RunCommand(session, IDM_MAGNIFYING_GLASS);
+    EXPECT_TRUE(settings.magnifyingGlass && Checked(IDM_MAGNIFYING_GLASS));
     EXPECT_EQ(WindowTitle(session), L"Skyvault");
-}
-
-TEST_F(SessionTest, ExactlyOneViewIsChecked) {
-    for (const LayoutRow& row : Layouts()) {
-        settings.view = static_cast<std::int32_t>(row.format);
-        for (const LayoutRow& other : Layouts()) {
-            if (other.viewCommand == 0) continue;
-            EXPECT_EQ(Checked(other.viewCommand), &row == &other) << other.consoleName;
-        }
-    }
 }
 
 TEST_F(SessionTest, AViewThatIsNoneShowsNothing) {
@@ -443,14 +456,16 @@ TEST_F(SessionTest, AViewThatIsNoneShowsNothing) {
 
 TEST_F(SessionTest, ViewsShowWhatTheyAre) {
     ImportPicture();
-    RunCommand(session, 32859);
+    RunCommand(session, IDM_VIEW_PREVIEW);
     EXPECT_EQ(host.calls, (Calls{"checks", "show"}));
     EXPECT_EQ(host.shown.back().width, 320u);
     EXPECT_EQ(host.shown.back().height, 180u);
+    EXPECT_TRUE(Checked(IDM_VIEW_PREVIEW));
+    EXPECT_FALSE(Checked(IDM_VIEW_EQUIRECTANGULAR));
     Forget();
-    RunCommand(session, kCommandBiggerFov);
-    RunCommand(session, kCommandCrosshair);
-    RunCommand(session, kCommandMagnifyingGlass);
+    RunCommand(session, IDM_BIGGER_FOV);
+    RunCommand(session, IDM_CROSSHAIR);
+    RunCommand(session, IDM_MAGNIFYING_GLASS);
     EXPECT_EQ(host.calls, (Calls{"show", "checks", "show", "checks", "show"}));
     session.panorama->logoPicture = Image(2, 2, PixelFormat::Rgb8);
     ApplyOptions(session);
@@ -459,7 +474,7 @@ TEST_F(SessionTest, ViewsShowWhatTheyAre) {
 }
 
 TEST_F(SessionTest, TitlesNameWhatIsLoaded) {
-    session.panorama = std::make_unique<Panorama>(host, settings, &host);
+    session.panorama = std::make_unique<Panorama>();
     session.panorama->path = L"C:\\a\\cube.dds";
     EXPECT_EQ(WindowTitle(session), L"Skyvault - cube.dds");
     session.panorama->faceSize = 8;
@@ -471,8 +486,8 @@ TEST_F(SessionTest, TitlesNameWhatIsLoaded) {
 
 TEST_F(SessionTest, TheWindowsOwnCommandsAreLeftToIt) {
     ImportPicture();
-    for (const std::uint16_t command : {kCommandAbout, kCommandExit, kCommandUserGuide, kCommandBatch,
-                                        kCommandCommunity, kCommandOptions}) {
+    for (const std::uint16_t command :
+         Commands{IDM_ABOUT, IDM_EXIT, IDM_USER_GUIDE, IDM_BATCH, IDM_COMMUNITY, IDM_OPTIONS}) {
         EXPECT_FALSE(RunCommand(session, command)) << command;
     }
     EXPECT_FALSE(RunCommand(session, 0));

@@ -2,8 +2,6 @@
 
 #include <cstdio>
 
-#include "tests/test_main.h"
-
 namespace skyvault::test {
 
 namespace {
@@ -17,6 +15,7 @@ LONG WINAPI PrintAndEnd(EXCEPTION_POINTERS* exception) {
 
 }  // namespace
 
+/// A crash prints what it was and ends the process with a failure, instead of a box nobody answers.
 void ReportCrashes() {
     SetUnhandledExceptionFilter(PrintAndEnd);
 }

@@ -6,20 +6,20 @@
 #include <string>
 #include <vector>
 
-#include "image/pixel_convert.h"
-#include "image/random.h"
-#include "projection/panorama.h"
+#include "generators/random.h"
+#include "image/pixel_rows.h"
+#include "projection/layout_requests.h"
+#include "projection/sample_panorama.h"
 
 namespace skyvault::test {
 
 /// Remembers what an operation said.
 struct RecordingFeedback : Feedback {
-    std::vector<std::wstring> information, errors, progressTexts;
+    std::vector<std::wstring> information, progressTexts;
     std::vector<float> fractions;
     bool active = false;
 
     void Information(const std::wstring& text) override { information.push_back(text); }
-    void Error(const std::wstring& text) override { errors.push_back(text); }
     void BeginProgress() override { active = true; }
     void SetProgress(float fraction, std::wstring_view text) override {
         fractions.push_back(fraction);
@@ -28,20 +28,6 @@ struct RecordingFeedback : Feedback {
     void ResetProgress() override {}
     void EndProgress() override { active = false; }
     bool ProgressActive() const override { return active; }
-};
-
-/// A window of any size that keeps a copy of what it was shown.
-struct RecordingTarget : ViewTarget {
-    ClientSize size{1000, 700};
-    Image shown;
-    int showCount = 0;
-
-    ClientSize Size() const override { return size; }
-    bool Show(const Image& picture) override {
-        shown = picture.CopyRect();
-        ++showCount;
-        return true;
-    }
 };
 
 inline const std::vector<PixelFormat>& AllFormats() {
@@ -76,12 +62,11 @@ inline Image RandomImage(std::uint32_t width, std::uint32_t height, PixelFormat 
     return image;
 }
 
-/// A panorama with settings and feedback of its own.
+/// A panorama with settings and feedback of its own, and the requests that go with them.
 struct TestPanorama {
     RecordingFeedback feedback;
-    RecordingTarget target;
     AppState settings;
-    Panorama panorama{feedback, settings, &target};
+    Panorama panorama;
 
     void SetEquirectangular(Image source) {
         panorama.equirectSource = std::move(source);
@@ -92,6 +77,19 @@ struct TestPanorama {
             panorama.faces[f] = RandomImage(size, size, format, static_cast<std::uint32_t>(f + 7));
         }
         panorama.faceSize = size;
+    }
+
+    ImportRequest From(std::wstring path, PanoramaFormat format = PanoramaFormat::Equirectangular) const {
+        return {.format = format, .paths = {std::move(path)}, .settings = settings, .generator = settings};
+    }
+    ExportRequest ForFile(PanoramaFormat format, std::wstring path = L"unused.png") const {
+        return {.format = format, .settings = settings, .camera = {}, .path = std::move(path), .client = {}};
+    }
+    ExportRequest ForView(PanoramaFormat format, ClientSize client = {1000, 700}) const {
+        return {.format = format, .settings = settings, .camera = {}, .path = {}, .client = client};
+    }
+    PixelValue Sample(const Direction& d, bool applyOrientation = true) const {
+        return SamplePanorama(panorama, d, EmptyColour(settings), applyOrientation);
     }
 };
 

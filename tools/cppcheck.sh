@@ -6,4 +6,4 @@ cd "$(dirname "$0")/.."
 cppcheck -q -j "$(nproc)" --std=c++20 --enable=warning,performance,portability --library=std,posix,windows -I . \
     --suppressions-list=tools/cppcheck-suppressions.txt --inline-suppr --error-exitcode=1 \
     --template='{file}:{line}: {id}: {message}' \
-    app cli generators image platform projection qtvr session settings webexport
+    app cli codecs generators image platform projection qtvr session settings webexport

@@ -3,4 +3,4 @@
 # one that hangs.
 : "${WINEPREFIX:?run it through tools/wine-environment.sh}" "${DISPLAY:?}"
 export WINEARCH=win64 WINEDEBUG="${WINEDEBUG:--all}" WINEDLLOVERRIDES="mscoree,mshtml,winedbg.exe,winemenubuilder.exe=d"
-exec timeout -k 5 "${WINE_TEST_TIMEOUT:-300}" wine "$@"
+exec timeout -k 5 "${WINE_TEST_TIMEOUT:-3600}" wine "$@"

@@ -35,7 +35,7 @@ trap 'exit 130' INT TERM
 
 if [ "$user" = no ]; then
     Xvfb -displayfd 3 -screen 0 "${SKYVAULT_SCREEN:-1600x1200}x24" -nolisten tcp 3>"$run/display" 2>/dev/null &
-    for _ in $(seq 100); do [ -s "$run/display" ] && break; sleep 0.1; done
+    for _ in $(seq 600); do [ -s "$run/display" ] && break; sleep 0.1; done
     DISPLAY=":$(cat "$run/display")"
     export DISPLAY
 fi

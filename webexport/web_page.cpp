@@ -1,5 +1,6 @@
 #include "webexport/web_page.h"
 
+#include "codecs/picture_files.h"
 #include "platform/files.h"
 #include "platform/path_text.h"
 #include "projection/equirectangular.h"
@@ -36,14 +37,20 @@ WebPageFiles CompanionFiles(const std::wstring& picturePath) {
             JoinPath(folder, L"skyvault.js")};
 }
 
-bool ExportWebPage(Panorama& panorama, const std::wstring& picturePath) {
-    if (picturePath.empty()) return false;
-    const WebPageFiles files = CompanionFiles(picturePath);
+Outcome ExportWebPage(const Panorama& panorama, const ExportRequest& request, Feedback& feedback,
+                      Image& result) {
+    if (request.path.empty()) return Failure(Reason::CannotWrite);
+    const WebPageFiles files = CompanionFiles(request.path);
     WriteCompanion(files.script, MediaText(L"skyvault.js"));
     WriteCompanion(files.styleSheet, MediaText(L"skyvault.css"));
-    WriteCompanion(files.page, Replaced(MediaText(L"skyvault.html"), L"[URL]", FileNamePart(picturePath)));
-    std::wstring infoLog;
-    return ExportEquirectangular(panorama, picturePath, infoLog);
+    WriteCompanion(files.page, Replaced(MediaText(L"skyvault.html"), L"[URL]", FileNamePart(request.path)));
+    Outcome outcome = RenderEquirectangular(panorama, request, feedback, result);
+    if (outcome.IsDone()) outcome = SavePicture(result, request.path, PixelFormat::None, true);
+    if (outcome.IsDone()) {
+        outcome.infoLog = request.path + L"\n\nThe following files have also been generated:\n" + files.page +
+                          L"\n" + files.styleSheet + L"\n" + files.script;
+    }
+    return outcome;
 }
 
 }  // namespace skyvault

@@ -6,7 +6,7 @@
 
 #include <string>
 
-#include "projection/panorama.h"
+#include "projection/layout_requests.h"
 
 namespace skyvault {
 
@@ -17,9 +17,10 @@ struct WebPageFiles {
 };
 WebPageFiles CompanionFiles(const std::wstring& picturePath);
 
-/// Writes the page, its script and style sheet over older ones, then the equirectangular picture. The result
-/// is the picture's alone: a companion file that is missing beside the program, or cannot be written, is left
-/// out.
-bool ExportWebPage(Panorama& panorama, const std::wstring& picturePath);
+/// Writes the page, its script and style sheet over older ones, then the equirectangular picture, which
+/// `result` receives. The outcome is the picture's alone: a companion file that is missing beside the
+/// program, or cannot be written, is left out. It names all files.
+Outcome ExportWebPage(const Panorama& panorama, const ExportRequest& request, Feedback& feedback,
+                      Image& result);
 
 }  // namespace skyvault

@@ -1,135 +1,93 @@
-// The boxes and dialogs on their own: message boxes, progress, file and folder dialogs, the about box.
+// The boxes and dialogs on their own: message boxes, progress, file and folder dialogs, help.
 
 #include <gtest/gtest.h>
 #include <windows.h>
 // After windows.h:
 #include <commctrl.h>
 
-#include <algorithm>
-#include <vector>
+#include <filesystem>
+#include <tuple>
 
-#include "app/about_box.h"
 #include "app/file_dialogs.h"
-#include "app/file_filters.h"
-#include "app/message_box.h"
+#include "app/help_menu.h"
 #include "app/progress_box.h"
-#include "image/picture_codec.h"
+#include "app/window_helpers.h"
 #include "resources/resource_ids.h"
 #include "tests/temporary_folder.h"
-#include "tests/window/in_background.h"
 #include "tests/window/window_driver.h"
 
 namespace skyvault::test {
 namespace {
 
-TEST(MessageBoxes, ShowTheirTextUnderTheProgramsName) {
-    for (const bool isError : {false, true}) {
-        InBackground box([&] { ShowMessage(L"Could not open \"C:\\ä.png\"", isError); });
-        const HWND window = WaitForMessage();
-        ASSERT_NE(window, nullptr);
-        EXPECT_EQ(MessageText(window), L"Could not open \"C:\\ä.png\"");
-        EXPECT_EQ(GetWindow(window, GW_OWNER), nullptr);
-        Shot(window, isError ? "message-error" : "message-information");
-        EXPECT_TRUE(PressButton(window, IDOK));
-    }
-}
-
-TEST(MessageBoxes, StaySilentWhileSwitchedOff) {
-    const MessageBoxesOff outer;
-    {
-        const MessageBoxesOff inner;
-        ShowMessage(L"nobody waits for this", true);
-    }
-    ShowMessage(L"nor for this", false);  // would wait for ever
-}
-
-/// Counts the messages that move the bar.
-LRESULT CALLBACK CountMoves(HWND bar, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR, DWORD_PTR moves) {
-    if (message == PBM_SETPOS) ++*reinterpret_cast<int*>(moves);
-    return DefSubclassProc(bar, message, wParam, lParam);
-}
-
-TEST(ProgressBox, ShowsWholePercentsAndTexts) {
+TEST(ProgressBox, ShowsWholePercentsAndTextsAndForgetsWaitingInput) {
+    const HWND owner =
+        CreateWindowExW(0, L"Static", L"", WS_POPUP, 0, 0, 9, 9, nullptr, nullptr, nullptr, nullptr);
     ProgressBox box;
-    box.SetUp(GetModuleHandleW(nullptr), nullptr);
+    box.SetUp(GetModuleHandleW(nullptr), owner);
     box.Set(0.5f, L"not open yet");
     box.Begin();
     ASSERT_TRUE(box.IsOpen());
     const HWND window = WaitForDialog(L"Skyvault");
-    const HWND text = GetDlgItem(window, IDC_PROGRESS_TEXT), bar = GetDlgItem(window, IDC_PROGRESS_BAR);
-    const auto position = [&] { return SendMessageW(bar, PBM_GETPOS, 0, 0); };
-    EXPECT_EQ(SendMessageW(bar, PBM_GETRANGE, TRUE, 0), 0);
-    EXPECT_EQ(SendMessageW(bar, PBM_GETRANGE, FALSE, 0), 100);
-    EXPECT_EQ(position(), 0);
-    EXPECT_EQ(TextOf(text), L"");
-
-    struct Row {
-        float fraction;
-        int percent;
+    const HWND bar = GetDlgItem(window, IDC_PROGRESS_BAR);
+    const auto shows = [&](int percent, const wchar_t* text) {
+        EXPECT_EQ(SendMessageW(bar, PBM_GETPOS, 0, 0), percent);
+        EXPECT_EQ(TextOf(window, IDC_PROGRESS_TEXT), text);
     };
-    for (const Row& row : {Row{0.009f, 0}, Row{0.5f, 50}, Row{0.999f, 99}, Row{1.0f, 100}, Row{7.0f, 100},
-                           Row{0.25f, 25}, Row{-3.0f, 0}}) {
-        box.Set(row.fraction, L"Creating cube faces...");
-        EXPECT_EQ(position(), row.percent) << row.fraction;
+    EXPECT_EQ(SendMessageW(bar, PBM_GETRANGE, FALSE, 0), 100);
+    shows(0, L"");
+    for (const auto& [fraction, percent] :
+         {std::pair{0.009f, 0}, {0.999f, 99}, {7.0f, 100}, {-3.0f, 0}, {0.42f, 42}}) {
+        box.Set(fraction, L"Creating cube faces...");
+        shows(percent, L"Creating cube faces...");
     }
-    EXPECT_EQ(TextOf(text), L"Creating cube faces...");
-    box.Set(0.42f, L"Creating cube faces...");
-    Shot(window, "progress");
-
-    int moves = 0;
-    SetWindowSubclass(bar, CountMoves, 1, reinterpret_cast<DWORD_PTR>(&moves));
-    box.Set(0.421f, L"Creating cube faces...");
+    // Within a percent the bar is left alone: it stays where something else has moved it.
+    SendMessageW(bar, PBM_SETPOS, 7, 0);
     box.Set(0.429f, L"another text");
-    EXPECT_EQ(moves, 0) << "the percentage is the same";
-    box.Set(0.43f, L"another text");
-    EXPECT_GT(moves, 0);
-
+    shows(7, L"another text");
     box.Begin();
-    EXPECT_EQ(position(), 43) << "a second begin changes nothing";
+    shows(7, L"another text");
     box.Reset();
-    EXPECT_EQ(position(), 0);
-    EXPECT_EQ(TextOf(text), L"");
+    shows(0, L"");
+
+    for (const UINT message : {WM_KEYDOWN, WM_CHAR, WM_LBUTTONDOWN, WM_COMMAND, WM_NCLBUTTONDOWN, WM_USER}) {
+        PostMessageW(owner, message, 0, 0);
+    }
     box.End();
     EXPECT_FALSE(IsWindow(window));
-    EXPECT_FALSE(box.IsOpen());
+    MSG left;
+    for (const UINT input : {WM_KEYDOWN, WM_CHAR, WM_LBUTTONDOWN, WM_NCLBUTTONDOWN}) {
+        EXPECT_FALSE(PeekMessageW(&left, owner, input, input, PM_REMOVE)) << input;
+    }
+    for (const UINT other : {WM_COMMAND, WM_USER}) {
+        EXPECT_TRUE(PeekMessageW(&left, owner, other, other, PM_REMOVE)) << other;
+    }
+    DestroyWindow(owner);
 }
 
 TEST(FileDialogs, EachKindAsksAndGivesItsExtension) {
     const TemporaryFolder folder;
-    folder.Write(L"there.png", "x");
-    folder.Write(L"there.dds", "x");
-    folder.Write(L"there.mov", "x");
-    struct Row {
-        FileDialogKind kind;
-        const wchar_t* typed;
-        const wchar_t* result;  ///< null: cancelled
-    };
-    const Row rows[] = {
-        {FileDialogKind::OpenMovie, L"there.mov", L"there.mov"},
-        {FileDialogKind::SaveMovie, L"new", L"new.mov"},
-        {FileDialogKind::OpenDds, L"there.dds", L"there.dds"},
-        {FileDialogKind::SaveDds, L"new", L"new.dds"},
-        {FileDialogKind::OpenPicture, L"there.png", L"there.png"},
-        {FileDialogKind::SavePicture, L"new", L"new.tif"},
-        {FileDialogKind::SavePicture, nullptr, nullptr},
-    };
+    for (const wchar_t* name : {L"there.png", L"there.dds", L"there.mov"}) folder.Write(name, "x");
+    using Row = std::tuple<FileDialogKind, const wchar_t*, const wchar_t*>;
     AppState settings;
     settings.filterIndex = 6;
-    for (const Row& row : rows) {
+    for (const auto& [kind, typed, expected] : {Row{FileDialogKind::OpenMovie, L"there.mov", L"there.mov"},
+                                                Row{FileDialogKind::SaveMovie, L"new", L"new.mov"},
+                                                Row{FileDialogKind::OpenDds, L"there.dds", L"there.dds"},
+                                                Row{FileDialogKind::SaveDds, L"new", L"new.dds"},
+                                                Row{FileDialogKind::OpenPicture, L"there.png", L"there.png"},
+                                                Row{FileDialogKind::SavePicture, L"new", L"new.tif"},
+                                                Row{FileDialogKind::SavePicture, L"cancelled", nullptr}}) {
         std::wstring result = L"not set";
-        // A file's path as the start: its folder is shown.
-        InBackground ask([&] {
+        // A file's path as the start: its folder is shown. Names without a folder are looked for there.
+        std::jthread ask = InBackground([&, kind = kind] {
             FileDialogs dialogs;
             if (dialogs.BuildFilters())
-                result = dialogs.Ask(nullptr, folder / L"any.jpg", row.kind, L"Which file?", settings);
+                result = dialogs.Ask(nullptr, folder / L"any.jpg", kind, L"Which file?", settings);
         });
-        const HWND dialog = WaitForDialog(L"Which file?");
-        ASSERT_NE(dialog, nullptr);
-        // Names without a folder are looked for in the start folder.
-        EXPECT_TRUE(row.typed != nullptr ? AnswerFileDialog(dialog, row.typed)
-                                         : PressButton(dialog, IDCANCEL));
-        ask.Join();
-        EXPECT_EQ(result, row.result != nullptr ? folder / row.result : L"") << static_cast<int>(row.kind);
+        const int button = expected != nullptr ? IDOK : IDCANCEL;
+        EXPECT_TRUE(AnswerFileDialog(WaitForDialog(L"Which file?"), typed, button));
+        ask.join();
+        EXPECT_EQ(result, expected != nullptr ? folder / expected : L"") << static_cast<int>(kind);
     }
     EXPECT_EQ(settings.filterIndex, 6);
 }
@@ -140,79 +98,53 @@ TEST(FileDialogs, ReplacingAFileIsAskedForTheNameWithItsExtension) {
     AppState settings;
     settings.filterIndex = 5;
     std::wstring result;
-    InBackground ask([&] {
+    std::jthread ask = InBackground([&] {
         result = FileDialogs().Ask(nullptr, folder.Path(), FileDialogKind::SavePicture, L"Save", settings);
     });
     for (const int answer : {IDNO, IDYES}) {
-        const HWND dialog = WaitForDialog(L"Save");
-        ASSERT_NE(dialog, nullptr);
-        ASSERT_TRUE(AnswerFileDialog(dialog, L"pano"));
+        ASSERT_TRUE(AnswerFileDialog(WaitForDialog(L"Save"), L"pano"));
         const HWND question = WaitForMessage();
-        ASSERT_NE(question, nullptr);
         EXPECT_EQ(MessageText(question), L"pano.png already exists.\nDo you want to replace it?");
         EXPECT_TRUE(PressButton(question, answer));
     }
-    ask.Join();
+    ask.join();
     EXPECT_EQ(result, folder / L"pano.png");
 }
 
-TEST(FileDialogs, UnknownKindIsAnError) {
-    AppState settings;
-    std::wstring result = L"not set";
-    InBackground ask(
-        [&] { result = FileDialogs().Ask(nullptr, L"", static_cast<FileDialogKind>(6), L"?", settings); });
-    const HWND box = WaitForMessage();
-    ASSERT_NE(box, nullptr);
-    EXPECT_EQ(MessageText(box), L"ERROR: unknown path type");
-    EXPECT_TRUE(PressButton(box, IDOK));
-    ask.Join();
-    EXPECT_EQ(result, L"");
+TEST(FileFilters, OpenListHoldsOwnAndCodecKindsEachOnce) {
+    const std::wstring filter = BuildPictureOpenFilter({L"PNG", L"ARW", L"ODD-ONE", L"JPG", L"ARW"});
+    for (const wchar_t* pattern : {L"*.PNG;", L"*.ARW;", L"*.JPG;", L"*.TGA;", L"*.TIFF;", L"*.BMP;"}) {
+        EXPECT_NE(filter.find(pattern), std::wstring::npos) << pattern;
+        EXPECT_EQ(filter.find(pattern), filter.rfind(pattern)) << pattern;
+    }
+    EXPECT_EQ(filter.find(L"ODD"), std::wstring::npos);
+    EXPECT_TRUE(BuildPictureOpenFilter({}).empty()) << "without codecs there is no list";
+    for (const wchar_t* wrong : {L"*.BMP;*.GIF", L"*.BMP;.GIF;", L"*BMP;*.GIF;", L"*.bmp;", L"*.BM P;"}) {
+        EXPECT_FALSE(IsWellFormedPatternList(wrong)) << wrong;
+    }
 }
 
-TEST(FolderPicker, ReturnsTheFolderOrNothing) {
+TEST(FileFilters, ExtensionIsGivenOnceAndTakesTheOldOnesPlace) {
+    using Row = std::tuple<const wchar_t*, int, const wchar_t*>;
+    for (const auto& [chosen, filter, path] :
+         {Row{L"C:\\a\\pano", 5, L"C:\\a\\pano.png"}, Row{L"C:\\a\\pano.PNG", 5, L"C:\\a\\pano.png"},
+          Row{L"C:\\a\\pano.jpg", 5, L"C:\\a\\pano.png"}, Row{L"pano v1.2", 4, L"pano v1.2.jpg"},
+          Row{L"C:\\my.jpg\\pano", 1, L"C:\\my.jpg\\pano.bmp"}, Row{L"pano", 2, L"pano.dds"},
+          Row{L"pano", 3, L"pano.gif"}, Row{L"pano", 6, L"pano.tif"}, Row{L"pano", 0, L"pano.jpg"},
+          Row{L"pano", 7, L"pano.jpg"}}) {
+        EXPECT_EQ(GiveExtension(chosen, PictureSaveExtension(filter)), path) << filter;
+    }
+}
+
+TEST(HelpPages, TheGuideBesideTheProgramGoesBeforeTheOneOnTheWeb) {
     const TemporaryFolder folder;
-    std::filesystem::create_directory(folder.SystemPath(L"in side"));
-    for (const bool cancel : {false, true}) {
-        std::wstring result = L"not set";
-        InBackground ask([&] { result = AskForFolder(nullptr, L"Select source folder", folder.Path()); });
-        const HWND dialog = WaitForDialog(L"Select source folder");
-        ASSERT_NE(dialog, nullptr);
-        EXPECT_TRUE(AnswerFolderPicker(dialog, folder / L"in side", cancel ? IDCANCEL : IDOK));
-        ask.Join();
-        EXPECT_EQ(result, cancel ? L"" : folder / L"in side");
-    }
-}
-
-TEST(AboutBox, DrawsItsTextsAndCloses) {
-    InBackground box([] { ShowAboutBox(GetModuleHandleW(nullptr), nullptr); });
-    const HWND window = WaitForDialog(L"About Skyvault");
-    ASSERT_NE(window, nullptr);
-    // White paper with dark texts on it.
-    EXPECT_TRUE(Eventually([&] {
-        const Image pixels = WindowPixels(window, false);
-        int dark = 0;
-        for (std::uint32_t y = pixels.width / 2 + 2; y < pixels.height; ++y) {
-            for (std::uint32_t x = 0; x < pixels.width / 2; ++x) {
-                dark += pixels.GetPixel8(static_cast<int>(x), static_cast<int>(y)).green < 100 ? 1 : 0;
-            }
-        }
-        return dark > 50 && pixels.GetPixel8(2, static_cast<int>(pixels.height) - 3) == kOpaqueWhite;
-    }));
-    Shot(window, "about");
-    // The keyboard reaches the links; Esc closes the box.
-    const auto focus = [&] {
-        GUITHREADINFO info{};
-        info.cbSize = sizeof info;
-        GetGUIThreadInfo(GetWindowThreadProcessId(window, nullptr), &info);
-        return info.hwndFocus;
-    };
-    for (const int control : {IDOK, IDC_ABOUT_GUIDE, IDC_ABOUT_COMMUNITY}) {
-        EXPECT_TRUE(Eventually([&] { return focus() == GetDlgItem(window, control); }, 3000)) << control;
-        PostMessageW(focus(), WM_KEYDOWN, VK_TAB, 0);
-    }
-    EXPECT_TRUE(Eventually([&] { return focus() == GetDlgItem(window, IDOK); }, 3000));
-    PostMessageW(focus(), WM_KEYDOWN, VK_ESCAPE, 0);
-    EXPECT_TRUE(WaitUntilClosed(window));
+    EXPECT_EQ(AddressOf(HelpPage::UserGuide, folder.Path()), L"https://skyvault.example/guide");
+    EXPECT_EQ(AddressOf(HelpPage::Community, folder.Path()), L"https://skyvault.example/community");
+    std::filesystem::create_directories(folder.SystemPath(L"Media\\Guide"));
+    const std::wstring guide = folder.Write(L"Media\\Guide\\index.html", "<p>guide</p>");
+    EXPECT_EQ(AddressOf(HelpPage::UserGuide, folder.Path()), guide);
+    const std::jthread opening = InBackground([&] { OpenAddress(nullptr, folder / L"none.html"); });
+    EXPECT_EQ(AnswerMessage(), L"Could not open \"" + (folder / L"none.html") + L"\"");
 }
 
 }  // namespace

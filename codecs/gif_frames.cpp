@@ -1,0 +1,80 @@
+#include "codecs/gif_frames.h"
+
+#include <cstring>
+
+namespace skyvault {
+namespace {
+
+/// Walks the file from front to back; past its end everything reads as zero and AtEnd is true.
+class Walk {
+  public:
+    explicit Walk(std::span<const std::byte> file) : file_(file) {}
+
+    bool AtEnd() const { return at_ >= file_.size(); }
+    void Skip(std::size_t n) { at_ = n < file_.size() - at_ ? at_ + n : file_.size(); }
+    std::uint32_t Byte() { return AtEnd() ? 0 : std::to_integer<std::uint32_t>(file_[at_++]); }
+    std::uint32_t Word() {
+        const std::uint32_t low = Byte();
+        return low | Byte() << 8;
+    }
+    void SkipColourTable(std::uint32_t packed) {
+        if (packed & 0x80) Skip(std::size_t{3} << ((packed & 7) + 1));
+    }
+    /// A chain of blocks, each led by its size, up to the empty one.
+    void SkipSubBlocks() {
+        while (const std::uint32_t size = Byte()) Skip(size);
+    }
+
+  private:
+    std::span<const std::byte> file_;
+    std::size_t at_ = 0;
+};
+
+}  // namespace
+
+std::uint32_t ReadGifFrames(std::span<const std::byte> file, std::uint32_t index, GifFrame& frame) {
+    constexpr std::size_t kSignatureSize = 6;
+    if (file.size() < kSignatureSize || (std::memcmp(file.data(), "GIF87a", kSignatureSize) != 0 &&
+                                         std::memcmp(file.data(), "GIF89a", kSignatureSize) != 0)) {
+        return 0;
+    }
+    Walk walk(file);
+    walk.Skip(kSignatureSize + 4);  // and the canvas size
+    const std::uint32_t canvasFlags = walk.Byte();
+    walk.Skip(2);
+    walk.SkipColourTable(canvasFlags);
+
+    std::uint32_t count = 0;
+    GifFrame next;
+    while (!walk.AtEnd()) {
+        constexpr std::uint32_t kExtension = 0x21, kGraphicControl = 0xf9, kImage = 0x2c;
+        const std::uint32_t block = walk.Byte();
+        if (block == kExtension) {
+            if (walk.Byte() == kGraphicControl) {
+                const std::uint32_t size = walk.Byte();
+                if (size == 0) continue;
+                next.disposal = walk.Byte() >> 2 & 7;
+                next.delay = walk.Word();
+                walk.Skip(size > 3 ? size - 3 : 0);
+            }
+            walk.SkipSubBlocks();
+        } else if (block == kImage) {
+            next.left = walk.Word();
+            next.top = walk.Word();
+            next.width = walk.Word();
+            next.height = walk.Word();
+            const std::uint32_t flags = walk.Byte();
+            if (walk.AtEnd()) break;
+            walk.SkipColourTable(flags);
+            walk.Skip(1);  // code size
+            walk.SkipSubBlocks();
+            if (count++ == index) frame = next;
+            next = GifFrame{};
+        } else {
+            break;
+        }
+    }
+    return count;
+}
+
+}  // namespace skyvault

@@ -1,0 +1,293 @@
+// Decoding through OpenImageIO, with the results the platform codecs of the desktop give: what the file
+// stores and no more. Nothing is turned by orientation tags, converted by colour profiles or multiplied by
+// alpha; palettes, CMYK and everything else that none of our formats can hold becomes 32-bit colour.
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "codecs/gif_frames.h"
+#include "codecs/oiio_codec_posix.h"
+#include "codecs/picture_header.h"
+#include "image/area_scale.h"
+#include "platform/file_stream.h"
+#include "platform/files.h"
+#include "platform/utf8.h"
+
+namespace skyvault {
+namespace {
+
+constexpr int kMostFrames = 65536;
+
+const char* OiioName(PictureKind kind) {
+    switch (kind) {
+        case PictureKind::Bmp:
+            return "bmp";
+        case PictureKind::Jpeg:
+            return "jpeg";
+        case PictureKind::Png:
+            return "png";
+        case PictureKind::Tiff:
+            return "tiff";
+        case PictureKind::Gif:
+            return "gif";
+        case PictureKind::Heif:
+            return "heif";
+        case PictureKind::Webp:
+            return "webp";
+        case PictureKind::Unknown:
+            break;
+    }
+    return nullptr;
+}
+
+bool ReadHeader(const std::wstring& path, PictureHeader& header) {
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(ToUtf8(path).c_str(), "rb"),
+                                                               &std::fclose);
+    if (!file) return false;
+    std::byte start[kPictureHeaderSize];
+    const std::size_t count = std::fread(start, 1, sizeof start, file.get());
+    header = ReadPictureHeader({start, count});
+    return header.sound;
+}
+
+/// An open file, set to one of its frames.
+struct OpenPicture {
+    PictureHeader header;
+    const OiioFunctions* oiio = nullptr;
+    std::unique_ptr<void, void (*)(void*)> input{nullptr, [](void*) {}};
+    OiioFacts facts{};
+    std::uint32_t frameCount = 1;
+    GifFrame gifFrame;
+
+    bool Open(const std::wstring& path, std::uint32_t frame);
+    bool CountFrames(const std::wstring& path, std::uint32_t frame);
+};
+
+bool OpenPicture::CountFrames(const std::wstring& path, std::uint32_t frame) {
+    if (header.kind == PictureKind::Gif) {
+        std::vector<std::byte> file;
+        if (!ReadWholeFile(path, file)) return false;
+        frameCount = ReadGifFrames(file, frame, gifFrame);
+    } else {
+        int count = 1;
+        while (count < kMostFrames && oiio->selectFrame(input.get(), count)) ++count;
+        frameCount = static_cast<std::uint32_t>(count);
+    }
+    return frame < frameCount;
+}
+
+bool IsCut(const std::wstring& path) {
+    std::vector<std::byte> file;
+    return !ReadWholeFile(path, file) || !JpegReachesItsEnd(file);
+}
+
+bool OpenPicture::Open(const std::wstring& path, std::uint32_t frame) {
+    // Opening a pipe would wait for its other end.
+    if (!std::filesystem::is_regular_file(ToUtf8(path))) return false;
+    const std::uint64_t fileSize = FileSizeOf(path);
+    if (!ReadHeader(path, header) || !PlausibleSize(header.width, header.height, fileSize)) return false;
+    if (header.kind == PictureKind::Gif && std::uint64_t{header.width} * header.height >= (1u << 29)) {
+        return false;  // its canvas in bytes is counted in 31 bits
+    }
+    if (header.kind == PictureKind::Jpeg && IsCut(path)) return false;
+    oiio = Oiio();
+    if (!oiio) return false;
+    const std::string name = ToUtf8(path);
+    input = {oiio->openInput(name.c_str(), OiioName(header.kind)), oiio->closeInput};
+    if (!input || !CountFrames(path, frame) || !oiio->selectFrame(input.get(), static_cast<int>(frame)) ||
+        !oiio->describe(input.get(), &facts)) {
+        return false;
+    }
+    return facts.width >= 1 && facts.height >= 1 && facts.depth <= 1 && facts.channels >= 1 &&
+           PlausibleSize(static_cast<std::uint64_t>(facts.width), static_cast<std::uint64_t>(facts.height),
+                         fileSize);
+}
+
+/// How the channels of a file become those of a picture.
+struct Plan {
+    PixelFormat format;
+    OiioChannel readAs;       ///< channel type to ask for
+    int channels;             ///< how many of the file's channels are read: 1 to 4
+    bool alpha;               ///< the last of them is alpha
+    bool multiplied = false;  ///< colours have been multiplied by alpha
+    bool linear = false;      ///< 32-bit floats, linear light
+};
+
+std::size_t BytesOf(OiioChannel channel) {
+    switch (channel) {
+        case OiioChannel::Byte:
+            return 1;
+        case OiioChannel::Float:
+            return 4;
+        default:
+            return 2;
+    }
+}
+
+/// True for files whose pixels none of the nine formats stores.
+bool IsIndirect(const OpenPicture& picture) {
+    enum Photometric { MinIsWhite = 0, MinIsBlack = 1, Rgb = 2 };
+    const OiioFacts& facts = picture.facts;
+    if (picture.header.indirect || facts.colourSpaceTold) return true;  // the latter is told for CMYK only
+    if (picture.header.kind != PictureKind::Tiff) return false;
+    return facts.photometric > Rgb || (facts.bitsPerSample != 8 && facts.bitsPerSample != 16);
+}
+
+Plan MakePlan(const OpenPicture& picture) {
+    using enum PixelFormat;
+    const OiioFacts& facts = picture.facts;
+    Plan plan{};
+    plan.channels = std::min(facts.channels, 4);
+    // The GIF reader puts the alpha channel one too far.
+    plan.alpha = (facts.alphaChannel == plan.channels - 1 && plan.channels % 2 == 0) ||
+                 (picture.header.kind == PictureKind::Gif && plan.channels == 4);
+    if (picture.header.alphaUnused) plan.alpha = false;
+    if (!plan.alpha) plan.channels = plan.channels >= 3 ? 3 : 1;
+    const bool mayBeMultiplied = picture.header.kind == PictureKind::Tiff ||
+                                 picture.header.kind == PictureKind::Webp ||
+                                 picture.header.kind == PictureKind::Heif;
+    plan.multiplied = plan.alpha && mayBeMultiplied && !facts.alphaUnassociated;
+    plan.linear = facts.stored == OiioChannel::Float;
+
+    const bool grey = plan.channels == 1;
+    if (!IsIndirect(picture) && !plan.multiplied && !picture.header.alphaUnused) {
+        switch (facts.stored) {
+            case OiioChannel::Byte:
+                plan.format = plan.alpha ? Rgba8 : grey ? Grey8 : Rgb8;
+                break;
+            case OiioChannel::Word:
+                plan.format = plan.alpha ? Rgba16 : grey ? Grey16 : Rgb16;
+                break;
+            case OiioChannel::Half:
+                plan.format = plan.alpha ? RgbaHalf : grey ? GreyHalf : RgbHalf;
+                break;
+            default:
+                plan.format = Rgba8;
+        }
+    } else {
+        plan.format = Rgba8;
+    }
+    plan.readAs = plan.linear ? OiioChannel::Float : OiioChannelOf(plan.format);
+    return plan;
+}
+
+/// Channels as read, red first, to those of the picture: grey is repeated, alpha that is not there is full.
+template <typename Channel>
+void SpreadChannels(const Channel* from, const Plan& plan, Channel opaque, Channel* to, int toChannels,
+                    std::size_t count) {
+    const bool grey = plan.channels <= 2;
+    for (std::size_t i = 0; i < count; ++i, from += plan.channels, to += toChannels) {
+        for (int channel = 0; channel < 3; ++channel) to[channel] = from[grey ? 0 : channel];
+        if (toChannels == 4) to[3] = plan.alpha ? from[plan.channels - 1] : opaque;
+    }
+}
+
+std::uint8_t DisplayByte(float linear) {
+    if (!(linear > 0.0f)) return 0;
+    const float encoded =
+        linear <= 0.0031308f ? linear * 12.92f : 1.055f * std::pow(linear, 1.0f / 2.4f) - 0.055f;
+    return static_cast<std::uint8_t>(std::min(encoded, 1.0f) * 255.0f + 0.5f);
+}
+
+std::uint8_t PlainByte(float value) {
+    return static_cast<std::uint8_t>(std::clamp(value, 0.0f, 1.0f) * 255.0f + 0.5f);
+}
+
+/// Floats of linear light to 8-bit sRGB, red first.
+void EncodeLinear(const float* from, const Plan& plan, std::uint8_t* to, std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i, from += plan.channels, to += 4) {
+        float pixel[4];
+        SpreadChannels(from, plan, 1.0f, pixel, 4, 1);
+        const float divisor = plan.multiplied && pixel[3] > 0.0f ? pixel[3] : 1.0f;
+        for (int channel = 0; channel < 3; ++channel) to[channel] = DisplayByte(pixel[channel] / divisor);
+        to[3] = pixel[3] == pixel[3] ? PlainByte(pixel[3]) : 0;
+    }
+}
+
+void DivideByAlpha(Image& image) {
+    for (std::uint32_t y = 0; y < image.height; ++y) {
+        std::uint8_t* pixel = reinterpret_cast<std::uint8_t*>(image.Row(y));
+        for (std::uint32_t x = 0; x < image.width; ++x, pixel += 4) {
+            const int alpha = pixel[3];
+            if (alpha == 0 || alpha == 255) continue;
+            for (int channel = 0; channel < 3; ++channel) {
+                pixel[channel] =
+                    static_cast<std::uint8_t>(std::min(255, (pixel[channel] * 255 + alpha / 2) / alpha));
+            }
+        }
+    }
+}
+
+bool ReadPixels(OpenPicture& picture, const Plan& plan, Image& image) {
+    const auto read = [&](void* memory) {
+        return picture.oiio->readPixels(picture.input.get(), plan.channels, plan.readAs, memory);
+    };
+    const int toChannels = ChannelCount(image.format);
+    if (!plan.linear && plan.channels == toChannels) {
+        if (!read(image.pixels.get())) return false;
+    } else {
+        const std::size_t rowBytes = std::size_t{image.width} * plan.channels * BytesOf(plan.readAs);
+        const ByteBuffer memory = AllocateBytes(rowBytes * image.height);
+        if (!memory || !read(memory.get())) return false;
+        for (std::uint32_t y = 0; y < image.height; ++y) {
+            const std::byte* const from = memory.get() + rowBytes * y;
+            std::byte* const to = image.Row(y);
+            if (plan.linear) {
+                EncodeLinear(reinterpret_cast<const float*>(from), plan, reinterpret_cast<std::uint8_t*>(to),
+                             image.width);
+            } else if (BytesOf(plan.readAs) == 1) {
+                SpreadChannels(reinterpret_cast<const std::uint8_t*>(from), plan, std::uint8_t{255},
+                               reinterpret_cast<std::uint8_t*>(to), toChannels, image.width);
+            } else {
+                const std::uint16_t opaque = ChannelType(image.format) == ChannelKind::Half ? 0x3c00 : 0xffff;
+                SpreadChannels(reinterpret_cast<const std::uint16_t*>(from), plan, opaque,
+                               reinterpret_cast<std::uint16_t*>(to), toChannels, image.width);
+            }
+        }
+    }
+    if (plan.multiplied && !plan.linear) DivideByAlpha(image);
+    if (ChannelType(image.format) == ChannelKind::Int8) image.SwapRedAndBlue();
+    return true;
+}
+
+}  // namespace
+
+bool DecodeWithOiio(const std::wstring& path, std::uint32_t frame, const PictureSize& target, Image& image) {
+    OpenPicture picture;
+    if (!picture.Open(path, frame)) return false;
+    const PictureSize size{static_cast<std::uint32_t>(picture.facts.width),
+                           static_cast<std::uint32_t>(picture.facts.height)};
+    const Plan plan = MakePlan(picture);
+    Image decoded(size.width, size.height, plan.format);
+    if (!decoded.IsValid() || !ReadPixels(picture, plan, decoded)) return false;
+    if (!ScaleInto(target, decoded)) return false;
+    decoded.frameCount = picture.frameCount;
+    if (picture.frameCount > 1) {
+        constexpr std::uint32_t kMissingDelay = 10;
+        const GifFrame& gif = picture.gifFrame;
+        decoded.frameDelay = 10 * (gif.delay != 0 ? gif.delay : kMissingDelay);
+        decoded.frameDisposal = gif.disposal;
+        decoded.frameLeft = gif.left;
+        decoded.frameTop = gif.top;
+        decoded.frameWidth = gif.width;
+        decoded.frameHeight = gif.height;
+    }
+    image = std::move(decoded);
+    return true;
+}
+
+bool MeasureWithOiio(const std::wstring& path, PictureSize& size) {
+    OpenPicture picture;
+    if (!picture.Open(path, 0)) return false;
+    size = {static_cast<std::uint32_t>(picture.facts.width),
+            static_cast<std::uint32_t>(picture.facts.height)};
+    return true;
+}
+
+}  // namespace skyvault

@@ -1,0 +1,84 @@
+// Which codec a picture goes to: plain BMP files are read and written by the program, all others by
+// OpenImageIO.
+
+#include <string_view>
+#include <utility>
+
+#include "codecs/bmp_file_posix.h"
+#include "codecs/oiio_codec_posix.h"
+#include "codecs/picture_codec.h"
+#include "image/area_scale.h"
+
+namespace skyvault {
+
+namespace {
+
+/// list: words separated by commas.
+bool Lists(std::string_view list, std::string_view word) {
+    for (;;) {
+        const std::size_t comma = list.find(',');
+        if (list.substr(0, comma) == word) return true;
+        if (comma == std::string_view::npos) return false;
+        list.remove_prefix(comma + 1);
+    }
+}
+
+}  // namespace
+
+bool DecodePicture(const std::wstring& path, std::uint32_t frame, std::uint32_t targetWidth,
+                   std::uint32_t targetHeight, Image& image) {
+    const PictureSize target{targetWidth, targetHeight};
+    try {
+        PlainBmp bmp(path);
+        if (!bmp.IsOpen()) return DecodeWithOiio(path, frame, target, image);
+        Image decoded;
+        if (frame != 0 || !bmp.Read(decoded) || !ScaleInto(target, decoded)) return false;
+        image = std::move(decoded);
+        return true;
+    } catch (...) {
+        return false;
+    }
+}
+
+bool MeasurePicture(const std::wstring& path, PictureSize& size) {
+    try {
+        const PlainBmp bmp(path);
+        if (!bmp.IsOpen()) return MeasureWithOiio(path, size);
+        size = bmp.Size();
+        return true;
+    } catch (...) {
+        return false;
+    }
+}
+
+bool EncodePicture(const Image& image, const std::wstring& path, PictureContainer container,
+                   PixelFormat format) {
+    if (BytesPerPixel(format) == 0) format = PixelFormat::Grey8;
+    try {
+        return container == PictureContainer::Bmp ? WriteBmp(image, path, format)
+                                                  : EncodeWithOiio(image, path, container, format);
+    } catch (...) {
+        return false;
+    }
+}
+
+std::vector<std::wstring> ReadableExtensions() {
+    struct Row {
+        std::string_view kind;  // as OpenImageIO calls it
+        std::vector<std::wstring> extensions;
+    };
+    static const Row kRows[] = {
+        {"gif", {L"GIF"}},           {"jpeg", {L"JPG", L"JPEG", L"JPE", L"JFIF"}}, {"png", {L"PNG"}},
+        {"tiff", {L"TIF", L"TIFF"}}, {"heif", {L"HEIC", L"HEIF", L"AVIF"}},        {"webp", {L"WEBP"}},
+    };
+    const OiioFunctions* const oiio = Oiio();
+    const std::string_view installed = oiio ? oiio->readableKinds() : "";
+    std::vector<std::wstring> extensions = {L"BMP", L"DIB"};  // read without it
+    for (const Row& row : kRows) {
+        if (!Lists(installed, row.kind)) continue;
+        extensions.insert(extensions.end(), row.extensions.begin(), row.extensions.end());
+    }
+    return extensions;
+}
+
+}  // namespace skyvault

@@ -1,0 +1,35 @@
+// What a picture file says about itself, looked at before a codec is trusted with it: its first bytes, and
+// whether a JPEG is there to its end.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+namespace skyvault {
+
+enum class PictureKind { Unknown, Bmp, Jpeg, Png, Tiff, Gif, Heif, Webp };
+
+struct PictureHeader {
+    PictureKind kind = PictureKind::Unknown;
+    bool sound = false;                   ///< nothing in the header contradicts itself
+    std::uint32_t width = 0, height = 0;  ///< 0 for the kinds that tell it further on: JPEG, TIFF, HEIF, WebP
+    bool indirect = false;     ///< a palette, or fewer than 8 bits a channel: pixels no format of ours holds
+    bool alphaUnused = false;  ///< four channels whose fourth has no meaning
+};
+
+/// As many bytes of the file as ReadPictureHeader looks at.
+inline constexpr std::size_t kPictureHeaderSize = 128;
+
+/// start: the file's first kPictureHeaderSize bytes, or all of a shorter file.
+PictureHeader ReadPictureHeader(std::span<const std::byte> start);
+
+/// False for a picture far larger than a file of this size can hold: its header is not believed, and nothing
+/// is allocated for it. Sizes in pixels and bytes.
+bool PlausibleSize(std::uint64_t width, std::uint64_t height, std::uint64_t fileSize);
+
+/// True when a JPEG file's markers lead to "end of image"; what follows it is not looked at. False for cut
+/// files, whose missing part decoders fill with grey and say nothing, and for what is no JPEG.
+bool JpegReachesItsEnd(std::span<const std::byte> file);
+
+}  // namespace skyvault

@@ -1,0 +1,49 @@
+// What became of an operation: the one answer of everything that imports, renders, exports, generates, reads
+// or writes. session/messages.h words it for the user.
+#pragma once
+
+#include <string>
+#include <utility>
+
+namespace skyvault {
+
+enum class Reason {
+    Done,
+    NoMemory,        ///< what there was memory for may be there
+    CannotOpen,      ///< no such file, or nothing that can be read
+    CannotWrite,     ///< an older file of that name stays as it was
+    PictureMissing,  ///< a generator did without its palette or texture; the panorama is whole
+    NotACubicMovie,  ///< its pictures make no cube
+    NoFrontFace,     ///< nothing can be written: the front face decides the pixel format
+    NothingToShow,   ///< the panorama has no picture of that kind, or the window no room for it
+    // What stands in the way of a batch, or of one of its panoramas.
+    SameFolders,
+    NoSourceFolder,
+    NoDestinationFolder,
+    NoSourceFiles,
+    ReplacesSource,  ///< the result would replace one of the source files
+    SharesResult,    ///< otherFile has the same result
+    CannotCreateFolder,
+    // Of the settings file.
+    CannotSaveSettings,
+};
+
+struct [[nodiscard]] Outcome {
+    Reason reason = Reason::Done;
+    std::wstring file = {};       ///< the one the reason is about; empty when the caller knows it
+    std::wstring infoLog = {};    ///< describes what was written, in tab-separated lines
+    std::wstring otherFile = {};  ///< of reasons that are about two files
+
+    bool IsDone() const { return reason == Reason::Done; }
+};
+
+inline Outcome Failure(Reason reason, std::wstring file = {}) {
+    return {.reason = reason, .file = std::move(file)};
+}
+
+/// The first of two that is no success: what follows a failure mostly follows from it.
+inline Outcome FirstFailure(Outcome first, Outcome second) {
+    return first.IsDone() ? std::move(second) : std::move(first);
+}
+
+}  // namespace skyvault
