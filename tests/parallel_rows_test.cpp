@@ -82,6 +82,22 @@ TEST_F(ParallelLoops, LoopsInsideLoopsAndLoopsOfTwoThreadsEnd) {
     EXPECT_EQ(count, 2 * 50 * 4 * 3);
 }
 
+TEST_F(ParallelLoops, AnotherThreadsLoopTakesNoBandsFromOneThatRuns) {
+    SetThreadCount(2);
+    // Two bands hold both threads until the other loop has run; two are still to come.
+    std::atomic<int> count{0};
+    std::atomic<bool> ended{false};
+    ParallelBands(4, true, [&](int band) {
+        if (band == 0) {
+            std::thread([] { ParallelBands(2, true, [](int) {}); }).join();
+            ended = true;
+        }
+        while (band == 1 && !ended) std::this_thread::yield();
+        ++count;
+    });
+    EXPECT_EQ(count, 4);
+}
+
 TEST_F(ParallelLoops, ThousandsOfShortLoopsDoNotHang) {
     SetThreadCount(3);
     std::vector<int> results(6);
