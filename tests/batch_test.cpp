@@ -2,13 +2,14 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <set>
+#include <filesystem>
 
 #include "codecs/picture_files.h"
 #include "platform/files.h"
 #include "platform/utf8.h"
 #include "session/batch.h"
 #include "session/messages.h"
+#include "tests/data_table.h"
 #include "tests/picture_io.h"
 #include "tests/temporary_folder.h"
 #include "tests/test_panorama.h"
@@ -55,12 +56,6 @@ class Batch : public testing::Test {
         for (const BatchItem& item : Plan().items) names.emplace_back(FileNamePart(item.sources.front()));
         return Sorted(names);
     }
-    std::wstring OnlyOutput() const {
-        const BatchPlan plan = Plan();
-        EXPECT_EQ(plan.items.size(), 1u);
-        return plan.items.empty() ? std::wstring() : plan.items.front().output;
-    }
-
     const TemporaryFolder folder_;
     BatchJob job_;
     AppState settings_;
@@ -86,124 +81,58 @@ struct Listener : BatchObserver {
 };
 
 TEST(BatchLists, LayoutAndExtensionFollowEachOther) {
-    enum { Dds, Mov, Bmp, Jpg, Gif, Tif, Png };
-    enum { Equirect, CubeMap, Movie, Cross, Files = 7 };
-    const struct {
-        int layout, extension, newExtension;
-    } layouts[] = {{CubeMap, Jpg, Dds}, {Movie, Jpg, Mov}, {Equirect, Jpg, Jpg}, {Files, Bmp, Bmp},
-                   {Cross, Dds, Png},   {Cross, Mov, Png}, {Equirect, -1, Png}};
-    for (const auto& row : layouts) {
-        EXPECT_EQ(BatchExtensionForLayout(row.layout, row.extension), row.newExtension) << row.layout;
-    }
-    const struct {
-        int extension, layout, newLayout;
-    } extensions[] = {{Dds, Cross, CubeMap},    {Mov, Cross, Movie}, {Png, Movie, Equirect},
-                      {Tif, CubeMap, Equirect}, {Png, Files, Files}, {Gif, Cross, Cross}};
-    for (const auto& row : extensions) {
-        EXPECT_EQ(BatchLayoutForExtension(row.extension, row.layout), row.newLayout) << row.extension;
-    }
-}
-
-TEST_F(Batch, TheFirstObstacleIsTold) {
-    const std::wstring good = job_.sourceFolder, other = job_.destinationFolder, none = folder_ / L"none";
-    const struct {
-        std::wstring source, destination, obstacle;
-    } rows[] = {
-        {none, none, L"Destination folder must be different from the source folder"},
-        {none, folder_ / L"neither", L"Source folder does not exist"},
-        {L"", other, L"Source folder does not exist"},
-        {good, none, L"Destination folder does not exist"},
-        {good, other, L"No files found in source folder"},
-    };
-    PutText(L"only a text.txt");
-    for (const auto& row : rows) {
-        job_.sourceFolder = row.source;
-        job_.destinationFolder = row.destination;
-        EXPECT_EQ(MessageOf(Plan().obstacle), row.obstacle);
-        EXPECT_TRUE(Plan().items.empty()) << ToUtf8(row.obstacle);
+    for (const auto& [where, list, choice, before, after] :
+         TableOf<std::string, int, int, int>("batch_choices")) {
+        const auto follow = list == "layout" ? BatchExtensionForLayout : BatchLayoutForExtension;
+        EXPECT_EQ(follow(choice, before), after) << where;
     }
 }
 
 TEST_F(Batch, TakesTheFilesThatFitTheLayout) {
-    for (const wchar_t* name : {L"a.jpg", L"b.JPEG", L"c.png", L"d.Tif", L"e.tga", L"f.dds", L"g.DDS",
-                                L"h.mov", L"i.txt", L"png", L"k", L"l.png.bak", L"\x4e2d \x00fc.bmp"}) {
-        PutText(name);
+    Names names[3];
+    const PanoramaFormat layouts[] = {PanoramaFormat::InteriorSquare, PanoramaFormat::DirectXDds,
+                                      PanoramaFormat::QuickTimeVr};
+    for (const DataRow& row : DataTable("batch_sources")) {
+        PutText(FromUtf8(row[0]));
+        for (std::size_t i = 0; i < 3; ++i) {
+            if (row[i + 1] == "Y") names[i].push_back(FromUtf8(row[0]));
+        }
     }
     ASSERT_TRUE(CreateFolder(Source(L"folder.png")));
-    const Names pictures = {L"a.jpg", L"b.JPEG", L"c.png", L"d.Tif",
-                            L"e.tga", L"f.dds",  L"g.DDS", L"\x4e2d \x00fc.bmp"};
-    const struct {
-        PanoramaFormat from;
-        Names names;
-    } rows[] = {{PanoramaFormat::Equirectangular, pictures},
-                {PanoramaFormat::InteriorSquare, pictures},
-                {PanoramaFormat::DirectXDds, {L"f.dds", L"g.DDS"}},
-                {PanoramaFormat::QuickTimeVr, {L"h.mov"}}};
-    for (const auto& row : rows) {
-        job_.from = Row(row.from);
-        EXPECT_EQ(Planned(), Sorted(row.names)) << static_cast<int>(row.from);
+    for (std::size_t i = 0; i < 3; ++i) {
+        job_.from = Row(layouts[i]);
+        EXPECT_EQ(Planned(), Sorted(names[i])) << i;
     }
 }
 
 TEST_F(Batch, ResultsAreNamedAfterTheirSources) {
     PutText(L"my.lake 1.jpg");
-    using enum PanoramaFormat;
-    const struct {
-        PanoramaFormat to;
-        const wchar_t* extension;
-        bool subfolders;
-        std::wstring output;
-    } rows[] = {
-        {Equirectangular, L"jpg", false, L"my.lake 1.jpg"},
-        {Heart, L"tif", false, L"my.lake 1.tif"},
-        {DirectXDds, L"dds", false, L"cubemap_my.lake 1.dds"},
-        {SphereMap, L"png", false, L"spheremap_my.lake 1.png"},
-        {QuickTimeVr, L"png", false, L"my.lake 1.mov"},
-        {SingleFiles, L"bmp", false, L"my.lake 1.bmp"},
-        {SingleFiles, L"bmp", true, JoinPath(L"my.lake 1", L"my.lake 1.bmp")},
-        {Strip, L"bmp", true, L"my.lake 1.bmp"},
-    };
-    for (const auto& row : rows) {
-        job_.to = Row(row.to);
-        job_.extension = row.extension;
-        job_.subfolders = row.subfolders;
-        EXPECT_EQ(OnlyOutput(), Result(row.output)) << static_cast<int>(row.to);
+    for (const auto& [where, to, extension, subfolders, output] :
+         TableOf<std::string, std::wstring, bool, std::wstring>("batch_results")) {
+        job_.to = LayoutOfConsoleName(to);
+        job_.extension = extension;
+        job_.subfolders = subfolders;
+        const BatchPlan plan = Plan();
+        ASSERT_EQ(plan.items.size(), 1u) << where;
+        const std::filesystem::path planned(plan.items.front().output);
+        EXPECT_EQ(planned, std::filesystem::path(Result(output))) << where;
     }
 }
 
 TEST_F(Batch, SixFilesAreOnePanorama) {
-    const struct {
-        int system;
-        Names faces;  ///< in the order of the faces
-    } rows[] = {
-        {0,
-         {L"front room_front.png", L"front room_right.png", L"front room_back.png", L"front room_left.png",
-          L"front room_top.png", L"front room_bottom.png"}},
-        {2, {L"a_f_f.png", L"a_f_r.png", L"a_f_b.png", L"a_f_l.png", L"a_f_u.png", L"a_f_d.png"}},
-        {3,
-         {L"x_ft hdr.png", L"x_rt hdr.png", L"x_bk hdr.png", L"x_lf hdr.png", L"x_up hdr.png",
-          L"x_dn hdr.png"}},
-        {4,
-         {L"f_leaf_f_.png", L"r_leaf_f_.png", L"b_leaf_f_.png", L"l_leaf_f_.png", L"u_leaf_f_.png",
-          L"d_leaf_f_.png"}},
-        {6, {L"q_front.png", L"q_right.png", L"q_back.png", L"q_left.png", L"q_top.png", L"q_bottom.png"}},
-        {5, {L"pano100.png", L"pano101.png", L"pano102.png", L"pano103.png", L"pano104.png", L"pano105.png"}},
-    };
     job_.from = Row(PanoramaFormat::SingleFiles);
-    for (const auto& row : rows) {
+    for (const DataRow& row : DataTable("batch_faces")) {
         // The folder's own name holds a face's part, too.
-        ASSERT_TRUE(
-            CreateFolder(job_.sourceFolder = folder_ / (L"x_f0_front_ft f_" + std::to_wstring(row.system))));
+        ASSERT_TRUE(CreateFolder(job_.sourceFolder = folder_ / (L"x_f0_front_ft f_" + FromUtf8(row[0]))));
         Names expected;
-        for (const std::wstring& name : row.faces) {
-            Image picture = RandomImage(8, 8, PixelFormat::Rgb8);
-            ASSERT_TRUE(Saved(picture, Source(name)));
-            expected.push_back(Source(name));
+        for (std::size_t f = 1; f <= 6; ++f) {
+            PutPicture(FromUtf8(row[f]), 8, 8);
+            expected.push_back(Source(FromUtf8(row[f])));
         }
-        settings_.fileNamingSystem = row.system;
+        settings_.fileNamingSystem = std::stoi(row[0]);
         const BatchPlan plan = Plan();
-        ASSERT_EQ(plan.items.size(), 1u) << row.system;
-        EXPECT_EQ(plan.items.front().sources, expected) << row.system;
+        ASSERT_EQ(plan.items.size(), 1u) << row.where;
+        EXPECT_EQ(plan.items.front().sources, expected) << row.where;
     }
 }
 
@@ -280,43 +209,6 @@ TEST_F(Batch, StoppingKeepsWhatIsDone) {
     EXPECT_EQ(counts.converted, 2u);
     EXPECT_EQ(listener.begun, (std::vector<std::size_t>{0, 1}));
     EXPECT_EQ(Results().size(), 2u);
-}
-
-TEST_F(Batch, EveryLayoutIsWrittenAndReadBack) {
-    // There and back: the results of one batch are the sources of the next.
-    // Light in front, dark behind.
-    Image sky(1024, 512, PixelFormat::Rgb8);
-    for (int y = 0; y < 512; ++y) {
-        for (int x = 0; x < 1024; ++x) {
-            const std::uint8_t grey = x >= 256 && x < 768 ? 200 : 40;
-            sky.SetPixel(x, y, Color8(grey, grey, grey, 255));
-        }
-    }
-    ASSERT_TRUE(Saved(sky, Source(L"a.png")));
-    for (const LayoutRow& row : BatchLayouts().subspan(1)) {
-        SCOPED_TRACE(row.consoleName);
-        BatchJob there = job_, back = job_;
-        there.to = back.from = &row;
-        there.extension = row.ownExtension != nullptr ? row.ownExtension : L"png";
-        there.destinationFolder = back.sourceFolder = folder_ / FromUtf8(row.consoleName);
-        ASSERT_TRUE(CreateFolder(there.destinationFolder));
-        std::wstring output;
-        for (const BatchJob& job : {there, back}) {
-            Listener listener;
-            const BatchPlan plan = PlanBatch(job, settings_);
-            ASSERT_EQ(plan.items.size(), 1u);
-            EXPECT_EQ(RunBatch(job, plan.items, false, settings_, listener).converted, 1u)
-                << ToUtf8(listener.reasons.front());
-            output = plan.items.front().output;
-        }
-        // Only a mirror ball has lost the back: it repeats the front.
-        Image result;
-        ASSERT_TRUE(LoadPicture(output, result).IsDone());
-        ASSERT_EQ(result.width, 256u);
-        const int red = result.GetPixel8(128, 64).red, behind = result.GetPixel8(36, 64).red;
-        EXPECT_NEAR(red, 200, 12);
-        EXPECT_NEAR(behind, row.format == PanoramaFormat::MirrorBall ? 200 : 40, 12);
-    }
 }
 
 TEST(BatchShards, AreEqualPartsOfTheSortedList) {

@@ -20,39 +20,7 @@ using Arguments = std::vector<std::wstring>;
 ConvertOptions Understood(const wchar_t* from, const Arguments& more) {
     Arguments arguments = {L"convert", L"--from", from, L"--to", L"preview"};
     arguments.insert(arguments.end(), more.begin(), more.end());
-    const Command command = ParseArguments(arguments);
-    if (const auto* announcement = std::get_if<Announcement>(&command)) {
-        ADD_FAILURE() << ToUtf8(announcement->text);
-        return {};
-    }
-    return std::get<ConvertOptions>(command);
-}
-
-TEST(ConsoleOptions, WithoutOptionsNothingIsModified) {
-    const ConvertOptions options = Understood(L"strip", {L"in.png", L"out.png"});
-    EXPECT_EQ(options.from->format, PanoramaFormat::Strip);
-    EXPECT_EQ(options.to->format, PanoramaFormat::Preview);
-    EXPECT_EQ(options.inputs, Arguments{L"in.png"});
-    EXPECT_EQ(options.output, L"out.png");
-    EXPECT_TRUE(options.settings.empty() && options.turns.empty() && options.settingsFile.empty());
-    EXPECT_FALSE(options.horizon || options.logoSize || options.quiet);
-    EXPECT_FALSE(options.flipHorizontal || options.mirrorTopToBottom || options.mirrorFrontToBack);
-}
-
-TEST(ConsoleOptions, RepeatedOptionsKeepTheirOrderAndLeaveTheFilesAlone) {
-    const ConvertOptions options =
-        Understood(L"strip", {L"--turn", L"-90,0.5,1e1", L"--set", L"Antialiasing=N", L"--turn=0,-2,0",
-                              L"a b.png", L"--set", L"Logo=x=y z", L"\x00fc.png"});
-    ASSERT_EQ(options.turns.size(), 2u);
-    EXPECT_EQ(options.turns[0].heading, -90);
-    EXPECT_EQ(options.turns[0].pitch, 0.5f);
-    EXPECT_EQ(options.turns[0].roll, 10);
-    EXPECT_EQ(options.turns[1].pitch, -2);
-    ASSERT_EQ(options.settings.size(), 2u);
-    EXPECT_EQ(options.settings[0].first->key, std::wstring(L"Antialiasing"));
-    EXPECT_EQ(options.settings[1].second, L"x=y z");
-    EXPECT_EQ(options.inputs, Arguments{L"a b.png"});
-    EXPECT_EQ(options.output, L"\x00fc.png");
+    return std::get<ConvertOptions>(ParseArguments(arguments));
 }
 
 TEST(ConsoleOptions, PathsAreNoOptionsAndSixAreInOrder) {

@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstring>
+#include <iterator>
 #include <sstream>
 
 #include "codecs/dds_cube_map.h"
@@ -39,30 +39,6 @@ class Console : public testing::Test {
     }
     const TemporaryFolder folder_;
 };
-
-TEST_F(Console, ConvertingKeepsThePixelFormat) {
-    const std::pair<PixelFormat, const wchar_t*> rows[] = {
-        {PixelFormat::Grey16, L"in.png"}, {PixelFormat::Rgb16, L"in.tif"}, {PixelFormat::Rgba8, L"in.png"}};
-    for (const auto& [format, name] : rows) {
-        Image drawn = RandomImage(64, 32, format);
-        // Pixels that are fully transparent would lose their colour when they are written.
-        if (HasAlpha(format)) {
-            for (std::size_t i = 3; i < drawn.ByteCount(); i += 4) drawn.pixels[i] |= std::byte{1};
-        }
-        const Arguments files = {Save(drawn.CopyRect(), name), folder_ / (std::wstring(L"out ") + name)};
-        const std::string settings = " --set Transparency=Y --set Antialiasing=N";
-        // The exported grid begins one step from the zenith: every row but the last is the one below it.
-        EXPECT_EQ(RunConsole(kConvert + "equirectangular" + settings, files).exitStatus, 0);
-        const Image flat = Loaded(files[1]);
-        ASSERT_TRUE(flat.width == 64 && flat.height == 32 && flat.format == format);
-        EXPECT_EQ(std::memcmp(flat.Row(0), drawn.Row(1), std::size_t{drawn.stride} * 31), 0);
-        EXPECT_EQ(RunConsole(kConvert + "preview" + settings, files).exitStatus, 0);
-        const Image view = Loaded(files[1]);
-        ASSERT_TRUE(view.width == 1280 && view.height == 720 && view.format == format);
-        EXPECT_EQ(std::memcmp(view.PixelAddress(640, 360), drawn.PixelAddress(32, 16), BytesPerPixel(format)),
-                  0);
-    }
-}
 
 TEST_F(Console, TheSameSeedGeneratesTheSamePicture) {
     const Arguments files = {L"--palette", SaveRandom(L"palette.png", 16, 16), folder_ / L"out.bmp"};
@@ -105,7 +81,7 @@ TEST_F(Console, EveryOptionAndSettingTakesEffect) {
     blue.Fill(PixelValue(Color8(0, 0, 200, 255)));
     Save(std::move(drawn), L"in.bmp");
     Save(std::move(clear), L"clear.png");
-    const std::wstring logo = L"Logo=" + Save(std::move(blue), L"logo.bmp");
+    const std::wstring logo = L"Logo=" + Save(std::move(blue), L"a=logo b.bmp");
     folder_.Write(L"settings.txt", "Resolution3\t1\r\n");
     for (const DataRow& row : DataTable("converted_pixels")) {
         SCOPED_TRACE(row.where);
@@ -113,12 +89,12 @@ TEST_F(Console, EveryOptionAndSettingTakesEffect) {
         arguments.insert(arguments.end(), {L"--set", logo, L"--set", L"Antialiasing=N"});
         EXPECT_EQ(RunConsole(arguments).exitStatus, 0);
         const Image picture = Loaded(folder_ / (row[2] == "@in.bmp" ? L"out.bmp" : L"out.png"));
-        int width = 0, column = 0, line = 0, red = 0, green = 0, blueness = 0, alpha = 0;
-        std::istringstream(row[0]) >> width >> column >> line >> red >> green >> blueness >> alpha;
-        ASSERT_EQ(picture.width, static_cast<std::uint32_t>(width));
-        const Color8 seen = picture.GetPixel8(column, line);
+        std::istringstream numbers(row[0]);
+        const std::vector<int> n(std::istream_iterator<int>(numbers), {});
+        ASSERT_EQ(picture.width, static_cast<std::uint32_t>(n.at(0)));
+        const Color8 seen = picture.GetPixel8(n[1], n[2]);
         EXPECT_EQ((std::vector<int>{seen.red, seen.green, seen.blue, seen.alpha}),
-                  (std::vector<int>{red, green, blueness, alpha}));
+                  std::vector<int>(n.begin() + 3, n.end()));
     }
 }
 
@@ -223,6 +199,59 @@ TEST_F(Console, AnInterruptionLeavesNothingBehind) {
     EXPECT_EQ(result.err, "skyvault-cli: interrupted\n");
     EXPECT_EQ(result.out, "");
     EXPECT_EQ(Names(), Arguments{L"in.bmp"});
+}
+
+// The batch command as a script meets it.
+class ConsoleBatch : public Console {
+  protected:
+    void SetUp() override {
+        ASSERT_TRUE(CreateFolder(in_) && CreateFolder(out_));
+        for (const wchar_t* const name : {L"in/a.bmp", L"in/b.png", L"in/c.jpg"}) SaveRandom(name);
+    }
+    ProgramResult Run(const std::string& more) const {
+        return RunConsole("batch --from equirectangular --set Antialiasing=N " + more, {in_, out_});
+    }
+
+    const std::wstring in_ = folder_ / L"in", out_ = folder_ / L"out";
+};
+
+TEST_F(ConsoleBatch, WhatFailsIsToldAndTheRestIsResumedByTwoMachines) {
+    const std::wstring cut = folder_.Write(L"in/p cut.jpg", folder_.Read(L"in/c.jpg").substr(0, 300));
+    folder_.Write(L"in/notes.txt", "no panorama");
+    const std::string work = "--to heart --extension bmp --set Resolution2=0";
+    ProgramResult result = Run(work);
+    EXPECT_EQ(result.exitStatus, 1);
+    EXPECT_TRUE(result.out.ends_with("\n3 converted, 1 failed, 0 skipped\n")) << result.out;
+    const std::string line =
+        "converted\t" + ToUtf8(JoinPath(in_, L"b.png") + L"\t" + JoinPath(out_, L"b.bmp"));
+    EXPECT_NE(result.out.find(line + "\n"), std::string::npos) << result.out;
+    EXPECT_EQ(result.err, "skyvault-cli: Could not open \"" + ToUtf8(JoinPath(in_, L"p cut.jpg")) + "\"\n");
+    EXPECT_EQ(FindFiles(out_).size(), 3u);
+
+    ASSERT_TRUE(RemoveFile(JoinPath(out_, L"c.bmp")) && RemoveFile(JoinPath(in_, L"p cut.jpg")));
+    const char* const summaries[] = {"\n0 converted, 0 failed, 1 skipped\n",
+                                     "\n1 converted, 0 failed, 1 skipped\n"};
+    for (int k = 1; k <= 2; ++k) {
+        result = Run(work + " --skip-existing --shard " + std::to_string(k) + "/2");
+        EXPECT_EQ(result.exitStatus, 0) << result.err;
+        EXPECT_TRUE(result.out.ends_with(summaries[k - 1])) << result.out;
+    }
+}
+
+TEST_F(ConsoleBatch, OptionsReachEveryPanorama) {
+    ASSERT_TRUE(RemoveFile(JoinPath(in_, L"c.jpg")));
+    const std::string work = "--to equirectangular --extension bmp --quiet";
+    const auto results = [&] {
+        return std::pair(Loaded(JoinPath(out_, L"a.bmp")), Loaded(JoinPath(out_, L"b.bmp")));
+    };
+    EXPECT_EQ(Run(work).exitStatus, 0);
+    const auto [a, b] = results();
+    const ProgramResult result = Run(work + " --turn 90,0,0 --threads 1");
+    EXPECT_EQ(result.exitStatus, 0);
+    EXPECT_EQ(result.out + result.err, "");
+    const auto [turnedA, turnedB] = results();
+    EXPECT_EQ(turnedA.GetPixel8(20, 16), a.GetPixel8(36, 16));
+    EXPECT_EQ(turnedB.GetPixel8(20, 16), b.GetPixel8(36, 16));
 }
 
 }  // namespace

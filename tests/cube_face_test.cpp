@@ -6,6 +6,7 @@
 #include <random>
 
 #include "projection/fast_math.h"
+#include "tests/data_table.h"
 #include "tests/test_panorama.h"
 
 namespace skyvault {
@@ -22,55 +23,24 @@ TEST(CubeFace, OutermostPixelsSitOneStepInsideTheEdge) {
     EXPECT_EQ(FacePixelToDirection(0, CubeFace::Top, 0, 0).y, 0.0f);
 }
 
-/// Along a shared edge two faces must look (nearly) the same way; a turned or mirrored face would not.
-TEST(CubeFace, NeighboursMeetAlongAllTwelveEdges) {
-    constexpr int n = 257, last = n - 1;
-    enum Edge { kLeft, kRight, kTop, kBottom };
-    const auto pixel = [](CubeFace face, Edge edge, int t) {
-        const int column = edge == kLeft ? 0 : edge == kRight ? last : t;
-        return FacePixelToDirection(n, face, column, edge == kTop ? 0 : edge == kBottom ? last : t);
-    };
-    using enum CubeFace;
-    const struct {
-        CubeFace a;
-        Edge edgeOfA;
-        CubeFace b;
-        Edge edgeOfB;
-        bool reversed;
-    } seams[] = {{Front, kRight, Right, kLeft, false},    {Right, kRight, Back, kLeft, false},
-                 {Back, kRight, Left, kLeft, false},      {Left, kRight, Front, kLeft, false},
-                 {Top, kBottom, Front, kTop, false},      {Top, kLeft, Left, kTop, false},
-                 {Top, kRight, Right, kTop, true},        {Top, kTop, Back, kTop, true},
-                 {Bottom, kTop, Front, kBottom, false},   {Bottom, kLeft, Left, kBottom, true},
-                 {Bottom, kRight, Right, kBottom, false}, {Bottom, kBottom, Back, kBottom, true}};
-    for (const auto& seam : seams) {
-        for (int t = 0; t < n; ++t) {
-            const Direction a = pixel(seam.a, seam.edgeOfA, t);
-            const Direction b = pixel(seam.b, seam.edgeOfB, seam.reversed ? last - t : t);
-            ASSERT_GT(a.x * b.x + a.y * b.y + a.z * b.z, 0.99995f)
-                << "faces " << static_cast<int>(seam.a) << " and " << static_cast<int>(seam.b);
-        }
+TEST(CubeFace, APixelsDirectionMeetsThePixel) {
+    for (int at = 0; at < kFaceCount * 65 * 65; ++at) {
+        const CubeFace face = static_cast<CubeFace>(at % kFaceCount);
+        const int column = at / kFaceCount % 65, row = at / kFaceCount / 65;
+        // The grid of directions is narrower than that of pixels by a step.
+        const FacePixel p = DirectionToFacePixel(FacePixelToDirection(65, face, column, row), 65);
+        ASSERT_TRUE(p.found && p.face == face && std::abs(p.column - column) <= 1 &&
+                    std::abs(p.row - row) <= 1)
+            << static_cast<int>(face) << ": " << column << ", " << row;
     }
 }
 
 TEST(CubeFace, ADirectionMeetsTheFaceItLooksAt) {
-    using enum CubeFace;
-    // Faces of 5 × 5: the middle is (2, 2); ties go to z before x before y.
-    const struct {
-        Direction d;
-        CubeFace face;
-        int column, row;
-    } cases[] = {
-        {{0, 0, 1}, Front, 2, 2},     {{0, 0, -3}, Back, 2, 2},        {{2, 0, 0}, Right, 2, 2},
-        {{-1, 0, 0}, Left, 2, 2},     {{0, 1, 0}, Top, 2, 2},          {{0, -1, 0}, Bottom, 2, 2},
-        {{1, 0, 1}, Front, 4, 2},     {{1, 1, 0}, Right, 2, 0},        {{1, 1, 1}, Front, 4, 0},
-        {{-1, 1, 1}, Front, 0, 0},    {{1, 0.6f, -1}, Back, 0, 0},     {{0.6f, -1, 0.6f}, Bottom, 3, 0},
-        {{0.6f, 1, 0.6f}, Top, 3, 3}, {{1, -0.6f, 0.6f}, Right, 0, 3}, {{-1, -0.6f, 0.6f}, Left, 3, 3}};
-    for (const auto& c : cases) {
-        const FacePixel p = DirectionToFacePixel(c.d, 5);
-        EXPECT_TRUE(p.found && p.face == c.face && p.column == c.column && p.row == c.row)
-            << c.d.x << " " << c.d.y << " " << c.d.z << " gives " << static_cast<int>(p.face) << ": "
-            << p.column << ", " << p.row;
+    for (const auto& [where, x, y, z, face, column, row] :
+         TableOf<float, float, float, int, int, int>("face_pixels")) {
+        const FacePixel p = DirectionToFacePixel({x, y, z}, 5);
+        EXPECT_TRUE(p.found && static_cast<int>(p.face) == face && p.column == column && p.row == row)
+            << where << " gives " << static_cast<int>(p.face) << ": " << p.column << ", " << p.row;
     }
     EXPECT_EQ(DirectionToFacePixel({1.0000001f, 0, 1}, 256).column, 0) << "Right, next to Front";
     EXPECT_EQ(DirectionToFacePixel({1, 0, 1}, 256).column, 255);
@@ -85,28 +55,6 @@ TEST(CubeFace, WhatIsNoDirectionOrNoFaceReadsOpaqueWhite) {
         EXPECT_TRUE(value.format == PixelFormat::Rgba8 && value.color8 == kOpaqueWhite);
     }
     EXPECT_EQ(SampleCubeFaces(faces, {0, 0, 1}).format, PixelFormat::Rgb16);
-}
-
-TEST(Directions, SphericalCoordinatesOfTheAxesAndUnitVectors) {
-    const float half = kPi / 2;
-    const struct {
-        Direction d;
-        float longitude, latitude;
-    } cases[] = {{{0, 0, 1}, 0, 0},      {{1, 0, 0}, half, 0},      {{-1, 0, 0}, -half, 0},
-                 {{0, 0, -1}, kPi, 0},   {{-0.0f, 0, -1}, -kPi, 0}, {{0, 1, 0}, 0, half},
-                 {{0, -1, 0}, 0, -half}, {{0, 0, 0}, 0, -half}};
-    for (const auto& c : cases) {
-        const Spherical s = ToSpherical(c.d);
-        EXPECT_TRUE(s.longitude == c.longitude && s.latitude == c.latitude)
-            << c.d.x << " " << c.d.y << " " << c.d.z << " gives " << s.longitude << ", " << s.latitude;
-        Direction n = c.d;
-        Normalize(n);
-        EXPECT_TRUE(n.x == c.d.x && n.y == c.d.y && n.z == c.d.z) << "unit and zero vectors stay";
-    }
-    Direction d{3, 0, 4};
-    Normalize(d);
-    EXPECT_FLOAT_EQ(d.x, 0.6f);
-    EXPECT_FLOAT_EQ(d.z, 0.8f);
 }
 
 /// Distance of a float from the exact value, in units of the float's last place.

@@ -8,7 +8,10 @@
 #include <fstream>
 #include <sstream>
 #include <string>
+#include <tuple>
 #include <vector>
+
+#include "platform/utf8.h"
 
 namespace skyvault {
 
@@ -35,6 +38,39 @@ inline std::vector<DataRow> DataTable(const std::string& name) {
         if (line.ends_with('\t')) row.cells.emplace_back();
     }
     EXPECT_FALSE(rows.empty()) << name << ".tsv";
+    return rows;
+}
+
+/// A cell as a number, a text, or Y or N.
+template <typename T>
+T ValueOf(const std::string& cell) {
+    if constexpr (std::is_same_v<T, bool>) {
+        return cell == "Y";
+    } else if constexpr (std::is_floating_point_v<T>) {
+        return static_cast<T>(std::stod(cell));
+    } else if constexpr (std::is_unsigned_v<T>) {
+        return static_cast<T>(std::stoull(cell));
+    } else if constexpr (std::is_integral_v<T>) {
+        return static_cast<T>(std::stoll(cell));
+    } else if constexpr (std::is_same_v<T, std::wstring>) {
+        return FromUtf8(cell);
+    } else {
+        return cell;
+    }
+}
+
+/// The rows of a table whose columns have these types; where the row is comes first.
+template <typename... Types>
+std::vector<std::tuple<std::string, Types...>> TableOf(const std::string& name) {
+    std::vector<std::tuple<std::string, Types...>> rows;
+    for (const DataRow& row : DataTable(name)) {
+        std::size_t cell = 0;
+        const auto fill = [&](std::string& where, Types&... values) {
+            where = row.where;
+            ((values = ValueOf<Types>(row[cell++])), ...);
+        };
+        std::apply(fill, rows.emplace_back());
+    }
     return rows;
 }
 

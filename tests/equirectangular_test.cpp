@@ -1,4 +1,5 @@
-// One direction's pixel, sizes and their messages, and the driver that builds layouts and faces.
+// Modifications, one direction's pixel, sizes and their messages, and the driver that builds layouts and
+// faces.
 #include <gtest/gtest.h>
 
 #include "projection/build_faces.h"
@@ -12,6 +13,41 @@
 namespace skyvault::test {
 namespace {
 
+/// What an output pixel looks at that lies along the direction.
+Direction Turned(const Modifications& m, const Direction& d) {
+    return Transform(d, m.orientation);
+}
+
+TEST(Modifications, TurnsGoRightDownAndClockwiseInTheFrameOfTheOutput) {
+    Modifications turned, pitched, rolled;
+    RotatePanorama(turned, kPi / 2, 0, 0);
+    EXPECT_NEAR(Turned(turned, {0, 0, 1}).x, 1, 1e-6) << "what was to the right";
+    RotatePanorama(pitched, 0, -kPi / 2, 0);
+    EXPECT_NEAR(Turned(pitched, {0, 0, 1}).y, 1, 1e-6) << "a negative pitch looks up";
+    RotatePanorama(rolled, 0, 0, kPi / 2);
+    EXPECT_NEAR(Turned(rolled, {1, 0, 0}).y, 1, 1e-6);
+    RotatePanorama(turned, 0, -kPi / 2, 0);
+    const Direction up = Turned(turned, {0, 0, 1});
+    EXPECT_NEAR(up.y, 1, 1e-6) << "after heading right, pitching up still looks up";
+    EXPECT_NEAR(Transform(up, turned.inverseOrientation).z, 1, 1e-6);
+}
+
+TEST(Modifications, AFullTurnComesBackAndUpAndDownIsTheIdentity) {
+    for (const auto& [size, steps] :
+         {std::pair{StepSize::Plain, 360}, {StepSize::Coarse, 24}, {StepSize::Fine, 3600}}) {
+        Modifications m;
+        for (int i = 0; i < steps; ++i) RotatePanorama(m, TurnStep(size), 0, 0);
+        EXPECT_NEAR(Turned(m, {0.3f, 0.4f, 0.5f}).x, 0.3f, 2e-4) << steps;
+    }
+    Modifications m;
+    ChangeHorizon(m, -4);
+    EXPECT_EQ(m.horizonPower, -3) << "the horizon has no limit";
+    RotatePanorama(m, 0, -TurnStep(StepSize::Plain), 0);
+    EXPECT_FALSE(m.orientation.isIdentity);
+    RotatePanorama(m, 0, TurnStep(StepSize::Plain), 0);
+    EXPECT_TRUE(m.orientation.isIdentity && m.inverseOrientation.isIdentity);
+}
+
 TEST(SamplePanorama, EachModificationShowsWhatItSays) {
     TestPanorama t;
     t.SetEquirectangular(DirectionPicture(1440));
@@ -24,6 +60,7 @@ TEST(SamplePanorama, EachModificationShowsWhatItSays) {
     const Direction plain[] = {{0.3f, 0.2f, 0.5f}, {0, 0, 1},      {1, 0, 0}, {-1, 0, 0},
                                {-1e-4f, 0, -1},    {1e-4f, 0, -1}, {0, 1, 0}};
     for (const Direction& d : plain) EXPECT_TRUE(shows(d, d)) << d.x << " " << d.y << " " << d.z;
+    EXPECT_EQ(t.Sample({}).color16, t.Sample({0, -1, 0}).color16) << "no direction looks down";
     m.flipHorizontal = true;
     EXPECT_TRUE(shows({0.3f, 0.2f, 0.5f}, {0.5f, 0.2f, 0.3f})) << "x and z change places";
     m.mirrorTopToBottom = true;
@@ -35,6 +72,9 @@ TEST(SamplePanorama, EachModificationShowsWhatItSays) {
     EXPECT_TRUE(shows({0, 0, 1}, {std::sin(0.5f), 0, std::cos(0.5f)})) << "heading right";
     ChangeHorizon(m, 0.3f);
     EXPECT_TRUE(shows({0, 0, 1}, {0, -0.188f, 0.982f})) << "horizon up: the middle looks lower";
+    m.mirrorTopToBottom = true;
+    ChangeHorizon(m, 0.3f);
+    EXPECT_TRUE(shows({0.866f, -0.5f, 0}, {0.866f, 0.376f, 0})) << "mirrored, and then curved";
 }
 
 TEST(SamplePanorama, LogoDiscAtTheNadir) {

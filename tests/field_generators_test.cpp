@@ -12,6 +12,7 @@
 #include "generators/rectangles.h"
 #include "projection/fast_math.h"
 #include "projection/matrix4.h"
+#include "tests/data_table.h"
 #include "tests/generator_checks.h"
 
 namespace skyvault {
@@ -34,6 +35,9 @@ struct Row {
     float power, second;  ///< second: blobs have a contrast, the others the power that is meant
 };
 
+constexpr std::int32_t kFewest = std::numeric_limits<std::int32_t>::min();
+constexpr std::int32_t kMost = std::numeric_limits<std::int32_t>::max();
+
 /// The field between 0 and 1 at a direction.
 float PlainField(const std::vector<RandomXyz>& points, float power, float contrast, const Direction& d) {
     float sum = 0.0f;
@@ -50,9 +54,9 @@ TEST_F(FieldGenerators, BlobsShowThePointsPullAsAPaletteEntry) {
         return Color8(static_cast<std::uint8_t>(k >> 8), static_cast<std::uint8_t>(k), 9, 255);
     };
     const std::wstring entries = Save(test::Drawn(1024, 1, [&](int x, int) { return entryColour(x); }));
-    for (const Row& row :
-         {Row{20, 20, 7.0f, 0.5f}, Row{9, 9, 30.0f, 0.9f}, Row{12, 12, 20.0f, 1.0f}, Row{0, 1, 60.0f, -3.0f},
-          Row{500, 200, 1.5f, 0.0f}, Row{2, 2, 1e30f, 0.2f}, Row{3, 3, -2.0f, 2.0f}}) {
+    for (const Row& row : {Row{20, 20, 7.0f, 0.5f}, Row{9, 9, 30.0f, 0.9f}, Row{12, 12, 20.0f, 1.0f},
+                           Row{kFewest, 1, 60.0f, -3.0f}, Row{kMost, 200, 1.5f, 0.0f}, Row{2, 2, 1e30f, 0.2f},
+                           Row{3, 3, -2.0f, 2.0f}}) {
         GeneratorPanorama t;
         t.settings.blobsForceFields = row.setting;
         t.settings.blobsPower = row.power;
@@ -93,9 +97,9 @@ TEST(FieldKernels, APointAtThePixelItselfPullsAThousand) {
 
 TEST_F(FieldGenerators, LightsAddUp) {
     const float nan = std::numeric_limits<float>::quiet_NaN();
-    for (const Row& row : {Row{30, 30, 0.2f, 0.2f}, Row{0, 1, 1.0f, 1.0f}, Row{3, 3, -1.0f, 0.0f},
-                           Row{1000, 200, 0.05f, 0.05f}, Row{2, 2, 20.0f, 10.0f}, Row{3, 3, 1.3f, 1.3f},
-                           Row{9, 9, 1e-9f, 1e-9f}, Row{9, 9, nan, 0.0f}}) {
+    for (const Row& row : {Row{30, 30, 0.2f, 0.2f}, Row{0, 1, 1.0f, 1.0f}, Row{kFewest, 1, 1.0f, 1.0f},
+                           Row{3, 3, -1.0f, 0.0f}, Row{kMost, 200, 0.05f, 0.05f}, Row{2, 2, 20.0f, 10.0f},
+                           Row{3, 3, 1.3f, 1.3f}, Row{9, 9, 1e-9f, 1e-9f}, Row{9, 9, nan, 0.0f}}) {
         GeneratorPanorama t;
         t.settings.antialiasing = true;  // not for this generator
         t.settings.lightsLights = row.setting;
@@ -137,7 +141,8 @@ TEST_F(FieldGenerators, TheFirstRectangleOnTheRayGivesTheColour) {
         float width, height;
         Color8 colour;
     };
-    for (const Row& row : {Row{0, 1, 100.0f, 50.0f}, Row{60, 60, -3.0f, 5.0f}, Row{25, 25, 30.0f, 30.0f}}) {
+    for (const Row& row : {Row{kFewest, 1, 100.0f, 50.0f}, Row{kMost, 200, 5.0f, 5.0f},
+                           Row{60, 60, -3.0f, 5.0f}, Row{25, 25, 30.0f, 30.0f}}) {
         GeneratorPanorama t;
         t.settings.transparency = true;
         t.settings.backgroundColour = Color8(3, 2, 1, 255);
@@ -174,27 +179,16 @@ TEST_F(FieldGenerators, TheFirstRectangleOnTheRayGivesTheColour) {
 
 TEST(Palette, RunsAlongTheDiagonal) {
     constexpr Color8 kMark{1, 2, 3, 255};
-    struct Entry {
-        std::int32_t width, height;
-        Diagonal rule;
-        std::size_t number;
-        std::int32_t column, row;
-    };
-    for (const Entry& entry :
-         {Entry{1, 1, Diagonal::ToCorner, 999, 0, 0}, Entry{1, 1, Diagonal::EvenShares, 999, 0, 0},
-          Entry{700, 20, Diagonal::ToCorner, 500, 349, 9}, Entry{700, 20, Diagonal::ToCorner, 999, 699, 19},
-          Entry{700, 20, Diagonal::EvenShares, 500, 350, 10},
-          // Products beyond 32 bits.
-          Entry{16'000'000, 1, Diagonal::ToCorner, 999, 15'999'999, 0},
-          Entry{16'000'000, 1, Diagonal::EvenShares, 999, 15'984'000, 0}}) {
-        const auto width = static_cast<std::uint32_t>(entry.width);
-        Image picture(width, static_cast<std::uint32_t>(entry.height), PixelFormat::Rgb8);
-        picture.SetPixel(entry.column, entry.row, kMark);
+    for (const auto& [where, width, height, toCorner, entry, column, row] :
+         TableOf<std::uint32_t, std::uint32_t, bool, std::size_t, int, int>("palette_entries")) {
+        const Diagonal rule = toCorner ? Diagonal::ToCorner : Diagonal::EvenShares;
+        Image picture(width, height, PixelFormat::Rgb8);
+        picture.SetPixel(column, row, kMark);
         std::vector<Color8> colours(1000);
-        ASSERT_TRUE(DiagonalPalette(picture, entry.rule, colours));
-        EXPECT_EQ(colours[entry.number], kMark) << entry.width << " entry " << entry.number;
-        EXPECT_FALSE(DiagonalPalette(Image(), entry.rule, colours));
-        EXPECT_EQ(colours[entry.number], kMark) << "nothing is filled";
+        ASSERT_TRUE(DiagonalPalette(picture, rule, colours));
+        EXPECT_EQ(colours[entry], kMark) << where;
+        EXPECT_FALSE(DiagonalPalette(Image(), rule, colours));
+        EXPECT_EQ(colours[entry], kMark) << "nothing is filled";
     }
 }
 

@@ -27,6 +27,14 @@ inline std::vector<const LayoutRow*> WrittenLayouts() {
     return rows;
 }
 
+/// The files a layout makes of a path.
+inline std::vector<std::wstring> FilesFor(const LayoutRow& layout, const std::wstring& path) {
+    if (layout.sources == 1) return {path};
+    std::vector<std::wstring> paths;
+    for (int f = 0; f < kFaceCount; ++f) paths.push_back(SingleFilePath(path, 0, static_cast<CubeFace>(f)));
+    return paths;
+}
+
 class LayoutFaults : public testing::Test {
   public:
     static std::wstring Extension(const LayoutRow& layout) {
@@ -52,15 +60,6 @@ class LayoutFaults : public testing::Test {
 
     Outcome Export(const LayoutRow& layout, const std::wstring& path) {
         return ExportPanorama(layout, path, {}, t.settings, t.feedback, t.panorama);
-    }
-    /// The files a layout makes of a path.
-    std::vector<std::wstring> FilesFor(const LayoutRow& layout, const std::wstring& path) const {
-        if (layout.sources == 1) return {path};
-        std::vector<std::wstring> paths;
-        for (int f = 0; f < kFaceCount; ++f) {
-            paths.push_back(SingleFilePath(path, 0, static_cast<CubeFace>(f)));
-        }
-        return paths;
     }
     /// Writes small files of a layout, or a generator's picture.
     std::vector<std::wstring> Sources(const LayoutRow& layout) {

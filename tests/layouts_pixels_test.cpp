@@ -1,21 +1,18 @@
 // Every layout that is a picture, pixel by pixel against its definition (tests/layout_rules.h), and every
-// layout there and back. Both sets of kernels draw and read everything.
+// layout there and back. Both sets of kernels draw and read everything, on one thread and on many.
 #include <gtest/gtest.h>
 
 #include <cstring>
 
-#include "codecs/picture_files.h"
-#include "platform/utf8.h"
+#include "platform/parallel_rows.h"
 #include "projection/build_faces.h"
 #include "projection/disc_kernels.h"
 #include "projection/resize_image.h"
-#include "projection/single_files.h"
-#include "session/conversion.h"
+#include "tests/data_table.h"
 #include "tests/direction_picture.h"
+#include "tests/layout_faults.h"
 #include "tests/layout_rules.h"
 #include "tests/picture_io.h"
-#include "tests/temporary_folder.h"
-#include "tests/test_panorama.h"
 
 namespace skyvault::test {
 namespace {
@@ -23,13 +20,20 @@ namespace {
 class Pixels : public testing::TestWithParam<LayoutRule> {
   protected:
     Pixels() { t.settings.resolution0 = t.settings.resolution1 = t.settings.resolution2 = 0; }
-    ~Pixels() override { UseKernels(KernelSet::Fastest); }
+    ~Pixels() override {
+        UseKernels(KernelSet::Fastest);
+        SetThreadCount(0);
+    }
+    static void UseOneThread(bool one) {
+        UseKernels(one ? KernelSet::Baseline : KernelSet::Fastest);
+        SetThreadCount(one ? 1 : 8);
+    }
 
     Outcome Render(const ExportRequest& request, Image& result) {
         Image baseline;
-        UseKernels(KernelSet::Baseline);
+        UseOneThread(true);
         const Outcome outcome = rule.Row().render(t.panorama, request, quiet, baseline);
-        UseKernels(KernelSet::Fastest);
+        UseOneThread(false);
         EXPECT_EQ(rule.Row().render(t.panorama, request, t.feedback, result).reason, outcome.reason);
         EXPECT_TRUE(!outcome.IsDone() || SameBytes(result, baseline));
         return outcome;
@@ -40,9 +44,9 @@ class Pixels : public testing::TestWithParam<LayoutRule> {
         Image copy = picture.CopyRect();
         ASSERT_TRUE(Saved(copy, path));
         Panorama baseline;
-        UseKernels(KernelSet::Baseline);
+        UseOneThread(true);
         ASSERT_TRUE(ImportPanorama(rule.Row(), {path}, t.settings, quiet, baseline).IsDone());
-        UseKernels(KernelSet::Fastest);
+        UseOneThread(false);
         t.panorama = {};
         ASSERT_TRUE(ImportPanorama(rule.Row(), {path}, t.settings, t.feedback, t.panorama).IsDone());
         for (std::size_t f = 0; rule.place != nullptr && f < kFaceCount; ++f) {
@@ -107,43 +111,31 @@ void Pixels::ExpectPicture(const ExportRequest& request, const PictureSize& size
 }
 
 TEST_P(Pixels, OfViewsAreThoseOfTheirDirections) {
-    struct {
-        std::uint32_t source;  ///< width of the equirectangular picture, or four times the edge of the faces
-        int edge;              ///< of a cell in the window
-        bool faces, transparency, turned;
-    } const cases[] = {
-        {64, 16, false, false, false},  {64, 32, false, true, false},   {64, 11, false, false, true},
-        {64, 1, false, false, false},   {64, 2, false, true, true},     {64, 3, false, false, false},
-        {400, 97, false, true, true},   {40, 257, false, false, false},  // blocks of 256 pixels span cells
-        {600, 601, false, true, false},                                  // and lie wholly outside of a disc
-        {3, 5, false, false, false},    {7, 5, false, false, false},     // no grid, and faces of one pixel
-        {8, 5, false, false, false},    {36, 9, true, false, false},    {36, 18, true, true, true},
-        {4, 4, true, false, false},
-    };
     t.settings.resolution1 = t.settings.resolution2 = 2;
     t.settings.backgroundColour = Color8(10, 20, 30, 77);
-    for (const auto& c : cases) {
-        if (c.edge * rule.columns > 1700) continue;
-        SCOPED_TRACE(std::to_string(c.source) + " at " + std::to_string(c.edge));
+    for (const auto& [where, source, edge, faces, transparency, turned] :
+         TableOf<std::uint32_t, int, bool, bool, bool>("pixel_views")) {
+        if (edge * rule.columns > 1700) continue;
+        SCOPED_TRACE(where);
         t.panorama = {};
-        if (c.faces) {
-            t.SetFaces(c.source / 4, PixelFormat::Rgba8);
+        if (faces) {
+            t.SetFaces(source / 4, PixelFormat::Rgba8);
         } else {
-            t.SetEquirectangular(RandomImage(c.source, (c.source + 1) / 2, PixelFormat::Rgb16));
+            t.SetEquirectangular(RandomImage(source, (source + 1) / 2, PixelFormat::Rgb16));
         }
-        t.settings.transparency = c.transparency;
+        t.settings.transparency = transparency;
         // One more pixel in height makes no difference.
-        const ClientSize room{rule.columns * c.edge, rule.rows * c.edge + 1};
+        const ClientSize room{rule.columns * edge, rule.rows * edge + 1};
         ExportRequest request = t.ForView(rule.format, room);
-        if (c.turned) {
+        if (turned) {
             RotatePanorama(t.panorama.modifications, 0.4f, -0.8f, 0.3f);
             t.panorama.modifications.flipHorizontal = true;
             t.panorama.modifications.logoSize = 0.3f;
             request.camera = {0.5f, -0.3f, 1.0f};
         }
-        t.settings.magnifyingGlass = c.turned;
+        t.settings.magnifyingGlass = turned;
         ExpectPicture(request, ViewSizeBy(rule, room, t.settings, static_cast<int>(t.panorama.faceSize)),
-                      c.transparency ? PixelFormat::Rgba8 : PixelFormat::Rgb8);
+                      transparency ? PixelFormat::Rgba8 : PixelFormat::Rgb8);
     }
     for (const ClientSize room : {ClientSize{1000, 200}, {1001, 700}, {301, 700}, {2000, 3000}}) {
         Image picture;
@@ -298,16 +290,11 @@ TEST(Layouts, WhatWasExportedComesBack) {
         using enum PanoramaFormat;
         if (layout.kind != LayoutKind::Panorama) continue;
         SCOPED_TRACE(layout.consoleName);
-        const std::wstring path =
-            folder / (layout.ownExtension ? std::wstring(L"a.") + layout.ownExtension : L"a.png");
+        const std::wstring path = folder / (L"a" + LayoutFaults::Extension(layout));
         ASSERT_TRUE(ExportPanorama(layout, path, {}, t.settings, t.feedback, t.panorama).IsDone());
-        std::vector<std::wstring> paths = {path};
-        if (layout.sources > 1) paths.clear();
-        for (int f = 0; f < kFaceCount && layout.sources > 1; ++f) {
-            paths.push_back(SingleFilePath(path, 0, static_cast<CubeFace>(f)));
-        }
         TestPanorama again;
-        ASSERT_TRUE(ImportPanorama(layout, paths, t.settings, t.feedback, again.panorama).IsDone());
+        const std::vector<std::wstring> files = FilesFor(layout, path);
+        ASSERT_TRUE(ImportPanorama(layout, files, t.settings, t.feedback, again.panorama).IsDone());
         for (int n = 0; n < 200; ++n) {
             const double z = 1 - (n + 0.5) / 100, around = n * 2.399963, radius = std::sqrt(1 - z * z);
             const Direction d = ToDirection(radius * std::cos(around), radius * std::sin(around), z);

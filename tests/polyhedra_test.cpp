@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "generators/polyhedron_faces.h"
+#include "tests/data_table.h"
 #include "tests/generator_checks.h"
 
 namespace skyvault {
@@ -15,14 +16,13 @@ namespace {
 
 struct Solid {
     PanoramaFormat format;
-    int faces, sides;  ///< sides of a face; the football has faces of two kinds
+    int faces;
+    bool IsHexagon(int face) const { return format == PanoramaFormat::Football && face >= 12; }
 };
 
-constexpr Solid kSolids[] = {
-    {PanoramaFormat::Tetrahedron, 4, 3},  {PanoramaFormat::Hexahedron, 6, 4},
-    {PanoramaFormat::Octahedron, 8, 3},   {PanoramaFormat::Dodecahedron, 12, 5},
-    {PanoramaFormat::Icosahedron, 20, 3}, {PanoramaFormat::Football, 32, 0},
-};
+constexpr Solid kSolids[] = {{PanoramaFormat::Tetrahedron, 4},  {PanoramaFormat::Hexahedron, 6},
+                             {PanoramaFormat::Octahedron, 8},   {PanoramaFormat::Dodecahedron, 12},
+                             {PanoramaFormat::Icosahedron, 20}, {PanoramaFormat::Football, 32}};
 
 constexpr Color8 kBlack{0, 0, 0, 255};
 
@@ -73,7 +73,7 @@ TEST_F(Polyhedra, AllFacesAreSeenAndEachHasItsShareOfTheSphere) {
         EXPECT_EQ(test::CountPixels(t.panorama, look), 0) << "pixels of no frame's colour";
         const double all = std::accumulate(seen.begin(), seen.end(), 0.0);
         for (int i = 0; i < solid.faces; ++i) {
-            const double share = solid.sides > 0 ? 1.0 / solid.faces : i < 12 ? pentagon : hexagon;
+            const double share = solid.faces < 32 ? 1.0 / solid.faces : i < 12 ? pentagon : hexagon;
             EXPECT_NEAR(seen[static_cast<std::size_t>(i)] / all / share, 1, 0.02)
                 << solid.faces << " faces, face " << i;
         }
@@ -87,9 +87,7 @@ TEST_F(Polyhedra, PicturesAreUprightAndNotMirrored) {
         const Polyhedron shape = MakePolyhedron(solid.format);
         ASSERT_EQ(shape.faceCount, solid.faces);
         for (int i = 0; i < solid.faces; ++i) {
-            const auto& face = shape.faces[static_cast<std::size_t>(i)];
-            EXPECT_EQ(face.edgeCount, solid.sides > 0 ? solid.sides : i < 12 ? 5 : 6) << i;
-            Direction n = face.plane;
+            Direction n = shape.faces[static_cast<std::size_t>(i)].plane;
             Normalize(n);
             // Up is the way to the zenith; where that is no way, as a cube map's top and bottom have it. To
             // the right of someone who looks along n with the head up.
@@ -108,25 +106,15 @@ TEST_F(Polyhedra, PicturesAreUprightAndNotMirrored) {
 }
 
 TEST_F(Polyhedra, PicturesAreAsLargeAsAskedAndRepeat) {
-    struct Row {
-        int width, height;
-        float scale;
-        int across, down;  ///< how many halves of the picture a face shows
-    };
-    for (const Row& row : {Row{16, 16, 2 * kInscribed, 2, 2},
-                           // One whole picture in the middle and half of one on either side.
-                           Row{16, 16, kInscribed / 2, 4, 4}, Row{16, 16, kInscribed / 4, 8, 8},
-                           // Measured along the shorter side: the longer one is beyond the face, or repeats
-                           // half as often.
-                           Row{32, 16, kInscribed, 2, 2}, Row{32, 16, kInscribed / 2, 2, 4},
-                           Row{16, 32, kInscribed / 4, 8, 4}}) {
+    for (const auto& [where, width, height, scale, across, down] :
+         TableOf<int, int, float, int, int>("polyhedra_pictures")) {
         PolyhedronPanorama t;
-        t.settings.polyhedraTextureScale = row.scale;
-        t.Show(Quarters(row.width, row.height));
+        t.settings.polyhedraTextureScale = scale * kInscribed;
+        t.Show(Quarters(width, height));
         for (const Image& face : t.panorama.faces) {
             for (int i = 1; i < 256; ++i) {
-                EXPECT_EQ(face.GetPixel8(i, 9) != face.GetPixel8(i - 1, 9), i % (256 / row.across) == 0) << i;
-                EXPECT_EQ(face.GetPixel8(9, i) != face.GetPixel8(9, i - 1), i % (256 / row.down) == 0) << i;
+                EXPECT_EQ(face.GetPixel8(i, 9) != face.GetPixel8(i - 1, 9), i % (256 / across) == 0) << where;
+                EXPECT_EQ(face.GetPixel8(9, i) != face.GetPixel8(9, i - 1), i % (256 / down) == 0) << where;
             }
         }
     }
@@ -152,9 +140,8 @@ TEST_F(Polyhedra, ABorderIsAsWideAsAskedOnEveryFace) {
             t.settings.polyhedraBorder = width;
             t.Show(texture, solid.format);
             for (int i = 0; i < solid.faces; ++i) {
-                const bool isHexagon = solid.sides == 0 && i >= 12;
                 EXPECT_EQ(t.Along(shape.faces[static_cast<std::size_t>(i)].plane) == kBlack,
-                          width > (isHexagon ? hexagon : 1.0f))
+                          width > (solid.IsHexagon(i) ? hexagon : 1.0f))
                     << solid.faces << " faces, face " << i << ", " << width;
             }
             const auto isBlack = [](auto&, const Color8& colour) { return colour == kBlack; };
@@ -172,18 +159,12 @@ TEST_F(Polyhedra, FacesShowTheFramesInTurn) {
             EXPECT_EQ(t.Along(FacePixelToDirection(256, static_cast<CubeFace>(f), 30, 200)), FrameColour(f));
         }
     }
-    const struct {
-        int faces, pentagons, frames;
-        int first, rest;  ///< how many of them pentagons (or all faces) and hexagons show
-    } rows[] = {{4, 0, 1, 1, 0},   {8, 0, 3, 3, 0},      {6, 0, 100, 100, 0},
-                {32, 12, 1, 1, 0}, {32, 12, 2, 1, 1},    {32, 12, 3, 1, 2},
-                {32, 12, 8, 3, 5}, {32, 12, 32, 12, 20}, {32, 12, 500, 12, 20}};
-    for (const auto& row : rows) {
-        for (int i = 0; i < row.faces; ++i) {
-            const bool isRest = row.rest > 0 && i >= row.pentagons;
-            EXPECT_EQ(FrameOfFace(i, row.faces, row.pentagons, row.frames),
-                      isRest ? row.first + (i - row.pentagons) % row.rest : i % row.first)
-                << row.faces << " faces, " << row.frames << " frames, face " << i;
+    for (const auto& [where, faces, pentagons, frames, first, rest] :
+         TableOf<int, int, int, int, int>("polyhedra_frames")) {
+        for (int i = 0; i < faces; ++i) {
+            EXPECT_EQ(FrameOfFace(i, faces, pentagons, frames),
+                      rest > 0 && i >= pentagons ? first + (i - pentagons) % rest : i % first)
+                << where << ", face " << i;
         }
     }
 }

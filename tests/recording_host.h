@@ -9,9 +9,42 @@
 
 namespace skyvault::test {
 
+struct Told {
+    std::vector<std::wstring> information, errors, titles, progressTexts;
+    std::vector<float> fractions;
+    bool active = false;  ///< the progress box is shown
+    /// Every call but SetProgress in its order: "ask", "information", "error", "begin", "reset", "end",
+    /// "title", "checks", "show".
+    std::vector<std::string> calls;
+};
+
+/// Remembers what an operation said.
+template <typename Listener>
+struct Recording : Listener, Told {
+    void Information(const std::wstring& text) override {
+        calls.push_back("information");
+        information.push_back(text);
+    }
+    void BeginProgress() override {
+        calls.push_back("begin");
+        active = true;
+    }
+    void SetProgress(float fraction, std::wstring_view text) override {
+        fractions.push_back(fraction);
+        progressTexts.emplace_back(text);
+    }
+    void ResetProgress() override { calls.push_back("reset"); }
+    void EndProgress() override {
+        calls.push_back("end");
+        active = false;
+    }
+    bool ProgressActive() const override { return active; }
+};
+
+using RecordingFeedback = Recording<Feedback>;
+
 /// A host that answers dialogs from a queue, and shows nothing.
-class RecordingHost : public Host {
-  public:
+struct RecordingHost : Recording<Host> {
     struct Dialog {
         FileDialogKind kind;
         std::wstring startPath, title;
@@ -24,40 +57,21 @@ class RecordingHost : public Host {
     bool canShow = true;
 
     // What the program did.
-    std::vector<std::wstring> information, errors, titles;
     std::vector<Dialog> dialogs;
     std::vector<Image> shown;  ///< copies
-    std::vector<float> progress;
-    std::vector<std::wstring> progressTexts;
-    bool progressOpen = false;
-    /// Every call but SetProgress in its order: "ask", "information", "error", "begin", "reset", "end",
-    /// "title", "checks", "show".
-    std::vector<std::string> calls;
 
-    void Information(const std::wstring& text) override {
-        calls.push_back("information");
-        information.push_back(text);
+    /// Begins anew: nothing is remembered, nothing will be answered.
+    void Forget() {
+        static_cast<Told&>(*this) = {};
+        answers.clear();
+        dialogs.clear();
+        shown.clear();
     }
+
     void Error(const std::wstring& text) override {
         calls.push_back("error");
         errors.push_back(text);
     }
-    void BeginProgress() override {
-        calls.push_back("begin");
-        progressOpen = true;
-    }
-    void SetProgress(float fraction, std::wstring_view text) override {
-        if (!progressOpen) return;
-        progress.push_back(fraction);
-        progressTexts.emplace_back(text);
-    }
-    void ResetProgress() override { calls.push_back("reset"); }
-    void EndProgress() override {
-        calls.push_back("end");
-        progressOpen = false;
-    }
-    bool ProgressActive() const override { return progressOpen; }
-
     ClientSize Size() const override { return clientSize; }
     bool Show(const Image& picture) override {
         calls.push_back("show");
@@ -65,7 +79,6 @@ class RecordingHost : public Host {
         return true;
     }
     bool CanShow() const override { return canShow; }
-
     std::wstring AskForFile(FileDialogKind kind, const std::wstring& startPath,
                             const std::wstring& title) override {
         calls.push_back("ask");

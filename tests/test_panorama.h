@@ -10,25 +10,9 @@
 #include "image/pixel_rows.h"
 #include "projection/layout_requests.h"
 #include "projection/sample_panorama.h"
+#include "tests/recording_host.h"
 
 namespace skyvault::test {
-
-/// Remembers what an operation said.
-struct RecordingFeedback : Feedback {
-    std::vector<std::wstring> information, progressTexts;
-    std::vector<float> fractions;
-    bool active = false;
-
-    void Information(const std::wstring& text) override { information.push_back(text); }
-    void BeginProgress() override { active = true; }
-    void SetProgress(float fraction, std::wstring_view text) override {
-        fractions.push_back(fraction);
-        progressTexts.emplace_back(text);
-    }
-    void ResetProgress() override {}
-    void EndProgress() override { active = false; }
-    bool ProgressActive() const override { return active; }
-};
 
 inline const std::vector<PixelFormat>& AllFormats() {
     static const std::vector<PixelFormat> formats = {

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
+#include <limits>
 #include <vector>
 
 #include "generators/palette.h"
@@ -100,7 +101,8 @@ TEST_F(VoronoiTest, SettingsReachTheSeedsWithinTheirBounds) {
         bool smooth;
         float power, meantPower;
     };
-    for (const Row& row : {Row{0, 1, false, 3.0f, 3.0f}, Row{5000, 2000, false, 3.0f, 3.0f},
+    for (const Row& row : {Row{std::numeric_limits<int>::min(), 1, false, 3.0f, 3.0f},
+                           Row{std::numeric_limits<int>::max(), 2000, false, 3.0f, 3.0f},
                            Row{3, 3, true, -2.0f, 0.0f}, Row{3, 3, true, 1e6f, 100.0f}}) {
         GeneratorPanorama t;
         t.settings.voronoiPoints = row.points;
