@@ -4,26 +4,20 @@
 #include <algorithm>
 #include <cmath>
 
-#include "image/image.h"
 #include "projection/direction.h"
+#include "tests/test_panorama.h"
 
 namespace skyvault::test {
 
 /// Equirectangular; red, green and blue are the direction's x, y and z, from −1..1 to 0..65535.
 inline Image DirectionPicture(std::int32_t width) {
-    const std::int32_t height = width / 2;
-    Image image(static_cast<std::uint32_t>(width), static_cast<std::uint32_t>(height), PixelFormat::Rgb16);
     const auto channel = [](double v) { return static_cast<std::uint16_t>((v + 1) * 32767.5); };
-    PixelValue value;
-    value.format = PixelFormat::Rgb16;
-    for (std::int32_t at = 0; at < width * height; ++at) {
-        const double longitude = 2 * kPiWide * (at % width) / width - kPiWide;
-        const double latitude = kHalfPiWide - kPiWide * (at / width) / height;
-        value.color16 = {channel(std::cos(latitude) * std::sin(longitude)), channel(std::sin(latitude)),
-                         channel(std::cos(latitude) * std::cos(longitude)), 65535};
-        image.SetPixel(at % width, at / width, value);
-    }
-    return image;
+    return Drawn(width, width / 2, PixelFormat::Rgb16, [&](int column, int row) {
+        const double longitude = 2 * kPiWide * column / width - kPiWide;
+        const double latitude = kHalfPiWide - kPiWide * row / (width / 2);
+        return Color16{channel(std::cos(latitude) * std::sin(longitude)), channel(std::sin(latitude)),
+                       channel(std::cos(latitude) * std::cos(longitude)), 65535};
+    });
 }
 
 /// How far a pixel of it is from a direction, in degrees.

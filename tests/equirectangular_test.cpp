@@ -7,8 +7,8 @@
 #include "projection/export_size.h"
 #include "projection/preview.h"
 #include "projection/resize_image.h"
+#include "tests/data_table.h"
 #include "tests/direction_picture.h"
-#include "tests/test_panorama.h"
 
 namespace skyvault::test {
 namespace {
@@ -93,10 +93,9 @@ TEST(SamplePanorama, LogoDiscAtTheNadir) {
     t.settings.transparency = true;
     EXPECT_NE(at(0.19f, 0), Color8(1, 2, 3, 255)) << "nothing to show where the background is transparent";
     // Row 0 of the logo towards the front, column 0 towards the left.
-    Image& logo = t.panorama.logoPicture = Image(4, 4, PixelFormat::Rgba8);
-    for (int p = 0; p < 16; ++p) {
-        logo.SetPixel(p % 4, p / 4, Color8(255, static_cast<std::uint8_t>(p % 4 / 2 + p / 8 * 2), 0, 255));
-    }
+    t.panorama.logoPicture = Drawn(4, 4, PixelFormat::Rgba8, [](int x, int y) {
+        return Color8(255, static_cast<std::uint8_t>(x / 2 + y / 2 * 2), 0, 255);
+    });
     EXPECT_EQ(at(-0.1f, 0.1f), Color8(255, 0, 0, 255)) << "front left";
     EXPECT_EQ(at(0.1f, 0.1f), Color8(255, 1, 0, 255)) << "front right";
     EXPECT_EQ(at(-0.1f, -0.1f), Color8(255, 2, 0, 255)) << "back left";
@@ -107,34 +106,17 @@ TEST(ExportSize, NeverMoreThanTheSourceAndSaysSo) {
     t.settings.resolution0 = 2;
     t.settings.resolution1 = 4;
     t.settings.resolution2 = 99;
-    const std::wstring tooLow = L"The resolution of the source 360° photo is too low to export as ";
-    const struct {
-        SizeKind kind;
-        std::int32_t source;
-        bool powerOfTwo;
-        std::int32_t size;
-        std::vector<std::wstring> told;
-    } rows[] = {
-        {SizeKind::Equirectangular,
-         4000,
-         false,
-         4000,
-         {tooLow + L"4096 x 2048\n\nThe photo will be exported as 4000 x 2000"}},
-        {SizeKind::CubeMap,
-         1000,
-         true,
-         1024,
-         {tooLow + L"6 x 1024 x 1024\n\nThe photo will be exported as 6 x 1000 x 1000",
-          L"The resolution has been changed from 1000 to 1024 to make it a power of 2"}},
-        {SizeKind::Equirectangular, 4096, true, 4096, {}},  // just enough
-        {SizeKind::Square, 0, false, 256, {}},              // no source limits it
-    };
-    for (const auto& row : rows) {
+    for (const auto& [where, kind, source, powerOfTwo, size, expected] :
+         TableOf<int, int, bool, int, std::wstring>("export_sizes")) {
         t.feedback.information.clear();
-        EXPECT_EQ(ChooseExportSize(t.ForFile({}), row.kind, row.source, t.feedback, row.powerOfTwo),
-                  row.size);
-        EXPECT_EQ(t.feedback.information, row.told);
+        EXPECT_EQ(ChooseExportSize(t.ForFile({}), SizeKind{kind}, source, t.feedback, powerOfTwo), size)
+            << where;
+        std::wstring told;
+        for (const std::wstring& text : t.feedback.information) told += text + L"|";
+        std::replace(told.begin(), told.end(), L'\n', L'^');
+        EXPECT_EQ(told, expected) << where;
     }
+    t.feedback.information.clear();
     EXPECT_EQ(ChooseExportSize(t.ForView({}), SizeKind::CubeMap, 100, t.feedback, true), 128);
     EXPECT_TRUE(t.feedback.information.empty()) << "views never show a message";
     // The preview has sizes of its own.

@@ -53,7 +53,8 @@ TEST_F(FieldGenerators, BlobsShowThePointsPullAsAPaletteEntry) {
     const auto entryColour = [](int k) {
         return Color8(static_cast<std::uint8_t>(k >> 8), static_cast<std::uint8_t>(k), 9, 255);
     };
-    const std::wstring entries = Save(test::Drawn(1024, 1, [&](int x, int) { return entryColour(x); }));
+    const std::wstring entries =
+        Save(test::Drawn(1024, 1, PixelFormat::Rgb8, [&](int x, int) { return entryColour(x); }));
     for (const Row& row : {Row{20, 20, 7.0f, 0.5f}, Row{9, 9, 30.0f, 0.9f}, Row{12, 12, 20.0f, 1.0f},
                            Row{kFewest, 1, 60.0f, -3.0f}, Row{kMost, 200, 1.5f, 0.0f}, Row{2, 2, 1e30f, 0.2f},
                            Row{3, 3, -2.0f, 2.0f}}) {

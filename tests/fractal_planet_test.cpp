@@ -115,7 +115,7 @@ using FractalPlanet = test::GeneratorTest;
 
 TEST_F(FractalPlanet, ContrastReachesFurtherIntoThePaletteAndSettingsAreKeptWithin0And1) {
     const auto red = [](int x, int) { return Color8(static_cast<std::uint8_t>(x), 0, 0, 255); };
-    const std::wstring palette = Save(test::Drawn(256, 1, red));
+    const std::wstring palette = Save(test::Drawn(256, 1, PixelFormat::Rgb8, red));
     const float nan = std::numeric_limits<float>::quiet_NaN();
     struct Row {
         float contrast, beyond;  ///< beyond: a setting that counts as the same

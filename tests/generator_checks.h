@@ -44,15 +44,6 @@ struct GeneratorTest : testing::Test {
     }
 };
 
-inline Image Drawn(int width, int height, const std::function<Color8(int, int)>& colourAt,
-                   PixelFormat format = PixelFormat::Rgb8) {
-    Image picture(static_cast<std::uint32_t>(width), static_cast<std::uint32_t>(height), format);
-    for (int i = 0; i < width * height; ++i) {
-        picture.SetPixel(i % width, i / width, colourAt(i % width, i / width));
-    }
-    return picture;
-}
-
 /// Asks every step-th pixel of the six faces, beginning in another column in each row.
 inline int CountPixels(const Panorama& panorama,
                        const std::function<bool(const Direction&, const Color8&)>& counts, int step = 1) {

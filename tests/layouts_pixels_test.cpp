@@ -212,15 +212,7 @@ TEST_P(Pixels, OfImportedFacesComeFromTheirPlaces) {
     for (const auto& [wide, high] : sizes) {
         const int width = wide, height = high;
         SCOPED_TRACE(std::to_string(width) + " x " + std::to_string(height));
-        Image picture(static_cast<std::uint32_t>(width), static_cast<std::uint32_t>(height),
-                      PixelFormat::Rgb16);
-        PixelValue value;
-        value.format = PixelFormat::Rgb16;
-        for (int at = 0; at < width * height; ++at) {
-            value.color16 = ColourOfPlace(at % width, at / width);
-            picture.SetPixel(at % width, at / width, value);
-        }
-        Import(picture);
+        Import(Drawn(width, height, PixelFormat::Rgb16, ColourOfPlace));
         const int N = rule.format == PanoramaFormat::InteriorStrip ? height
                       : rule.IsCells()                             ? width / columns
                       : isRoom                                     ? width

@@ -44,12 +44,13 @@ struct Polyhedra : test::GeneratorTest {
     /// One-coloured frames side by side, or one below the other.
     std::wstring Filmstrip(int frames, bool standing = false) const {
         const auto colour = [&](int x, int y) { return FrameColour((standing ? y : x) / 8); };
-        return Save(test::Drawn(standing ? 8 : 8 * frames, standing ? 8 * frames : 8, colour));
+        return Save(
+            test::Drawn(standing ? 8 : 8 * frames, standing ? 8 * frames : 8, PixelFormat::Rgb8, colour));
     }
     /// Red in the left half, green in the upper one.
     std::wstring Quarters(int width = 16, int height = 16) const {
         const auto quarter = [&](int x, int y) { return Quarter(x < width / 2, y < height / 2); };
-        return Save(test::Drawn(width, height, quarter));
+        return Save(test::Drawn(width, height, PixelFormat::Rgb8, quarter));
     }
     static Color8 Quarter(bool left, bool top) { return Color8(left ? 200 : 0, top ? 200 : 0, 50, 255); }
 };
@@ -171,7 +172,7 @@ TEST_F(Polyhedra, FacesShowTheFramesInTurn) {
 
 TEST_F(Polyhedra, TransparentPlacesShowTheBackground) {
     const auto half = [](int x, int) { return x == 0 ? Color8(255, 0, 0, 0) : Color8(0, 0, 255, 255); };
-    const std::wstring texture = Save(test::Drawn(2, 1, half, PixelFormat::Rgba8));
+    const std::wstring texture = Save(test::Drawn(2, 1, PixelFormat::Rgba8, half));
     PolyhedronPanorama t;
     t.settings.transparency = true;
     t.Show(texture);

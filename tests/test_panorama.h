@@ -46,6 +46,24 @@ inline Image RandomImage(std::uint32_t width, std::uint32_t height, PixelFormat 
     return image;
 }
 
+/// A picture whose pixels are Color8 or Color16 by their column and row.
+template <typename ColourAt>
+Image Drawn(int width, int height, PixelFormat format, const ColourAt& colourAt) {
+    Image picture(static_cast<std::uint32_t>(width), static_cast<std::uint32_t>(height), format);
+    for (int i = 0; i < width * height; ++i) {
+        const auto colour = colourAt(i % width, i / width);
+        PixelValue value;
+        if constexpr (std::is_same_v<decltype(colour), const Color8>) {
+            value = PixelValue(colour);
+        } else {
+            value.format = PixelFormat::Rgba16;
+            value.color16 = colour;
+        }
+        picture.SetPixel(i % width, i / width, value);
+    }
+    return picture;
+}
+
 /// A panorama with settings and feedback of its own, and the requests that go with them.
 struct TestPanorama {
     RecordingFeedback feedback;
