@@ -42,9 +42,9 @@ TEST(Modifications, AFullTurnComesBackAndUpAndDownIsTheIdentity) {
     Modifications m;
     ChangeHorizon(m, -4);
     EXPECT_EQ(m.horizonPower, -3) << "the horizon has no limit";
-    RotatePanorama(m, 0, -TurnStep(StepSize::Plain), 0);
+    RotatePanorama(m, 0, -TurnStep(StepSize::Fine), 0);
     EXPECT_FALSE(m.orientation.isIdentity);
-    RotatePanorama(m, 0, TurnStep(StepSize::Plain), 0);
+    RotatePanorama(m, 0, TurnStep(StepSize::Fine), 0);
     EXPECT_TRUE(m.orientation.isIdentity && m.inverseOrientation.isIdentity);
 }
 
