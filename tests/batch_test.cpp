@@ -201,13 +201,15 @@ TEST_F(Batch, MissingFacesAreTold) {
     EXPECT_EQ(listener.missingFaces, 4u);
 }
 
-TEST_F(Batch, StoppingKeepsWhatIsDone) {
+TEST_F(Batch, UnwritableResultsDoNotStopItAndStoppingKeepsWhatIsDone) {
     for (const wchar_t* name : {L"a.png", L"b.png", L"c.png"}) PutPicture(name);
+    ASSERT_TRUE(CreateFolder(Result(L"a.png")));
     Listener listener;
     listener.stopBefore = 2;
     const BatchCounts counts = RunBatch(job_, Plan().items, false, settings_, listener);
-    EXPECT_EQ(counts.converted, 2u);
+    EXPECT_EQ(TextOfCounts(counts), L"1 converted, 1 failed, 0 skipped");
     EXPECT_EQ(listener.begun, (std::vector<std::size_t>{0, 1}));
+    EXPECT_TRUE(listener.reasons[0].starts_with(L"Could not write")) << ToUtf8(listener.reasons[0]);
     EXPECT_EQ(Results().size(), 2u);
 }
 

@@ -206,7 +206,7 @@ TEST_F(SessionTest, ExportWritesAndBecomesTheView) {
         EXPECT_EQ(settings.view, static_cast<std::int32_t>(c.format));
         // The picture shown is the written one, not a new build in the window's size.
         ASSERT_EQ(host.shown.size(), 1u);
-        EXPECT_EQ(PictureSize(host.shown[0].width, host.shown[0].height), c.size);
+        EXPECT_EQ((PictureSize{host.shown[0].width, host.shown[0].height}), c.size);
         const Calls end = {"end", "information", "checks", "show"};
         ASSERT_GE(host.calls.size(), end.size());
         EXPECT_TRUE(std::equal(end.rbegin(), end.rend(), host.calls.rbegin()));
