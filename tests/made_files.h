@@ -3,19 +3,16 @@
 #pragma once
 
 #include <algorithm>
-#include <array>
-#include <cstdint>
-#include <cstdlib>
-#include <initializer_list>
 #include <iterator>
 #include <span>
 #include <sstream>
-#include <string>
-#include <vector>
 
 #include "platform/file_stream.h"
+#include "platform/utf8.h"
 #include "tests/data_table.h"
 #include "tests/picture_io.h"
+#include "tests/temporary_folder.h"
+#include "tests/test_panorama.h"
 
 namespace skyvault::test {
 

@@ -3,13 +3,9 @@
 
 #include <bit>
 #include <cmath>
-#include <cstdint>
-#include <string>
-#include <vector>
 
-#include "codecs/picture_files.h"
 #include "projection/cube_face.h"
-#include "tests/temporary_folder.h"
+#include "tests/made_files.h"
 
 namespace skyvault::test {
 
@@ -20,20 +16,18 @@ inline std::uint32_t Big32At(const std::string& bytes, std::size_t offset) {
 }
 
 /// Size and type of an atom, then its 32-bit fields.
-inline std::string MakeAtom(const char* type, const std::vector<std::uint32_t>& fields) {
-    std::string bytes;
-    const auto add = [&bytes](std::uint32_t value) {
-        for (int shift = 24; shift >= 0; shift -= 8) bytes += static_cast<char>(value >> shift & 0xff);
+inline std::string MakeAtom(const std::string& type, const std::vector<std::uint32_t>& fields) {
+    const auto big = [](std::uint32_t value) {
+        const Bytes little = Little(4, {value});
+        return std::string(little.rbegin(), little.rend());
     };
-    add(static_cast<std::uint32_t>(8 + 4 * fields.size()));
-    bytes += type;
-    for (const std::uint32_t field : fields) add(field);
+    std::string bytes = big(static_cast<std::uint32_t>(8 + 4 * fields.size())) + type;
+    for (const std::uint32_t field : fields) bytes += big(field);
     return bytes;
 }
-inline std::string MakeStco(const std::vector<std::uint32_t>& offsets) {
-    std::vector<std::uint32_t> fields = {0, static_cast<std::uint32_t>(offsets.size())};
-    fields.insert(fields.end(), offsets.begin(), offsets.end());
-    return MakeAtom("stco", fields);
+inline std::string MakeStco(std::vector<std::uint32_t> offsets) {
+    offsets.insert(offsets.begin(), {0, static_cast<std::uint32_t>(offsets.size())});
+    return MakeAtom("stco", offsets);
 }
 
 /// A tile of n × n on a face.
@@ -61,14 +55,13 @@ inline std::string MakeCufa(const std::vector<MadeTile>& tiles) {
 inline Image SkyTile(const MadeTile& tile) {
     Image picture(kTileEdge, kTileEdge, PixelFormat::Rgb8);
     const auto wave = [](float angle) { return static_cast<std::uint8_t>(128 + 110 * std::sin(angle)); };
-    for (int i = 0; i < kTileEdge * kTileEdge; ++i) {
-        const int x = i % kTileEdge, y = i / kTileEdge;
+    ForPixels(picture, [&](int x, int y) {
         const auto [dx, dy, dz] = FacePixelToDirection(tile.n * kTileEdge, static_cast<CubeFace>(tile.face),
                                                        tile.column * kTileEdge + x, tile.row * kTileEdge + y);
         picture.SetPixel(x, y,
                          Color8(wave(5.3f * dx + 3.1f * dy * dz + 0.4f), wave(4.1f * dy - 4.7f * dx * dz),
                                 wave(6.1f * dz + 3.0f * dx * dy), 255));
-    }
+    });
     return picture;
 }
 
