@@ -15,10 +15,6 @@ namespace {
 
 using enum PixelFormat;
 
-constexpr const char* kPicture = "dx10=28";
-constexpr const char* kCube = "dx10=28 misc=4";
-constexpr const char* kVolume = "dx10=28 dimension=4 depth=2 flags=0x801007";
-
 Faces RandomFaces(std::uint32_t size, PixelFormat format) {
     Faces faces;
     for (std::uint32_t f = 0; f < 6; ++f) faces[f] = RandomImage(size, size, format, f + 3);
@@ -116,7 +112,8 @@ TEST(DdsCubeMap, StoredFormatsAreReadOrRefused) {
         EXPECT_FALSE(Loaded(cubePath).IsValid());
     }
     Faces faces;
-    for (const char* const fields : {kVolume, "width=4 height=2 dx10=28 items=6", "dx10=28 items=7"}) {
+    for (const char* const fields : {"dx10=28 dimension=4 depth=2 flags=0x801007",
+                                     "width=4 height=2 dx10=28 items=6", "dx10=28 items=7"}) {
         ASSERT_TRUE(WriteDds(onePath, fields, Bytes(448)));
         EXPECT_FALSE(Loaded(onePath).IsValid() || LoadedCube(onePath, faces, true)) << fields;
     }
@@ -196,40 +193,23 @@ TEST(DdsCubeMap, PicturesOfAnySizeComeBackWhole) {
 
 TEST(DdsImport, AFileSaysItselfWhetherItIsACubeMap) {
     const TemporaryFolder folder;
-    const std::wstring isCube = L" is a cubemap.\n\nNow switching to cubemap.";
-    const std::wstring isNone = L" is not a cubemap.\n\nNow switching to equirectangular.";
-    using enum PanoramaFormat;
-    const struct {
-        const wchar_t* name;
-        const char* fields;
-        PanoramaFormat format;
-        std::wstring said;       ///< after the file's name
-        std::uint32_t faceSize;  ///< 4 of the cube, 1 of the picture, 0 of nothing
-    } rows[] = {
-        {L"cube.dds", kCube, DirectXDds, L"", 4},
-        {L"array.Dds", "dx10=28 items=6", Equirectangular, isCube, 4},
-        {L"palette.DDS", kCube, Voronoi, isCube, 4},
-        {L"one.dds", kPicture, DirectXDds, isNone, 1},
-        {L"one.dds", kPicture, Equirectangular, L"", 1},
-        {L"volume.dds", kVolume, DirectXDds, L"", 0},
-        {L"two.dds", "dx10=28 items=2", Equirectangular, L"", 0},
-        {L"cube.dds.bin", kCube, DirectXDds, L"", 4},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(ToUtf8(row.name) + " as " + std::to_string(static_cast<int>(row.format)));
-        const std::wstring path = folder / row.name;
-        ASSERT_TRUE(WriteDds(path, row.fields, Bytes(16 * 4 * 6, 99)));
-        TestPanorama imported;
-        const Outcome outcome = ImportPanorama(*FindLayout(row.format), {path}, imported.settings,
-                                               imported.feedback, imported.panorama);
-        std::wstring said, failed = row.faceSize == 0 ? L"Could not open \"" + path + L"\"" : L"";
-        if (!row.said.empty()) said = L"\"" + std::wstring(row.name) + L"\"" + row.said;
-        const RecordingFeedback& feedback = imported.feedback;
-        EXPECT_EQ(feedback.information.empty() ? L"" : feedback.information[0], said);
-        EXPECT_EQ(MessageOf(outcome), failed);
-        EXPECT_EQ(imported.panorama.equirectSource.IsValid(), row.faceSize == 1);
-        for (const Image& face : imported.panorama.faces) EXPECT_EQ(face.IsValid(), row.faceSize == 4);
-        EXPECT_EQ(imported.panorama.faceSize, row.faceSize);
+    for (const DataRow& row : DataGroup("dds", "import")) {
+        SCOPED_TRACE(row.where);
+        const std::wstring name = FromUtf8(row[1]), path = folder / name;
+        const std::uint32_t faceSize = Numbers(row[5])[0];
+        ASSERT_TRUE(WriteDds(path, row[2], Bytes(16 * 4 * 6, 99)));
+        TestPanorama t;
+        const Outcome outcome =
+            ImportPanorama(*LayoutOfConsoleName(row[3]), {path}, t.settings, t.feedback, t.panorama);
+        std::vector<std::wstring> said;
+        if (row[4] != "-")
+            said.push_back(L"\"" + name + L"\" is " + FromUtf8(row[4]) + L".\n\nNow switching to " +
+                           (faceSize == 4 ? L"cubemap." : L"equirectangular."));
+        EXPECT_EQ(t.feedback.information, said);
+        EXPECT_EQ(MessageOf(outcome), faceSize == 0 ? L"Could not open \"" + path + L"\"" : L"");
+        EXPECT_EQ(t.panorama.equirectSource.IsValid(), faceSize == 1);
+        for (const Image& face : t.panorama.faces) EXPECT_EQ(face.IsValid(), faceSize == 4);
+        EXPECT_EQ(t.panorama.faceSize, faceSize);
     }
 }
 

@@ -25,53 +25,24 @@ TEST(PictureHeader, KnowsKindsBySignatureAndRefusesContradictions) {
     }
 }
 
-/// 2 × 2, 24 bits, top row first: red, green / blue, white. A TGA stores blue first.
-const Bytes kTrueColour = Join({{0, 0, 2, 0, 0, 0, 0, 0, 0, 0, 0, 0, 2, 0, 2, 0, 24, 0x20},
-                                {0, 0, 255, 0, 255, 0, 255, 0, 0, 255, 255, 255}});
-
-/// 2 × 2 with a palette of two 24-bit entries, in the file's order (1, 2, 3) and (4, 5, 6).
-const Bytes kColourMapped =
-    Join({{0, 1, 1, 0, 0, 2, 0, 24, 0, 0, 0, 0, 2, 0, 2, 0, 8, 0x20}, {1, 2, 3, 4, 5, 6}, {0, 1, 1, 0}});
+/// 2 × 2 pixels of 24 bits, top row first: themselves, or in a palette of two.
+Bytes MadeTga(bool mapped) {
+    return FromHex(DataGroup("pictures", "tga")[mapped ? 4 : 0][3]);
+}
 
 bool Read(const Bytes& tga, Image& image) {
     return ReadTga(AsBytes(tga), L"a.tga", image);
 }
 
-TEST(Tga, TrueColourIsTakenAsItStandsAndPalettesHaveRedAndBlueExchanged) {
-    const Bytes four = {0, 0, 2, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1, 0, 1, 0, 32, 0x20, 0, 0, 255, 7};
-    // The first index is 1, the last one beyond the palette.
-    const Bytes wide = {0, 1, 1,    0, 0, 2, 0, 32, 0, 0, 0, 0, 3, 0, 1,
-                        0, 8, 0x20, 1, 2, 3, 9, 4,  5, 6, 9, 1, 0, 2};
-    const Color8 one(1, 2, 3, 255), two(4, 5, 6, 255), red(255, 0, 0, 255), green(0, 255, 0, 255),
-        blue(0, 0, 255, 255);
-    const struct {
-        Bytes tga;
-        PixelFormat format;
-        std::vector<Color8> pixels;
-    } rows[] = {{kTrueColour, PixelFormat::Rgb8, {red, green, blue, kOpaqueWhite}},
-                {four, PixelFormat::Rgba8, {Color8(255, 0, 0, 7)}},
-                {kColourMapped, PixelFormat::Rgb8, {one, two, two, one}},
-                {wide, PixelFormat::Rgb8, {two, one, Color8()}}};
-    for (const auto& row : rows) {
-        SCOPED_TRACE(&row - rows);
-        for (const bool topDown : {true, false}) {
-            const DebugLineCapture capture;
-            Bytes tga = row.tga;
-            tga[17] = topDown ? 0x20 : 0;
-            Image image;
-            ASSERT_TRUE(Read(tga, image));
-            EXPECT_EQ(image.format, row.format);
-            EXPECT_EQ(image.topDown, topDown);
-            const int width = static_cast<int>(image.width), height = static_cast<int>(image.height);
-            for (int i = 0; i < width * height; ++i) {
-                const int y = i / width;
-                EXPECT_EQ(image.GetPixel8(i % width, topDown ? y : height - 1 - y),
-                          row.pixels.at(static_cast<std::size_t>(i)))
-                    << i << (topDown ? "" : ", stored bottom row first");
-            }
-            EXPECT_EQ(capture.Text(),
-                      topDown ? L"TGA a.tga is top-down: Y\n" : L"TGA a.tga is top-down: N\n");
-        }
+TEST(Tga, PixelsComeFromTheRowsThatHoldThem) {
+    const TemporaryFolder folder;
+    for (const DataRow& row : DataGroup("pictures", "tga")) {
+        const DebugLineCapture capture;
+        ExpectPixels(folder / L"some.TgA", row);
+        const bool topDown = row[1].ends_with("top row first");
+        EXPECT_EQ(capture.Text(),
+                  topDown ? L"TGA some.TgA is top-down: Y\n" : L"TGA some.TgA is top-down: N\n");
+        EXPECT_EQ(Loaded(folder / L"some.TgA").topDown, topDown) << row.where;
     }
 }
 
@@ -83,7 +54,7 @@ TEST(Tga, HeaderBytesDecide) {
         std::size_t at = 0;
         int value = 0;
         ASSERT_TRUE(cells >> kind >> at >> value >> read >> line);
-        Bytes tga = kind == "mapped" ? kColourMapped : kTrueColour;
+        Bytes tga = MadeTga(kind == "mapped");
         tga.at(at) = static_cast<std::uint8_t>(value);
         const DebugLineCapture capture;
         Image image;
@@ -95,8 +66,8 @@ TEST(Tga, HeaderBytesDecide) {
 TEST(Tga, CutFilesAreRefusedOrZeroAndCannotClaimMuchMemory) {
     const DebugLineCapture quiet;
     Image image;
-    for (Bytes tga : {kTrueColour, kColourMapped}) {
-        const bool mapped = tga[2] == 1;
+    for (const bool mapped : {false, true}) {
+        Bytes tga = MadeTga(mapped);
         for (std::size_t size = 0; size < tga.size(); ++size) {
             image.Clear();
             ASSERT_EQ(Read(Bytes(tga.data(), tga.data() + size), image), mapped && size >= 18) << size;
@@ -110,18 +81,10 @@ TEST(Tga, CutFilesAreRefusedOrZeroAndCannotClaimMuchMemory) {
     }
     // A large picture that its file accounts for only in part is read.
     for (const std::uint8_t high : Bytes{8, 16}) {  // 2050 × 2050, 4098 × 4098
-        Bytes part = kColourMapped;
+        Bytes part = MadeTga(true);
         part[13] = part[15] = high;
         EXPECT_EQ(Read(part, image), high == 8);
     }
-}
-
-TEST(Tga, FilesAreReadByExtension) {
-    const TemporaryFolder folder;
-    const DebugLineCapture capture;
-    ASSERT_TRUE(WriteFile(folder / L"some.TgA", kTrueColour));
-    EXPECT_EQ(Loaded(folder / L"some.TgA").GetPixel8(0, 0), Color8(255, 0, 0, 255));
-    EXPECT_EQ(capture.Text(), L"TGA some.TgA is top-down: Y\n");
 }
 
 TEST(GifFrames, CountsUpToTheFirstDamage) {

@@ -6,9 +6,8 @@
 #include <vector>
 
 #include "tests/made_files.h"
-#include "tests/test_panorama.h"
 
-namespace skyvault {
+namespace skyvault::test {
 namespace {
 
 using enum PixelFormat;
@@ -76,7 +75,7 @@ ColorHalf AsHalf(const Channels& c) {
 
 TEST(PixelConvert, EveryFormatIsReadAsAndWrittenFromEveryRecord) {
     constexpr Channels kOpaque = {255, 65535, kHalfOne.bits};
-    for (const PixelFormat format : test::AllFormats()) {
+    for (const PixelFormat format : AllFormats()) {
         SCOPED_TRACE(static_cast<int>(format));
         const std::size_t own = static_cast<std::size_t>(ChannelType(format)) - 1;
         const Bytes pixel = Stored(format, kConverted[own][own]);
@@ -101,7 +100,7 @@ TEST(PixelConvert, EveryFormatIsReadAsAndWrittenFromEveryRecord) {
         all.color16 = As16(kConverted[1][1]);
         all.colorHalf = AsHalf(kConverted[2][2]);
         Bytes written(BytesPerPixel(format));
-        for (const PixelFormat tag : test::AllFormats()) {
+        for (const PixelFormat tag : AllFormats()) {
             all.format = tag;
             WritePixel(format, written.data(), all);
             const std::size_t from = static_cast<std::size_t>(ChannelType(tag)) - 1;
@@ -145,11 +144,11 @@ TEST(PixelConvert, UnknownFormatsAndNoAddressReadAsZeroAndWriteNothing) {
 
 TEST(PixelConvert, ARowIsConvertedLikeItsPixels) {
     constexpr std::uint32_t kCount = 259;
-    for (const PixelFormat from : test::AllFormats()) {
+    for (const PixelFormat from : AllFormats()) {
         Image source(kCount, 1, from);
         const test::Bytes noise = test::Noise(source.ByteCount());  // halves that are not finite, too
         std::memcpy(source.pixels.get(), noise.data(), noise.size());
-        for (const PixelFormat to : test::AllFormats()) {
+        for (const PixelFormat to : AllFormats()) {
             const std::size_t size = BytesPerPixel(to);
             Bytes row((kCount + 1) * size, std::byte{0x77}), expected = row;
             ConvertRow(from, source.Row(0), to, row.data(), kCount);
@@ -162,4 +161,4 @@ TEST(PixelConvert, ARowIsConvertedLikeItsPixels) {
 }
 
 }  // namespace
-}  // namespace skyvault
+}  // namespace skyvault::test

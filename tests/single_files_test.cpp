@@ -11,25 +11,10 @@ namespace skyvault::test {
 namespace {
 
 TEST(SingleFiles, NamesKeepFolderStemAndExtension) {
-    const struct {
-        const wchar_t* path;
-        int system;
-        CubeFace face;
-        const wchar_t* expected;
-    } rows[] = {
-        {L"C:\\out\\room.jpg", 0, CubeFace::Top, L"C:\\out\\room_top.jpg"},
-        {L"C:\\out\\room.jpg", 1, CubeFace::Top, L"C:\\out\\room_up.jpg"},
-        {L"/room.tif", 2, CubeFace::Left, L"/room_l.tif"},
-        {L"room.tif", 3, CubeFace::Right, L"room_rt.tif"},
-        {L"/home/me/room.tif", 4, CubeFace::Left, L"/home/me/l_room.tif"},
-        {L"C:room.tif", 4, CubeFace::Left, L"C:l_room.tif"},
-        {L"C:\\a.b\\room.tif", 5, CubeFace::Left, L"C:\\a.b\\room3.tif"},
-        {L"my.room.v2.PNG", 0, CubeFace::Left, L"my.room.v2_left.PNG"},
-        {L".png", 0, CubeFace::Left, L"_left.png"},
-        {L"C:\\a.b\\room", 0, CubeFace::Left, L"C:\\a.b\\room_left."},
-        {L"room.jpg", 6, CubeFace::Left, L"room.jpg"},
-    };
-    for (const auto& row : rows) EXPECT_EQ(SingleFilePath(row.path, row.system, row.face), row.expected);
+    for (const DataRow& row : DataTable("face_files")) {
+        const auto face = static_cast<CubeFace>(std::stoi(row[2]));
+        EXPECT_EQ(SingleFilePath(FromUtf8(row[0]), std::stoi(row[1]), face), FromUtf8(row[3])) << row.where;
+    }
 }
 
 TEST(SingleFiles, AnyFaceMayBeMissingAndTheLastOneThereDecidesTheSize) {
