@@ -63,12 +63,10 @@ TEST(ConsoleOnLinux, ConversionsHoldTheirSourceTheirResultAndLittleMore) {
     };
     for (const auto& [arguments, result] : rows) {
         const auto statusWithin = [&](std::size_t limit) {
-            const std::wstring line =
-                L"cd " + folder.Path() + L" && ulimit -d " + std::to_wstring(limit / 1024) + L" && exec " +
-                ConsoleProgramPath() +
-                L" convert --threads 1 --from equirectangular --set Resolution0=2 --set "
-                L"Resolution1=4 " +
-                arguments;
+            const std::wstring line = L"cd '" + folder.Path() + L"' && ulimit -d " +
+                                      std::to_wstring(limit / 1024) + L" && exec '" + ConsoleProgramPath() +
+                                      L"' convert --threads 1 --from equirectangular " +
+                                      L"--set Resolution0=2 --set Resolution1=4 " + arguments;
             return ChildProcess(L"/bin/sh", {L"-c", line}).Wait().exitStatus;
         };
         EXPECT_EQ(statusWithin(kSource + result + kSpare), 0) << ToUtf8(arguments);

@@ -106,6 +106,10 @@ TEST(Image, EveryPixelOfEveryFormatIsFilledMovedAndCopied) {
             ExpectMoved(image, before, [](int, int) { return std::pair{0, 1}; });
         }
         Image image = RandomImage(5, 4, format);
+        ColorHalf swapped = image.GetPixelHalf(4, 2);
+        if (BytesPerPixel(format) > 2) std::swap(swapped.red, swapped.blue);
+        image.SwapRedAndBlue();
+        EXPECT_EQ(image.GetPixelHalf(4, 2), swapped);
         image.topDown = 0;
         image.frameCount = 7;
         for (std::size_t i = 0; i < std::size(rects); ++i) {
@@ -117,17 +121,6 @@ TEST(Image, EveryPixelOfEveryFormatIsFilledMovedAndCopied) {
                 return std::pair{x + x0, y + y0};
             });
         }
-    }
-}
-
-TEST(Image, RedAndBlueAreExchangedWhereThereAreBoth) {
-    for (const PixelFormat format : AllFormats()) {
-        Image image = RandomImage(5, 3, format);
-        const ColorHalf old = image.GetPixelHalf(4, 2);
-        image.SwapRedAndBlue();
-        const bool grey = BytesPerPixel(format) < 3;
-        EXPECT_EQ(image.GetPixelHalf(4, 2), (grey ? old : ColorHalf{old.blue, old.green, old.red, old.alpha}))
-            << static_cast<int>(format);
     }
 }
 
@@ -200,8 +193,8 @@ void BleedSlowly(Image& image) {
         ForPixels(image, [&](int x, int y) {
             for (const auto& step : order) {
                 const int nx = x + step[0], ny = y + step[1];
-                if (marks[y][x] || nx < 0 || ny < 0 || nx >= width || ny >= height || !before[ny][nx])
-                    continue;
+                if (marks[y][x]) return;
+                if (nx < 0 || ny < 0 || nx >= width || ny >= height || !before[ny][nx]) continue;
                 const PixelValue own = image.GetPixel(x, y);
                 image.SetPixel(x, y, image.GetPixel8(nx, ny));
                 PixelValue bled = image.GetPixel(x, y);
@@ -219,8 +212,8 @@ TEST(BleedAlpha, IsTheRuleForEveryFormatAndShape) {
     const struct {
         std::uint32_t width, height;
         int rarity;  ///< one pixel in so many is visible
-    } rows[] = {{1, 1, 2},      {1, 40, 30}, {40, 1, 30},     {2, 2, 3},       {17, 9, 2},     {64, 33, 40},
-                {90, 80, 3000}, {50, 60, 1}, {2111, 1, 2000}, {2112, 1, 2000}, {1, 6400, 6000}};
+    } rows[] = {{1, 1, 2},    {1, 40, 30},    {40, 1, 30}, {2, 2, 3},       {17, 9, 2},
+                {64, 33, 40}, {90, 80, 3000}, {50, 60, 1}, {2111, 1, 2000}, {1, 2112, 2000}};
     for (const PixelFormat format : {Rgba8, Rgba16, RgbaHalf}) {
         for (const auto& row : rows) {
             // Noise; the alpha of what is invisible is as near to visible as it can be.

@@ -80,7 +80,7 @@ inline std::vector<std::uint32_t> Numbers(const std::string& text) {
     return {std::istream_iterator<std::uint32_t>(in), {}};
 }
 
-/// Writes the file of a row of the groups "stored" and "posix" of tests/data/pictures.tsv and reads it.
+/// Writes the file of a row of tests/data/pictures.tsv that tells pixels, and reads it.
 inline void ExpectPixels(const std::wstring& path, const DataRow& row) {
     SCOPED_TRACE(row.where);
     ASSERT_TRUE(WriteFile(path, FromHex(row[3])));

@@ -134,16 +134,14 @@ TEST(PictureFiles, CutFilesAreRefusedOrHaveTheirSize) {
 TEST(PictureFiles, ContentsDecideTheReaderAndNamesAreUnicode) {
     const TemporaryFolder folder;
     Image source = SmoothPicture(Rgb8);
-    const std::wstring names[] = {L"a.png", L"a.jpg", L"no extension",
-                                  L"\U0001F304 Gr\u00fc\u00dfe \u65e5.PnG"};
-    ASSERT_TRUE(Saved(source, folder / names[0]));
-    for (std::size_t i = 0; i < std::size(names); ++i) {
-        EXPECT_EQ(Loaded(folder / names[i]).width, source.width) << i;
-        if (i + 1 == std::size(names)) break;
-        ASSERT_TRUE(MoveToNewName(folder / names[i], folder / names[i + 1]));
+    std::wstring path = folder / L"a.png";
+    ASSERT_TRUE(Saved(source, path));
+    for (const wchar_t* name : {L"a.jpg", L"no extension", L"\U0001F304 Gr\u00fc\u00dfe \u65e5.PnG"}) {
+        ASSERT_TRUE(MoveToNewName(path, folder / name));
+        path = folder / name;
+        EXPECT_TRUE(SameBytes(Loaded(path), source)) << ToUtf8(name);
     }
-    ASSERT_TRUE(Saved(source, folder / (L"new " + names[3])));
-    EXPECT_TRUE(FileExists(folder / (L"new " + names[3])));
+    EXPECT_TRUE(Saved(source, path) && FileExists(path));
     const std::vector<std::wstring> extensions = ReadableExtensions();
     for (const wchar_t* extension : {L"BMP", L"JPG", L"JPEG", L"PNG", L"TIF", L"TIFF", L"GIF"})
         EXPECT_EQ(std::count(extensions.begin(), extensions.end(), extension), 1) << ToUtf8(extension);

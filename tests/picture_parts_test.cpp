@@ -49,17 +49,12 @@ TEST(Tga, PixelsComeFromTheRowsThatHoldThem) {
 TEST(Tga, HeaderBytesDecide) {
     for (const DataRow& row : DataTable("tga_headers")) {
         SCOPED_TRACE(row.where + ": " + row[0]);
-        std::istringstream cells(row[1]);
-        std::string kind, read, line;
-        std::size_t at = 0;
-        int value = 0;
-        ASSERT_TRUE(cells >> kind >> at >> value >> read >> line);
-        Bytes tga = MadeTga(kind == "mapped");
-        tga.at(at) = static_cast<std::uint8_t>(value);
+        Bytes tga = MadeTga(row[1] == "mapped");
+        tga.at(Numbers(row[2])[0]) = static_cast<std::uint8_t>(Numbers(row[2])[1]);
         const DebugLineCapture capture;
         Image image;
-        EXPECT_EQ(Read(tga, image), read == "read");
-        EXPECT_EQ(!capture.Text().empty(), line == "line");
+        const std::string read = Read(tga, image) ? "read" : "refused";
+        EXPECT_EQ(read + (capture.Text().empty() ? " silent" : " line"), row[3]);
     }
 }
 
@@ -127,9 +122,13 @@ TEST(AreaScale, ConstantsStayMeansAreKeptAndFractionsOfTheSizeDropped) {
     EXPECT_FALSE(ScaleByArea(Image(), 1, 1).IsValid());
 }
 
-Color8 Shown(const IndexedPicture& indexed, const Image& image, int x, int y) {
-    return indexed.colours.at(std::to_integer<std::size_t>(
-        indexed.indices[static_cast<std::size_t>(y) * image.width + static_cast<std::size_t>(x)]));
+Image Shown(const IndexedPicture& indexed, const Image& image) {
+    Image shown(image.width, image.height, Rgba8);
+    const std::byte* index = indexed.indices.get();
+    ForPixels(shown, [&](int x, int y) {
+        shown.SetPixel(x, y, indexed.colours.at(std::to_integer<std::size_t>(*index++)));
+    });
+    return shown;
 }
 
 TEST(IndexedPicture, ManyColoursAreNearOnTheWholeAndFewAreExact) {
@@ -139,31 +138,29 @@ TEST(IndexedPicture, ManyColoursAreNearOnTheWholeAndFewAreExact) {
     EXPECT_EQ(indexed.colours.size(), 256u);
     EXPECT_EQ(indexed.transparent, -1);
     // Dithering makes the mean of a neighbourhood right.
-    for (int block = 0; block < 14 * 14; ++block) {
-        const int left = 8 + block % 14 * 8, top = 8 + block / 14 * 8;
-        int off[3] = {};
-        for (int i = 0; i < 64; ++i) {
-            const Color8 a = many.GetPixel8(left + i % 8, top + i / 8);
-            const Color8 b = Shown(indexed, many, left + i % 8, top + i / 8);
-            off[0] += a.red - b.red, off[1] += a.green - b.green, off[2] += a.blue - b.blue;
-        }
-        for (const int channel : off) ASSERT_NEAR(channel / 64.0, 0, 6) << left << " " << top;
+    const Image wanted = ScaleByArea(many, 16, 16), means = ScaleByArea(Shown(indexed, many), 16, 16);
+    for (int at = 0; at < 14 * 14; ++at) {
+        const Color8 a = wanted.GetPixel8(1 + at % 14, 1 + at / 14),
+                     b = means.GetPixel8(1 + at % 14, 1 + at / 14);
+        ASSERT_TRUE(std::abs(a.red - b.red) <= 6 && std::abs(a.green - b.green) <= 6 &&
+                    std::abs(a.blue - b.blue) <= 6)
+            << at;
     }
 
+    // 256 colours, and 16 pixels that are transparent.
     Image few(16, 17, Rgba8);
-    for (int i = 0; i < 16 * 17; ++i) {
-        const auto part = [](int value) { return static_cast<std::uint8_t>(value); };
-        few.SetPixel(i % 16, i / 16, Color8(part(i % 16 * 16), part(i / 16 * 15), 7, i < 256 ? 128 : 127));
-    }
-    // 256 colours and the transparent one are one too many, without it they fit.
+    const auto part = [](int value) { return static_cast<std::uint8_t>(value); };
+    ForPixels(few, [&](int x, int y) {
+        few.SetPixel(x, y, Color8(part(x * 16), part(y * 15), 7, y < 16 ? 128 : 127));
+    });
+    // They are one too many with the transparent one, without it they fit.
     ASSERT_TRUE(MakeIndexed(few, Rgba8, indexed));
     EXPECT_EQ(indexed.colours.size(), 256u);
     ASSERT_GE(indexed.transparent, 0);
-    EXPECT_EQ(Shown(indexed, few, 3, 16).alpha, 0);
-    EXPECT_EQ(Shown(indexed, few, 3, 15).alpha, 255);
+    for (const int y : {15, 16}) EXPECT_EQ(Shown(indexed, few).GetPixel8(3, y).alpha, y == 15 ? 255 : 0);
     const Image opaque = few.CopyRect(PixelRect{0, 0, 15, 15});
     ASSERT_TRUE(MakeIndexed(opaque, Rgba8, indexed) && indexed.transparent == -1);
-    EXPECT_EQ(Shown(indexed, opaque, 5, 9), Color8(80, 135, 7, 255));
+    EXPECT_EQ(Difference(opaque, Shown(indexed, opaque)), 0);
 
     const DebugLineCapture quiet;
     for (int allowed = 0; allowed < 2; ++allowed) {

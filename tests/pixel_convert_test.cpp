@@ -14,20 +14,14 @@ using enum PixelFormat;
 using Bytes = std::vector<std::byte>;
 
 TEST(PixelFormat, SizesNamesAndKinds) {
-    const std::pair<std::uint32_t, const wchar_t*> rows[] = {
-        {0, L"Unknown format"},        {1, L"LDR 8 bpp R int"},     {2, L"HDR 16 bpp R int"},
-        {2, L"HDR 16 bpp R float"},    {3, L"LDR 24 bpp RGB int"},  {6, L"HDR 48 bpp RGB int"},
-        {6, L"HDR 48 bpp RGB float"},  {4, L"LDR 32 bpp RGBA int"}, {8, L"HDR 64 bpp RGBA int"},
-        {8, L"HDR 64 bpp RGBA float"}, {0, L"Unknown format"}};
-    for (std::uint32_t number = 0; number < std::size(rows); ++number) {
-        SCOPED_TRACE(number);
-        const auto format = static_cast<PixelFormat>(number == 10 ? 0xffffffff : number);
-        const std::uint32_t kind = number % 10 == 0 ? 0 : (number - 1) % 3 + 1;
-        EXPECT_EQ(BytesPerPixel(format), rows[number].first);
-        EXPECT_EQ(static_cast<std::uint32_t>(ChannelType(format)), kind);
-        EXPECT_EQ(static_cast<std::uint32_t>(WithAlpha(format)), kind == 0 ? 0 : 6 + kind);
-        EXPECT_EQ(HasAlpha(format), number >= 7 && number <= 9);
-        EXPECT_STREQ(FormatName(format), rows[number].second);
+    for (const DataRow& row : DataTable("pixel_formats")) {
+        const std::vector<std::uint32_t> told = Numbers(row[0]);
+        const auto format = static_cast<PixelFormat>(told[0]);
+        EXPECT_EQ((std::vector<std::uint32_t>{
+                      told[0], BytesPerPixel(format), static_cast<std::uint32_t>(ChannelType(format)),
+                      static_cast<std::uint32_t>(WithAlpha(format)), HasAlpha(format)}),
+                  told);
+        EXPECT_EQ(FormatName(format), FromUtf8(row[1]));
     }
 }
 

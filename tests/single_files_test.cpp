@@ -23,27 +23,26 @@ TEST(SingleFiles, AnyFaceMayBeMissingAndTheLastOneThereDecidesTheSize) {
     Image small = RandomImage(8, 8, PixelFormat::Rgb8), large = RandomImage(20, 16, PixelFormat::Rgba16);
     ASSERT_TRUE(Saved(small, s) && Saved(large, l));
     const std::wstring none = folder.Write(L"text.png", "no picture");
-    const struct {
-        std::vector<std::wstring> paths;
-        std::uint32_t widths[6];  ///< 0: not there
-        std::uint32_t faceSize;
-    } rows[] = {
-        {{none, L"", l, none, none, L""}, {0, 0, 20, 0, 0, 0}, 20},
-        {{l, s, none, none, none, none}, {20, 8, 0, 0, 0, 0}, 8},
-        {{s}, {8, 0, 0, 0, 0, 0}, 8},
-        {{none, none, none, none, none, none}, {}, 0},
+    using Widths = std::array<std::uint32_t, 7>;  // of the faces, 0: not there; and their size
+    const std::pair<std::vector<std::wstring>, Widths> rows[] = {
+        {{none, L"", l, none, none, L""}, {0, 0, 20, 0, 0, 0, 20}},
+        {{l, s, none, none, none, none}, {20, 8, 0, 0, 0, 0, 8}},
+        {{s}, {8, 0, 0, 0, 0, 0, 8}},
+        {{none, none, none, none, none, none}, {}},
     };
-    for (const auto& row : rows) {
+    for (const auto& [paths, expected] : rows) {
         TestPanorama t;
         ImportRequest request = t.From({});
-        request.paths = row.paths;
-        EXPECT_EQ(ImportSingleFiles(request, t.feedback, t.panorama).IsDone(), row.faceSize > 0);
-        EXPECT_EQ(t.panorama.faceSize, row.faceSize);
-        for (std::size_t f = 0; f < 6; ++f) EXPECT_EQ(t.panorama.faces[f].width, row.widths[f]) << f;
+        request.paths = paths;
+        const bool any = expected.back() > 0;
+        EXPECT_EQ(ImportSingleFiles(request, t.feedback, t.panorama).IsDone(), any);
+        Widths widths{};
+        for (std::size_t f = 0; f < 6; ++f) widths[f] = t.panorama.faces[f].width;
+        widths.back() = t.panorama.faceSize;
+        EXPECT_EQ(widths, expected);
         // Faces of several sizes are odd, but can be looked at.
         Image view;
-        EXPECT_EQ(RenderLabelledFaces(t.panorama, t.ForView({}), t.feedback, view).IsDone(),
-                  row.faceSize > 0);
+        EXPECT_EQ(RenderLabelledFaces(t.panorama, t.ForView({}), t.feedback, view).IsDone(), any);
     }
 }
 

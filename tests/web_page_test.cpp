@@ -40,9 +40,8 @@ TEST(WebPage, TheShippedFilesAreAsciiAndBelongTogether) {
 TEST(WebPage, ThePageNamesThePictureAndLiesBesideItWithTheOtherFiles) {
     const std::string shipped = Media(L"skyvault.html");
     const TemporaryFolder folder;
-    for (const wchar_t* name : {L"skyvault.js", L"skyvault.css", L"pano.html", L"pano.png"}) {
+    for (const wchar_t* name : {L"skyvault.js", L"skyvault.css", L"pano.html", L"pano.png"})
         folder.Write(name, std::string(100000, 'x'));
-    }
     std::size_t files = 2;
     for (const std::wstring base :
          {L"pano", L"100% a&b #1 'q'", L"a [URL] [URL]", L"two.dots", L"&amp;", L"Gr\u00fc\u00dfe"}) {

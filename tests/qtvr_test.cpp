@@ -1,14 +1,81 @@
-// Cubic movies read: tiles put into their places by tables or by stitching, and files that are no movies.
+// Cubic movies read: tiles put into their places by tables or by stitching, and files that are no movies; and
+// written: the bytes before the faces, the faces, and what is told.
 #include "qtvr/qtvr_import.h"
+
+#include <bit>
 
 #include "platform/debug_line.h"
 #include "qtvr/movie_scan.h"
+#include "qtvr/movie_template.h"
+#include "qtvr/qtvr_export.h"
 #include "qtvr/tile_stitching.h"
-#include "tests/made_movies.h"
+#include "tests/made_files.h"
 #include "tests/own_temporary_files.h"
 
 namespace skyvault::test {
 namespace {
+
+std::uint32_t Big32At(const std::string& bytes, std::size_t offset) {
+    std::uint32_t value = 0;
+    for (std::size_t i = 0; i < 4; ++i) value = value << 8 | static_cast<std::uint8_t>(bytes.at(offset + i));
+    return value;
+}
+
+/// Size and type of an atom, then its 32-bit fields.
+std::string MakeAtom(const std::string& type, const std::vector<std::uint32_t>& fields) {
+    const auto big = [](std::uint32_t value) {
+        const Bytes little = Little(4, {value});
+        return std::string(little.rbegin(), little.rend());
+    };
+    std::string bytes = big(static_cast<std::uint32_t>(8 + 4 * fields.size())) + type;
+    for (const std::uint32_t field : fields) bytes += big(field);
+    return bytes;
+}
+std::string MakeStco(std::vector<std::uint32_t> offsets) {
+    offsets.insert(offsets.begin(), {0, static_cast<std::uint32_t>(offsets.size())});
+    return MakeAtom("stco", offsets);
+}
+
+/// A tile of n × n on a face.
+struct MadeTile {
+    int n, face, column, row;
+};
+constexpr int kTileEdge = 32;
+
+/// A face table: each face by the quaternion that real movies have for it.
+std::string MakeCufa(const std::vector<MadeTile>& tiles) {
+    constexpr float kTurns[6][3] = {{1, 0, 0},       {0.5f, 0, -0.5f}, {0, 0, -1},
+                                    {0.5f, 0, 0.5f}, {0.5f, 0.5f, 0},  {0.5f, -0.5f, 0}};
+    std::vector<std::uint32_t> fields = {1, 0, 0};
+    for (const MadeTile& tile : tiles) {
+        const float* const turn = kTurns[tile.face];
+        const float x = static_cast<float>(2 * tile.column - (tile.n - 1));
+        const float y = static_cast<float>(tile.n - 1 - 2 * tile.row);
+        for (const float value : {turn[0], turn[1], turn[2], 0.0f, x, y, 1.0f, 0.0f}) {
+            fields.push_back(std::bit_cast<std::uint32_t>(value));
+        }
+    }
+    return MakeAtom("cufa", fields);
+}
+
+Image SkyTile(const MadeTile& tile) {
+    Image picture(kTileEdge, kTileEdge, PixelFormat::Rgb8);
+    const auto wave = [](float angle) { return static_cast<std::uint8_t>(128 + 110 * std::sin(angle)); };
+    ForPixels(picture, [&](int x, int y) {
+        const auto [dx, dy, dz] = FacePixelToDirection(tile.n * kTileEdge, static_cast<CubeFace>(tile.face),
+                                                       tile.column * kTileEdge + x, tile.row * kTileEdge + y);
+        picture.SetPixel(x, y,
+                         Color8(wave(5.3f * dx + 3.1f * dy * dz + 0.4f), wave(4.1f * dy - 4.7f * dx * dz),
+                                wave(6.1f * dz + 3.0f * dx * dy), 255));
+    });
+    return picture;
+}
+
+/// The bytes a picture has as a JPEG file.
+std::string JpegBytes(Image picture) {
+    const TemporaryFolder folder;
+    return SavePicture(picture, folder / L"picture.jpg").IsDone() ? folder.Read(L"picture.jpg") : "";
+}
 
 /// The tiles of all faces, the faces backwards, each by rows.
 std::vector<MadeTile> TilesOf(int n) {
@@ -247,6 +314,72 @@ TEST(TileStitching, OfEqualTilesTheFirst) {
     TilePlaces places;
     ASSERT_TRUE(StitchTiles(grid, tiles, feedback, places));
     for (int i = 0; i < 24; ++i) EXPECT_EQ(places[static_cast<std::size_t>(i)], i);
+}
+
+// --- written ---------------------------------------------------------------------------------------------
+
+TEST(MovieTemplate, EveryByteIsInItsPlace) {
+    // E = 324, no pictures; written down atom by atom from the format's description.
+    std::ifstream file(SKYVAULT_SOURCE_DIR "/tests/data/movie_header.bin", std::ios::binary);
+    const std::string expected{std::istreambuf_iterator<char>(file), {}};
+    EXPECT_TRUE(std::ranges::equal(std::as_bytes(std::span(expected)), MakeMovieHeader(324, {})));
+
+    // A missing face has no bytes, and the next one's offset.
+    const MovieHeader made = MakeMovieHeader(65536 + 7, {10, 0, 30, 0, 0, 600});
+    const std::string header(reinterpret_cast<const char*>(made.data()), made.size());
+    const std::uint32_t offsets[] = {2505, 2515, 2515, 2545, 2545, 2545};
+    for (std::size_t f = 0; f < 6; ++f) EXPECT_EQ(Big32At(header, 2082 + 4 * f), offsets[f]) << f;
+    EXPECT_EQ(Big32At(header, 2046), 0u);
+    EXPECT_EQ(Big32At(header, 2062), 600u);
+    EXPECT_EQ(Big32At(header, 2209), 296u + 640u);
+    EXPECT_EQ(Big32At(header, 1916), 0x00070007u) << "16 bits of the size";
+    EXPECT_EQ(Big32At(header, 2413), 4u * 65543u);
+}
+
+TEST(QtvrExport, TheHeaderPointsAtWholeJpegFiles) {
+    const OwnTemporaryFiles temporary;
+    const TemporaryFolder folder;
+    const std::wstring path = folder / L"movie.mov";
+    TestPanorama t;
+    const auto run = [&](const std::wstring& to) {
+        Image unused;
+        return ExportQuickTimeVr(t.panorama, t.ForFile(PanoramaFormat::QuickTimeVr, to), t.feedback, unused);
+    };
+    EXPECT_EQ(run(path).reason, Reason::NothingToShow);
+    t.SetFaces(300, PixelFormat::Rgba16);
+    EXPECT_EQ(run(L"").reason, Reason::CannotWrite);
+    t.feedback.information.clear();
+    ASSERT_TRUE(run(path).IsDone());
+    EXPECT_EQ(Big32At(folder.Read(L"movie.mov"), 2417), 300u) << "not made a power of two";
+    ASSERT_EQ(t.feedback.information.size(), 1u) << "the source is too small";
+
+    t.settings.resolution0 = 0;
+    const DebugLineCapture capture;
+    const Outcome outcome = run(path);
+    ASSERT_TRUE(outcome.IsDone());
+    const std::string movie = folder.Read(L"movie.mov");
+    std::size_t end = 2505;
+    std::wstring lines;
+    for (std::size_t f = 0; f < 6; ++f) {
+        const std::size_t size = Big32At(movie, 2042 + 4 * f);
+        ASSERT_EQ(Big32At(movie, 2082 + 4 * f), end) << f;
+        EXPECT_EQ(movie.substr(end, 2), "\xff\xd8") << f;
+        end += size;
+        EXPECT_EQ(movie.substr(end - 2, 2), "\xff\xd9") << f;
+        lines += L"CubeFace " + std::to_wstring(f) + L": " + std::to_wstring(size) + L" bytes\n";
+    }
+    EXPECT_EQ(movie.size(), end) << "nothing behind the last face";
+    EXPECT_EQ(2209 + Big32At(movie, 2209), end);
+    EXPECT_NE(capture.Text().find(lines), std::wstring::npos);
+    EXPECT_EQ(outcome.infoLog, L"Path\t\t" + path + L"\nSize\t\t" + FileSizeText(movie.size()) +
+                                   L"\nResolution\t6 x 256 x 256\nProjection\tCubemap\nFormat\t\t" +
+                                   FormatName(PixelFormat::Rgba16) + L"\n");
+    EXPECT_EQ(folder.FileCount(), 1u);
+    // Nobody wants a movie without one of its faces.
+    FailAllocationsAfter(1);
+    EXPECT_FALSE(run(path).IsDone());
+    FailAllocationsAfter(-1);
+    EXPECT_TRUE(temporary.Empty() && folder.Read(L"movie.mov") == movie);
 }
 
 }  // namespace
