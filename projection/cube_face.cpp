@@ -3,7 +3,6 @@
 #include <cmath>
 
 #include "projection/face_rows.h"
-#include "projection/fast_math.h"
 
 namespace skyvault {
 
@@ -36,19 +35,6 @@ Direction FacePixelVector(int faceSize, CubeFace face, int column, int row) {
 Direction FacePixelToDirection(int faceSize, CubeFace face, int column, int row) {
     if (faceSize <= 0) return {};
     Direction d = FacePixelVector(faceSize, face, column, row);
-    Normalize(d);
-    return d;
-}
-
-Direction FacePixelToOutputDirection(int faceSize, CubeFace face, int column, int row,
-                                     const Modifications& modifications) {
-    if (faceSize <= 0) return {};
-    Direction d = Transform(FacePixelVector(faceSize, face, column, row), modifications.inverseOrientation);
-    const float g = modifications.horizonPower;
-    if (g > 0.0f && g != 1.0f) {
-        const float base = static_cast<float>(static_cast<double>(d.y + 1.0f) * 0.5);
-        d.y = 2.0f * Pow(base, 1.0f / g) - 1.0f;
-    }
     Normalize(d);
     return d;
 }

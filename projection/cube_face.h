@@ -17,7 +17,6 @@
 
 #include "image/image.h"
 #include "projection/direction.h"
-#include "projection/modifications.h"
 
 namespace skyvault {
 
@@ -32,11 +31,6 @@ using CubeFaces = std::array<Image, kFaceCount>;
 /// The outermost pixels sit at ±(N − 2)/(N − 1) of the face, so that exported and re-imported faces line
 /// up. N ≤ 0 gives the zero vector.
 Direction FacePixelToDirection(int faceSize, CubeFace face, int column, int row);
-
-/// The same, placed in the output: turned by the inverse orientation, then the horizon curve undone, then
-/// normalised. A y beyond −1 under the curve gives NaN, which samples as opaque white.
-Direction FacePixelToOutputDirection(int faceSize, CubeFace face, int column, int row,
-                                     const Modifications& modifications);
 
 /// Which pixel of which face a direction meets.
 struct FacePixel {

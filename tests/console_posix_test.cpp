@@ -3,17 +3,11 @@
 
 #include <filesystem>
 
-#include "codecs/picture_files.h"
-#include "platform/utf8.h"
 #include "tests/child_process.h"
-#include "tests/picture_io.h"
-#include "tests/temporary_folder.h"
-#include "tests/test_panorama.h"
+#include "tests/made_files.h"
 
 namespace skyvault::test {
 namespace {
-
-using Arguments = std::vector<std::wstring>;
 
 std::wstring SaveRandom(const std::wstring& path, std::uint32_t width) {
     Image picture = RandomImage(width, width / 2, PixelFormat::Rgb8);
@@ -47,22 +41,6 @@ TEST(ConsoleOnATerminal, ShowsAProgressBarAndClearsIt) {
     EXPECT_EQ(OnATerminal(arguments + L" --quiet"), "");
 }
 
-TEST(ConsoleOnLinux, AFolderThatTakesNoFilesIsAFailureInOneLine) {
-    const TemporaryFolder folder;
-    const ProgramResult result = RunConsole("convert --from equirectangular --to preview",
-                                            {SaveRandom(folder / L"in.png", 64), L"/proc/out.png"});
-    EXPECT_EQ(result.exitStatus, 1);
-    EXPECT_EQ(result.err, "skyvault-cli: Could not write \"/proc/out.png\"\n");
-}
-
-/// The exit status of the console program, run by a shell with a limit on its memory in bytes.
-int StatusWithin(std::size_t limit, const Arguments& arguments) {
-    Arguments all = {L"-c", L"ulimit -d " + std::to_wstring(limit / 1024) + L" && exec \"$0\" \"$@\"",
-                     ConsoleProgramPath()};
-    all.insert(all.end(), arguments.begin(), arguments.end());
-    return ChildProcess(L"/bin/sh", all).Wait().exitStatus;
-}
-
 TEST(ConsoleOnLinux, ConversionsHoldTheirSourceTheirResultAndLittleMore) {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
     GTEST_SKIP() << "the sanitizer takes memory of its own";
@@ -74,29 +52,26 @@ TEST(ConsoleOnLinux, ConversionsHoldTheirSourceTheirResultAndLittleMore) {
     constexpr std::size_t kSpare = 16 * kMegabyte;
     const TemporaryFolder folder;
     SaveRandom(folder / L"in.bmp", 4096);
-    const struct {
-        const wchar_t* to;
-        const wchar_t* output;
-        const wchar_t* setting;
-        std::size_t result;
-    } rows[] = {
-        {L"equirectangular", L"out.bmp", L"Antialiasing=N", kSource},
-        {L"equirectangular", L"out.bmp", L"Antialiasing=Y", kSource},
-        {L"single-files", L"out.bmp", L"Antialiasing=N", kFace},
-        {L"horizontal-cross", L"out.bmp", L"Antialiasing=N", 12 * kFace},
+    const std::pair<std::wstring, std::size_t> rows[] = {
+        {L"--to equirectangular --set Antialiasing=N in.bmp out.bmp", kSource},
+        {L"--to equirectangular --set Antialiasing=Y in.bmp out.bmp", kSource},
+        {L"--to single-files --set Antialiasing=N in.bmp out.bmp", kFace},
+        {L"--to horizontal-cross --set Antialiasing=N in.bmp out.bmp", 12 * kFace},
         // Blocks of that size are aligned to large pages: 2 megabytes of addresses more for each.
-        {L"dds", L"out.dds", L"CompressDDS=N", 6 * (kFace * 4 / 3 + 2 * kMegabyte) + kFace},
-        {L"dds", L"out.dds", L"CompressDDS=Y", 6 * kFace / 6 + kFace},
+        {L"--to dds --set CompressDDS=N in.bmp out.dds", 6 * (kFace * 4 / 3 + 2 * kMegabyte) + kFace},
+        {L"--to dds --set CompressDDS=Y in.bmp out.dds", 6 * kFace / 6 + kFace},
     };
-    for (const auto& row : rows) {
-        const Arguments arguments = {
-            L"convert",       L"--threads", L"1",        L"--from",          L"equirectangular",
-            L"--to",          row.to,       L"--set",    L"Resolution0=2",   L"--set",
-            L"Resolution1=4", L"--set",     row.setting, folder / L"in.bmp", folder / row.output};
-        EXPECT_EQ(StatusWithin(kSource + row.result + kSpare, arguments), 0)
-            << ToUtf8(row.to) << " " << ToUtf8(row.setting);
+    for (const auto& [arguments, result] : rows) {
+        const auto statusWithin = [&](std::size_t limit) {
+            const std::wstring line = L"cd '" + folder.Path() + L"' && ulimit -d " +
+                                      std::to_wstring(limit / 1024) + L" && exec '" + ConsoleProgramPath() +
+                                      L"' convert --threads 1 --from equirectangular " +
+                                      L"--set Resolution0=2 --set Resolution1=4 " + arguments;
+            return ChildProcess(L"/bin/sh", {L"-c", line}).Wait().exitStatus;
+        };
+        EXPECT_EQ(statusWithin(kSource + result + kSpare), 0) << ToUtf8(arguments);
         // The limit is one: without its spare nothing is left for the program itself.
-        EXPECT_EQ(StatusWithin(kSource + row.result - kMegabyte, arguments), 1) << ToUtf8(row.to);
+        EXPECT_EQ(statusWithin(kSource + result - kMegabyte), 1) << ToUtf8(arguments);
     }
 }
 

@@ -3,7 +3,6 @@
 
 #include <array>
 #include <cctype>
-#include <sstream>
 
 #include "codecs/dds_cube_map.h"
 #include "tests/made_files.h"
@@ -24,19 +23,10 @@ inline std::uint32_t FieldValue(const std::string& text) {
 /// format after the code "DX10", where dimension, misc and items (the array's) belong too.
 inline Bytes MakeDds(const std::string& fields, const Bytes& pixels = {}) {
     enum Place { kFormatFlags = 20, kCode = 21, kBits = 22, kMasks = 23 };
-    static const std::vector<std::string> kNames = {"magic",     "headerSize", "flags",
-                                                    "height",    "width",      "pitch",
-                                                    "depth",     "levels",     "",
-                                                    "",          "",           "",
-                                                    "",          "",           "",
-                                                    "",          "",           "tool",
-                                                    "",          "formatSize", "formatFlags",
-                                                    "code",      "bits",       "",
-                                                    "",          "",           "",
-                                                    "caps",      "caps2",      "",
-                                                    "",          "",           "dx10",
-                                                    "dimension", "misc",       "items",
-                                                    ""};
+    std::istringstream order(
+        "magic headerSize flags height width pitch depth levels - - - - - - - - - tool - "
+        "formatSize formatFlags code bits - - - - caps caps2 - - - dx10 dimension misc items");
+    const std::vector<std::string> names{std::istream_iterator<std::string>(order), {}};
     std::vector<std::uint32_t> words = {FieldValue("DDS "), 124, 0x1007, 4, 4, 0, 0, 0};
     words.resize(kFormatFlags);
     words[19] = 32;
@@ -55,7 +45,7 @@ inline Bytes MakeDds(const std::string& fields, const Bytes& pixels = {}) {
             std::fill_n(words.begin() + kBits, 5, 0);
             if (name == "dx10") words.insert(words.end(), {0, 3, 0, 1, 0});
         }
-        const auto place = std::find(kNames.begin(), kNames.end(), name) - kNames.begin();
+        const auto place = std::find(names.begin(), names.end(), name) - names.begin();
         words.at(static_cast<std::size_t>(place)) = FieldValue(value);
     }
     Bytes dds;

@@ -3,19 +3,16 @@
 #pragma once
 
 #include <algorithm>
-#include <array>
-#include <cstdint>
-#include <cstdlib>
-#include <initializer_list>
 #include <iterator>
 #include <span>
 #include <sstream>
-#include <string>
-#include <vector>
 
 #include "platform/file_stream.h"
+#include "platform/utf8.h"
 #include "tests/data_table.h"
 #include "tests/picture_io.h"
+#include "tests/temporary_folder.h"
+#include "tests/test_panorama.h"
 
 namespace skyvault::test {
 
@@ -83,7 +80,7 @@ inline std::vector<std::uint32_t> Numbers(const std::string& text) {
     return {std::istream_iterator<std::uint32_t>(in), {}};
 }
 
-/// Writes the file of a row of the groups "stored" and "posix" of tests/data/pictures.tsv and reads it.
+/// Writes the file of a row of tests/data/pictures.tsv that tells pixels, and reads it.
 inline void ExpectPixels(const std::wstring& path, const DataRow& row) {
     SCOPED_TRACE(row.where);
     ASSERT_TRUE(WriteFile(path, FromHex(row[3])));
@@ -123,13 +120,12 @@ inline PixelValue Value(float red, float green, float blue, float alpha) {
     return value;
 }
 
-inline Image Filled(std::uint32_t width, std::uint32_t height, PixelFormat format, const PixelValue& value) {
+/// colour: a Color8 or a PixelValue.
+template <typename Colour>
+Image Filled(std::uint32_t width, std::uint32_t height, PixelFormat format, const Colour& colour) {
     Image image(width, height, format);
-    image.Fill(value);
+    image.Fill(PixelValue(colour));
     return image;
-}
-inline Image Filled(std::uint32_t width, std::uint32_t height, PixelFormat format, const Color8& colour) {
-    return Filled(width, height, format, PixelValue(colour));
 }
 
 /// Calls function(x, y) for every pixel of a picture, row by row.
@@ -143,12 +139,10 @@ void ForPixels(const Image& image, Function function) {
 inline Image SmoothPicture(PixelFormat format, int width = 37, int height = 23) {
     Image image(static_cast<std::uint32_t>(width), static_cast<std::uint32_t>(height), format);
     const auto part = [](int value, int of) { return static_cast<std::uint8_t>(value * 255 / of); };
-    for (int i = 0; i < width * height; ++i) {
-        const int x = i % width, y = i / width;
-        image.SetPixel(
-            x, y,
-            Color8(part(x, width), part(y, height), part(x + y, 2 * (width + height)), part(x, width - 1)));
-    }
+    ForPixels(image, [&](int x, int y) {
+        const std::uint8_t across = part(x, width), both = part(x + y, 2 * (width + height));
+        image.SetPixel(x, y, Color8(across, part(y, height), both, part(x, width - 1)));
+    });
     return image;
 }
 

@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
 
@@ -8,11 +7,7 @@
 #include "codecs/oiio_codec_posix.h"
 #include "codecs/picture_codec.h"
 #include "codecs/picture_files.h"
-#include "platform/files.h"
-#include "platform/utf8.h"
 #include "tests/made_files.h"
-#include "tests/temporary_folder.h"
-#include "tests/test_panorama.h"
 
 namespace skyvault::test {
 namespace {
@@ -58,46 +53,37 @@ TEST(PictureFilesPosix, OurBmpReaderAgreesWithTheLibrary) {
     for (const std::uint32_t bits : {8, 24, 32}) {
         for (const auto& [width, height] : sizes) {
             const std::size_t rowBytes = (static_cast<std::size_t>(width) * bits / 8 + 3) / 4 * 4;
-            Bytes file =
-                MakeBmp(width, height, bits, Noise(rowBytes * static_cast<std::size_t>(std::abs(height))),
-                        Noise(bits != 8     ? 0
-                              : height == 3 ? 4 * 200
-                                            : 4 * 256,
-                              2));
+            const Bytes palette = Noise(bits != 8 ? 0 : height == 3 ? 4 * 200 : 4 * 256, 2);
+            Bytes file = MakeBmp(width, height, bits,
+                                 Noise(rowBytes * static_cast<std::size_t>(std::abs(height))), palette);
             if (width == 1030) std::fill_n(&file[46], 4, std::uint8_t{0});
             const std::string what = std::to_string(width) + " x " + std::to_string(height) + ", " +
                                      std::to_string(bits) + " bits";
             ExpectBothReadTheSame(path, file, what);
             EXPECT_TRUE(PlainBmp(path).IsOpen()) << what;
         }
-    }
-    // Every header, hostile and cut: one byte of the largest kind at a time, then all lengths.
-    for (const std::uint32_t bits : {8, 24, 32}) {
+        // Every header, hostile and cut: one byte of the largest kind at a time, then all lengths.
         for (const int headerSize : {12, 16, 40, 52, 56, 64, 108, 124}) {
             const std::string kind = std::to_string(bits) + " bits, header of " + std::to_string(headerSize);
             Bytes file = MakeBmp(5, 3, bits, Noise(60), Noise(bits == 8 ? 8 : 0, 2));
             file.insert(file.begin() + 54, static_cast<std::size_t>(std::max(headerSize - 40, 0)), 0);
             file[10] = static_cast<std::uint8_t>(file[10] + std::max(headerSize - 40, 0));
             file[14] = static_cast<std::uint8_t>(headerSize);
-            for (const std::uint8_t alphaMask : {std::uint8_t{0}, std::uint8_t{255}}) {
-                if (headerSize > 52) file[69] = alphaMask;
-                ExpectBothReadTheSame(path, file, kind);
-            }
+            const auto expectWithByte = [&](std::size_t at, int value) {
+                Bytes edited = file;
+                edited[at] = static_cast<std::uint8_t>(value);
+                ExpectBothReadTheSame(path, edited,
+                                      kind + ", byte " + std::to_string(at) + " " + std::to_string(value));
+            };
+            expectWithByte(14, headerSize);
+            if (headerSize > 52) expectWithByte(69, 255);  // a mask for alpha
             // Of the two kinds that programs write; the sanitized build takes 20 ms for each of these.
             const bool usual = headerSize == 40 || headerSize == 124;
-            for (std::size_t at = 2; usual && at < 70; ++at) {
-                for (const int value : {1, 128, 255}) {
-                    Bytes edited = file;
-                    edited[at] = static_cast<std::uint8_t>(value);
-                    ExpectBothReadTheSame(
-                        path, edited, kind + ", byte " + std::to_string(at) + " " + std::to_string(value));
-                }
-            }
-            for (std::size_t size = 0; size < file.size(); size += 1 + size / 10) {
-                const auto end = file.begin() + static_cast<std::ptrdiff_t>(size);
-                ExpectBothReadTheSame(path, Bytes(file.begin(), end),
+            for (std::size_t at = 2; usual && at < 70; ++at)
+                for (const int value : {1, 128, 255}) expectWithByte(at, value);
+            for (std::size_t size = 0; size < file.size(); size += 1 + size / 10)
+                ExpectBothReadTheSame(path, Bytes(file.data(), file.data() + size),
                                       kind + ", cut at " + std::to_string(size));
-            }
             if (HasFatalFailure()) return;
         }
     }
@@ -133,21 +119,10 @@ TEST(PictureFilesPosix, HeifIsWrittenWhereItsEncoderIsInstalled) {
     }
 }
 
-TEST(PictureFilesPosix, PipesAndForbiddenFilesAreRefusedAtOnce) {
+TEST(PictureFilesPosix, PipesAreRefusedAtOnce) {
     const TemporaryFolder folder;
     ASSERT_EQ(mkfifo(ToUtf8(folder / L"pipe.png").c_str(), 0600), 0);
     EXPECT_FALSE(Loaded(folder / L"pipe.png").IsValid());
-
-    Image source = SmoothPicture(Rgb8);
-    ASSERT_TRUE(Saved(source, folder / L"secret.png"));
-    ASSERT_EQ(chmod(ToUtf8(folder / L"secret.png").c_str(), 0), 0);
-    if (geteuid() == 0) GTEST_SKIP() << "root may read and write everything";
-    EXPECT_FALSE(Loaded(folder / L"secret.png").IsValid());
-    EXPECT_FALSE(Saved(source, folder / L"secret.png"));
-    ASSERT_EQ(chmod(ToUtf8(folder.Path()).c_str(), 0500), 0);
-    EXPECT_FALSE(Saved(source, folder / L"new.png"));
-    ASSERT_EQ(chmod(ToUtf8(folder.Path()).c_str(), 0700), 0);
-    EXPECT_FALSE(FileExists(folder / L"new.png"));
 }
 
 }  // namespace

@@ -6,10 +6,7 @@
 
 #include "codecs/picture_codec.h"
 #include "platform/files.h"
-#include "platform/utf8.h"
 #include "tests/made_files.h"
-#include "tests/temporary_folder.h"
-#include "tests/test_panorama.h"
 
 namespace skyvault::test {
 namespace {
@@ -21,53 +18,44 @@ TEST(PictureFiles, EveryFormatComesBackFromEveryContainer) {
         const wchar_t* extension;
         double difference;
         bool keepsAlpha;
-    } rows[] = {{L".bmp", 0, false},  {L".png", 0, true},   {L".tif", 0, true},
-                {L".TIFF", 0, true},  {L".jpg", 4, false},  {L".JPE", 4, false},
-                {L".jpeg", 4, false}, {L".jfif", 4, false}, {L".gif", 8, false}};
+        std::vector<PixelFormat> exact;  ///< what comes back as it was, byte by byte
+    } rows[] = {{L".bmp", 0, false, {Rgb8}},
+                {L".png", 0, true, {Grey8, Grey16, Rgb8, Rgb16, Rgba8, Rgba16}},
+                {L".tif", 0, true, {Grey8, Rgb8, Rgb16, Rgba8, Rgba16}},
+                {L".TIFF", 0, true, {}},
+                {L".jpg", 4, false, {}},
+                {L".JPE", 4, false, {}},
+                {L".jpeg", 4, false, {}},
+                {L".jfif", 4, false, {}},
+                {L".gif", 8, false, {}}};
     const TemporaryFolder folder;
     for (const auto& row : rows) {
         for (const PixelFormat format : AllFormats()) {
             const std::wstring label = std::wstring(FormatName(format)) + L" as " + row.extension;
             SCOPED_TRACE(ToUtf8(label));
-            Image source = SmoothPicture(format);
+            const bool exact = std::count(row.exact.begin(), row.exact.end(), format) > 0;
+            Image source = exact ? RandomImage(37, 23, format) : SmoothPicture(format);
             ASSERT_TRUE(Saved(source, folder / label));
             const Image read = Loaded(folder / label);
             EXPECT_TRUE(read.topDown == 1 && read.frameCount == 1 && read.frameDelay == 0);
             // A half of 0.5 is 127 as 8 bits, and 128 after it has been 16 bits.
             const int step = ChannelType(format) == ChannelKind::Half ? 1 : 0;
             EXPECT_LE(Difference(source, read, row.keepsAlpha), row.difference + step);
+            EXPECT_TRUE(!exact || SameBytes(read, source));
         }
     }
     EXPECT_EQ(folder.FileCount(), std::size(rows) * AllFormats().size());
-}
-
-TEST(PictureFiles, LosslessContainersKeepFormatAndDepth) {
-    const struct {
-        const wchar_t* extension;
-        std::vector<PixelFormat> formats;
-    } rows[] = {{L".png", {Grey8, Grey16, Rgb8, Rgb16, Rgba8, Rgba16}},
-                {L".tif", {Grey8, Rgb8, Rgb16, Rgba8, Rgba16}},
-                {L".bmp", {Rgb8}}};
-    const TemporaryFolder folder;
-    for (const auto& row : rows) {
-        for (const PixelFormat format : row.formats) {
-            const std::wstring label = std::wstring(FormatName(format)) + row.extension;
-            Image source = RandomImage(37, 23, format);
-            ASSERT_TRUE(Saved(source, folder / label)) << ToUtf8(label);
-            EXPECT_TRUE(SameBytes(Loaded(folder / label), source)) << ToUtf8(label);
-        }
-    }
     // Grey of 16 bits in a TIFF may come back as colour, but not with 8 bits.
     Image grey = RandomImage(2, 2, Grey16);
     ASSERT_TRUE(Saved(grey, folder / L"grey.tif"));
     EXPECT_EQ(Loaded(folder / L"grey.tif").GetPixel16(0, 0).red, grey.GetPixel16(0, 0).red);
 }
 
-TEST(PictureFiles, TheAskedFormatIsWrittenAndToldWhateverThePictureHas) {
+TEST(PictureFiles, TheAskedFormatIsWrittenAndTheInfoLogDescribesWhatWasWritten) {
     const TemporaryFolder folder;
     Image source = SmoothPicture(Rgba16);
+    std::wstring log;
     for (const PixelFormat format : {Grey8, Grey16, Rgb8, Rgb16, Rgba8}) {
-        std::wstring log;
         ASSERT_TRUE(Saved(source, folder / L"a.png", format, &log));
         EXPECT_EQ(Loaded(folder / L"a.png").format, format);
         EXPECT_TRUE(log.ends_with(std::wstring(L"\nFormat\t\t") + FormatName(format) + L"\n"));
@@ -76,22 +64,12 @@ TEST(PictureFiles, TheAskedFormatIsWrittenAndToldWhateverThePictureHas) {
     EXPECT_EQ(Loaded(folder / L"a.jpg").format, Grey8);
     EXPECT_EQ(source.format, Rgba16);
     // Grey is the red channel, also in a file that only knows colour.
-    ASSERT_TRUE(Saved(source, folder / L"grey.bmp", Grey8));
+    const std::wstring path = folder / L"grey.bmp";
+    ASSERT_TRUE(Saved(source, path, Grey8, &log));
     const std::uint8_t red = source.GetPixel8(30, 20).red;
-    EXPECT_EQ(Loaded(folder / L"grey.bmp").GetPixel8(30, 20), Color8(red, red, red, 255));
-}
-
-TEST(PictureFiles, TheInfoLogDescribesWhatWasWrittenAndNothingElse) {
-    const TemporaryFolder folder;
-    Image source = SmoothPicture(Rgb8);
-    const std::wstring path = folder / L"a.bmp";
-    std::wstring log;
-    ASSERT_TRUE(Saved(source, path, None, &log));
+    EXPECT_EQ(Loaded(path).GetPixel8(30, 20), Color8(red, red, red, 255));
     // 54 bytes of headers and 23 rows of 112 bytes.
-    EXPECT_EQ(log,
-              L"Path\t\t" + path + L"\nSize\t\t2 KB\nResolution\t37 x 23\nFormat\t\tLDR 24 bpp RGB int\n");
-    EXPECT_FALSE(Saved(source, folder / L"a.webp", None, &log));
-    EXPECT_EQ(log, L"");
+    EXPECT_EQ(log, L"Path\t\t" + path + L"\nSize\t\t2 KB\nResolution\t37 x 23\nFormat\t\tLDR 8 bpp R int\n");
     const std::pair<std::uint64_t, const wchar_t*> sizes[] = {
         {0, L"0 bytes"},    {1023, L"1023 bytes"},    {1024, L"1 KB"},      {1048575, L"1023 KB"},
         {3500000, L"3 MB"}, {1073741823, L"1023 MB"}, {5000000000, L"4 GB"}};
@@ -117,38 +95,25 @@ TEST(PictureFiles, BleedingIsForWrittenAlphaOnly) {
     }
 }
 
-TEST(PictureFiles, FailedSavesLeaveEverythingAsItWas) {
+TEST(PictureFiles, WhatNoContainerTakesLeavesTheOlderFile) {
     const TemporaryFolder folder;
-    ASSERT_TRUE(CreateFolder(folder / L"folder.png"));
-    Image small = SmoothPicture(Rgb8), large = SmoothPicture(Rgb8, 200, 100), empty;
-    Image tooWide = Filled(70000, 1, Rgb8, Color8(1, 2, 3, 255));
-    ASSERT_TRUE(Saved(large, folder / L"a.png"));
-    ASSERT_TRUE(Saved(small, folder / L"a.png"));
-    for (const wchar_t* name : {L"a.webp", L"a.tga", L"a", L"folder.png", L"missing/a.png", L"a.png/a.png"})
-        EXPECT_FALSE(Saved(large, folder / name)) << ToUtf8(name);
-    EXPECT_FALSE(Saved(large, L""));
-    EXPECT_FALSE(Saved(empty, folder / L"a.png"));
-    EXPECT_FALSE(Saved(tooWide, folder / L"a.jpg"));
-    EXPECT_FALSE(Saved(tooWide, folder / L"a.gif"));
-    EXPECT_EQ(Loaded(folder / L"a.png").width, small.width);
-    EXPECT_EQ(folder.FileCount(), 2u);
-}
-
-TEST(PictureFiles, UnreadableFilesGiveAnEmptyPicture) {
-    const TemporaryFolder folder;
-    ASSERT_TRUE(CreateFolder(folder / L"folder.png"));
-    for (const wchar_t* name : {L"junk.jpg", L"junk.dds", L"junk.tga"}) folder.Write(name, "no picture");
-    folder.Write(L"empty.png", "");
-    for (const wchar_t* name : {L"missing.png", L"folder.png", L"empty.png", L"junk.jpg", L"junk.dds",
-                                L"junk.tga", L"missing.tga", L"missing/"}) {
-        const Image image = Loaded(folder / name);
-        EXPECT_TRUE(!image.IsValid() && image.width == 0 && image.format == None) << ToUtf8(name);
+    Image small = SmoothPicture(Rgb8), empty, tooWide = Filled(70000, 1, Rgb8, Color8(1, 2, 3, 255));
+    const std::wstring path = folder / L"a.png";
+    ASSERT_TRUE(Saved(tooWide, path) && Saved(small, path));
+    for (const wchar_t* name : {L"a.webp", L"a.tga", L"a", L"a.jpg", L"a.gif"}) {
+        std::wstring log = L"before";
+        EXPECT_FALSE(Saved(tooWide, folder / name, None, &log)) << ToUtf8(name);
+        EXPECT_EQ(log, L"");
     }
-    EXPECT_FALSE(Loaded(L"").IsValid());
+    EXPECT_FALSE(Saved(small, L"") || Saved(empty, path));
+    EXPECT_EQ(Loaded(path).width, small.width);
+    EXPECT_EQ(folder.FileCount(), 1u);
 }
 
 TEST(PictureFiles, CutFilesAreRefusedOrHaveTheirSize) {
     const TemporaryFolder folder;
+    for (const wchar_t* name : {L"junk.jpg", L"junk.tga"})
+        EXPECT_EQ(Loaded(folder.Write(name, "no picture")).format, None) << ToUtf8(name);
     for (const wchar_t* extension : {L".bmp", L".png", L".tif", L".jpg", L".gif"}) {
         const std::wstring path = folder / (std::wstring(L"a") + extension);
         Image source = SmoothPicture(Rgb8);
@@ -169,16 +134,14 @@ TEST(PictureFiles, CutFilesAreRefusedOrHaveTheirSize) {
 TEST(PictureFiles, ContentsDecideTheReaderAndNamesAreUnicode) {
     const TemporaryFolder folder;
     Image source = SmoothPicture(Rgb8);
-    const std::wstring names[] = {L"a.png", L"a.jpg", L"no extension",
-                                  L"\U0001F304 Gr\u00fc\u00dfe \u65e5.PnG"};
-    ASSERT_TRUE(Saved(source, folder / names[0]));
-    for (std::size_t i = 0; i < std::size(names); ++i) {
-        EXPECT_EQ(Loaded(folder / names[i]).width, source.width) << i;
-        if (i + 1 == std::size(names)) break;
-        ASSERT_TRUE(MoveToNewName(folder / names[i], folder / names[i + 1]));
+    std::wstring path = folder / L"a.png";
+    ASSERT_TRUE(Saved(source, path));
+    for (const wchar_t* name : {L"a.jpg", L"no extension", L"\U0001F304 Gr\u00fc\u00dfe \u65e5.PnG"}) {
+        ASSERT_TRUE(MoveToNewName(path, folder / name));
+        path = folder / name;
+        EXPECT_TRUE(SameBytes(Loaded(path), source)) << ToUtf8(name);
     }
-    ASSERT_TRUE(Saved(source, folder / (L"new " + names[3])));
-    EXPECT_TRUE(FileExists(folder / (L"new " + names[3])));
+    EXPECT_TRUE(Saved(source, path) && FileExists(path));
     const std::vector<std::wstring> extensions = ReadableExtensions();
     for (const wchar_t* extension : {L"BMP", L"JPG", L"JPEG", L"PNG", L"TIF", L"TIFF", L"GIF"})
         EXPECT_EQ(std::count(extensions.begin(), extensions.end(), extension), 1) << ToUtf8(extension);
@@ -189,8 +152,8 @@ TEST(PictureFiles, TargetSizesFitThePictureInside) {
     const Color8 colour(10, 20, 30, 255);
     Image source = Filled(400, 200, Rgb8, colour);
     ASSERT_TRUE(Saved(source, folder / L"a.png"));
-    const PictureSize rows[][2] = {{{100, 100}, {100, 50}}, {{100, 10}, {20, 10}},  {{800, 800}, {800, 400}},
-                                   {{100, 0}, {400, 200}},  {{0, 100}, {400, 200}}, {{1, 1}, {0, 0}}};
+    const PictureSize rows[][2] = {
+        {{100, 100}, {100, 50}}, {{100, 0}, {400, 200}}, {{0, 100}, {400, 200}}, {{1, 1}, {0, 0}}};
     for (const auto& [target, size] : rows) {
         const Image image = Loaded(folder / L"a.png", 0, target);
         EXPECT_EQ((PictureSize{image.width, image.height}), size) << target.width << " x " << target.height;

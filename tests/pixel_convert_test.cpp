@@ -6,29 +6,22 @@
 #include <vector>
 
 #include "tests/made_files.h"
-#include "tests/test_panorama.h"
 
-namespace skyvault {
+namespace skyvault::test {
 namespace {
 
 using enum PixelFormat;
 using Bytes = std::vector<std::byte>;
 
 TEST(PixelFormat, SizesNamesAndKinds) {
-    const std::pair<std::uint32_t, const wchar_t*> rows[] = {
-        {0, L"Unknown format"},        {1, L"LDR 8 bpp R int"},     {2, L"HDR 16 bpp R int"},
-        {2, L"HDR 16 bpp R float"},    {3, L"LDR 24 bpp RGB int"},  {6, L"HDR 48 bpp RGB int"},
-        {6, L"HDR 48 bpp RGB float"},  {4, L"LDR 32 bpp RGBA int"}, {8, L"HDR 64 bpp RGBA int"},
-        {8, L"HDR 64 bpp RGBA float"}, {0, L"Unknown format"}};
-    for (std::uint32_t number = 0; number < std::size(rows); ++number) {
-        SCOPED_TRACE(number);
-        const auto format = static_cast<PixelFormat>(number == 10 ? 0xffffffff : number);
-        const std::uint32_t kind = number % 10 == 0 ? 0 : (number - 1) % 3 + 1;
-        EXPECT_EQ(BytesPerPixel(format), rows[number].first);
-        EXPECT_EQ(static_cast<std::uint32_t>(ChannelType(format)), kind);
-        EXPECT_EQ(static_cast<std::uint32_t>(WithAlpha(format)), kind == 0 ? 0 : 6 + kind);
-        EXPECT_EQ(HasAlpha(format), number >= 7 && number <= 9);
-        EXPECT_STREQ(FormatName(format), rows[number].second);
+    for (const DataRow& row : DataTable("pixel_formats")) {
+        const std::vector<std::uint32_t> told = Numbers(row[0]);
+        const auto format = static_cast<PixelFormat>(told[0]);
+        EXPECT_EQ((std::vector<std::uint32_t>{
+                      told[0], BytesPerPixel(format), static_cast<std::uint32_t>(ChannelType(format)),
+                      static_cast<std::uint32_t>(WithAlpha(format)), HasAlpha(format)}),
+                  told);
+        EXPECT_EQ(FormatName(format), FromUtf8(row[1]));
     }
 }
 
@@ -76,7 +69,7 @@ ColorHalf AsHalf(const Channels& c) {
 
 TEST(PixelConvert, EveryFormatIsReadAsAndWrittenFromEveryRecord) {
     constexpr Channels kOpaque = {255, 65535, kHalfOne.bits};
-    for (const PixelFormat format : test::AllFormats()) {
+    for (const PixelFormat format : AllFormats()) {
         SCOPED_TRACE(static_cast<int>(format));
         const std::size_t own = static_cast<std::size_t>(ChannelType(format)) - 1;
         const Bytes pixel = Stored(format, kConverted[own][own]);
@@ -101,7 +94,7 @@ TEST(PixelConvert, EveryFormatIsReadAsAndWrittenFromEveryRecord) {
         all.color16 = As16(kConverted[1][1]);
         all.colorHalf = AsHalf(kConverted[2][2]);
         Bytes written(BytesPerPixel(format));
-        for (const PixelFormat tag : test::AllFormats()) {
+        for (const PixelFormat tag : AllFormats()) {
             all.format = tag;
             WritePixel(format, written.data(), all);
             const std::size_t from = static_cast<std::size_t>(ChannelType(tag)) - 1;
@@ -145,11 +138,11 @@ TEST(PixelConvert, UnknownFormatsAndNoAddressReadAsZeroAndWriteNothing) {
 
 TEST(PixelConvert, ARowIsConvertedLikeItsPixels) {
     constexpr std::uint32_t kCount = 259;
-    for (const PixelFormat from : test::AllFormats()) {
+    for (const PixelFormat from : AllFormats()) {
         Image source(kCount, 1, from);
         const test::Bytes noise = test::Noise(source.ByteCount());  // halves that are not finite, too
         std::memcpy(source.pixels.get(), noise.data(), noise.size());
-        for (const PixelFormat to : test::AllFormats()) {
+        for (const PixelFormat to : AllFormats()) {
             const std::size_t size = BytesPerPixel(to);
             Bytes row((kCount + 1) * size, std::byte{0x77}), expected = row;
             ConvertRow(from, source.Row(0), to, row.data(), kCount);
@@ -162,4 +155,4 @@ TEST(PixelConvert, ARowIsConvertedLikeItsPixels) {
 }
 
 }  // namespace
-}  // namespace skyvault
+}  // namespace skyvault::test

@@ -3,36 +3,18 @@
 
 #include <gtest/gtest.h>
 
-#include "codecs/picture_files.h"
 #include "projection/labelled_faces.h"
 #include "projection/pixel_text.h"
-#include "tests/picture_io.h"
-#include "tests/temporary_folder.h"
-#include "tests/test_panorama.h"
+#include "tests/made_files.h"
 
 namespace skyvault::test {
 namespace {
 
 TEST(SingleFiles, NamesKeepFolderStemAndExtension) {
-    const struct {
-        const wchar_t* path;
-        int system;
-        CubeFace face;
-        const wchar_t* expected;
-    } rows[] = {
-        {L"C:\\out\\room.jpg", 0, CubeFace::Top, L"C:\\out\\room_top.jpg"},
-        {L"C:\\out\\room.jpg", 1, CubeFace::Top, L"C:\\out\\room_up.jpg"},
-        {L"/room.tif", 2, CubeFace::Left, L"/room_l.tif"},
-        {L"room.tif", 3, CubeFace::Right, L"room_rt.tif"},
-        {L"/home/me/room.tif", 4, CubeFace::Left, L"/home/me/l_room.tif"},
-        {L"C:room.tif", 4, CubeFace::Left, L"C:l_room.tif"},
-        {L"C:\\a.b\\room.tif", 5, CubeFace::Left, L"C:\\a.b\\room3.tif"},
-        {L"my.room.v2.PNG", 0, CubeFace::Left, L"my.room.v2_left.PNG"},
-        {L".png", 0, CubeFace::Left, L"_left.png"},
-        {L"C:\\a.b\\room", 0, CubeFace::Left, L"C:\\a.b\\room_left."},
-        {L"room.jpg", 6, CubeFace::Left, L"room.jpg"},
-    };
-    for (const auto& row : rows) EXPECT_EQ(SingleFilePath(row.path, row.system, row.face), row.expected);
+    for (const DataRow& row : DataTable("face_files")) {
+        const auto face = static_cast<CubeFace>(std::stoi(row[2]));
+        EXPECT_EQ(SingleFilePath(FromUtf8(row[0]), std::stoi(row[1]), face), FromUtf8(row[3])) << row.where;
+    }
 }
 
 TEST(SingleFiles, AnyFaceMayBeMissingAndTheLastOneThereDecidesTheSize) {
@@ -41,27 +23,26 @@ TEST(SingleFiles, AnyFaceMayBeMissingAndTheLastOneThereDecidesTheSize) {
     Image small = RandomImage(8, 8, PixelFormat::Rgb8), large = RandomImage(20, 16, PixelFormat::Rgba16);
     ASSERT_TRUE(Saved(small, s) && Saved(large, l));
     const std::wstring none = folder.Write(L"text.png", "no picture");
-    const struct {
-        std::vector<std::wstring> paths;
-        std::uint32_t widths[6];  ///< 0: not there
-        std::uint32_t faceSize;
-    } rows[] = {
-        {{none, L"", l, none, none, L""}, {0, 0, 20, 0, 0, 0}, 20},
-        {{l, s, none, none, none, none}, {20, 8, 0, 0, 0, 0}, 8},
-        {{s}, {8, 0, 0, 0, 0, 0}, 8},
-        {{none, none, none, none, none, none}, {}, 0},
+    using Widths = std::array<std::uint32_t, 7>;  // of the faces, 0: not there; and their size
+    const std::pair<std::vector<std::wstring>, Widths> rows[] = {
+        {{none, L"", l, none, none, L""}, {0, 0, 20, 0, 0, 0, 20}},
+        {{l, s, none, none, none, none}, {20, 8, 0, 0, 0, 0, 8}},
+        {{s}, {8, 0, 0, 0, 0, 0, 8}},
+        {{none, none, none, none, none, none}, {}},
     };
-    for (const auto& row : rows) {
+    for (const auto& [paths, expected] : rows) {
         TestPanorama t;
         ImportRequest request = t.From({});
-        request.paths = row.paths;
-        EXPECT_EQ(ImportSingleFiles(request, t.feedback, t.panorama).IsDone(), row.faceSize > 0);
-        EXPECT_EQ(t.panorama.faceSize, row.faceSize);
-        for (std::size_t f = 0; f < 6; ++f) EXPECT_EQ(t.panorama.faces[f].width, row.widths[f]) << f;
+        request.paths = paths;
+        const bool any = expected.back() > 0;
+        EXPECT_EQ(ImportSingleFiles(request, t.feedback, t.panorama).IsDone(), any);
+        Widths widths{};
+        for (std::size_t f = 0; f < 6; ++f) widths[f] = t.panorama.faces[f].width;
+        widths.back() = t.panorama.faceSize;
+        EXPECT_EQ(widths, expected);
         // Faces of several sizes are odd, but can be looked at.
         Image view;
-        EXPECT_EQ(RenderLabelledFaces(t.panorama, t.ForView({}), t.feedback, view).IsDone(),
-                  row.faceSize > 0);
+        EXPECT_EQ(RenderLabelledFaces(t.panorama, t.ForView({}), t.feedback, view).IsDone(), any);
     }
 }
 
@@ -71,65 +52,63 @@ TEST(SingleFiles, TheWindowShowsSixSquareFacesEachWithItsLabelBelow) {
     TestPanorama t;
     t.SetFaces(4, PixelFormat::Rgb8);
     for (std::size_t f = 0; f < 6; ++f) t.panorama.faces[f].Fill(PixelValue(colours[f]));
+    const auto view = [&](ClientSize room, int namingSystem) {
+        Image picture;
+        t.settings.fileNamingSystem = namingSystem;
+        const bool shown = RenderLabelledFaces(t.panorama, t.ForView({}, room), t.feedback, picture).IsDone();
+        EXPECT_EQ(shown, picture.IsValid());
+        return picture;
+    };
     const struct {
         ClientSize room;
         std::uint8_t background, text;
         int smallestEdge;
-    } cases[] = {{{1000, 700}, 255, 0, 290},
-                 {{600, 1200}, 20, 255, 270},
-                 {{1500, 200}, 127, 255, 160},
-                 {{200, 160}, 200, 0, 50}};
-    for (const auto& c : cases) {
-        const int width = c.room.width, height = c.room.height;
-        t.settings.backgroundColour = Color8(c.background, c.background, c.background, 255);
-        t.settings.transparency = c.background == 20;
-        Image view, numbered;
-        t.settings.fileNamingSystem = 0;
-        ASSERT_TRUE(RenderLabelledFaces(t.panorama, t.ForView({}, c.room), t.feedback, view).IsDone());
-        t.settings.fileNamingSystem = 5;
-        ASSERT_TRUE(RenderLabelledFaces(t.panorama, t.ForView({}, c.room), t.feedback, numbered).IsDone());
-        EXPECT_EQ(SameBytes(view, numbered), width == 200) << "labels name the files where there is room";
-        ASSERT_TRUE(static_cast<int>(view.width) == width && static_cast<int>(view.height) == height);
-        EXPECT_EQ(view.GetPixel8(0, 0).alpha, t.settings.transparency ? 0 : 255);
+    } rows[] = {{{1000, 700}, 255, 0, 290},
+                {{600, 1200}, 20, 255, 270},
+                {{1500, 200}, 127, 255, 160},
+                {{200, 160}, 200, 0, 50}};
+    for (const auto& row : rows) {
+        const int width = row.room.width, height = row.room.height;
+        const Color8 text(row.text, row.text, row.text, 255);
+        t.settings.backgroundColour = Color8(row.background, row.background, row.background, 255);
+        t.settings.transparency = row.background == 20;
+        const Image seen = view(row.room, 0);
+        EXPECT_EQ(SameBytes(seen, view(row.room, 5)), width == 200)
+            << "labels name the files where there is room";
+        ASSERT_EQ((PictureSize{seen.width, seen.height}), PictureSize(width, height));
+        EXPECT_EQ(seen.GetPixel8(0, 0).alpha, t.settings.transparency ? 0 : 255);
         for (const Color8& colour : colours) {
             // From the first to the last pixel of the face's colour, and the text below.
-            PixelRect face{width, height, -1, -1};
-            int pixels = 0, letters = 0;
-            for (int at = 0; at < width * height; ++at) {
-                const int x = at % width, y = at / width;
-                const Color8 seen = view.GetPixel8(x, y);
-                if (seen == colour) {
-                    face = {std::min(face.left, x), std::min(face.top, y), std::max(face.right, x), y};
+            int left = width, right = -1, top = height, bottom = -1, pixels = 0, letters = 0;
+            ForPixels(seen, [&](int x, int y) {
+                const Color8 pixel = seen.GetPixel8(x, y);
+                if (pixel == colour) {
+                    left = std::min(left, x), right = std::max(right, x), top = std::min(top, y), bottom = y;
                     ++pixels;
                 }
-                const bool below =
-                    x >= face.left && x <= face.right && y > face.bottom && y < face.bottom + 12;
-                letters += below && seen == Color8(c.text, c.text, c.text, 255);
-            }
-            const int edge = face.right - face.left + 1;
-            EXPECT_EQ(face.bottom - face.top + 1, edge);
+                letters += pixel == text && x >= left && x <= right && y > bottom && y < bottom + 12;
+            });
+            const int edge = right - left + 1;
+            EXPECT_EQ(bottom - top + 1, edge);
             EXPECT_EQ(pixels, edge * edge) << "nothing is drawn over a face";
-            EXPECT_GE(edge, c.smallestEdge) << "the faces are not lost in their frame";
+            EXPECT_GE(edge, row.smallestEdge) << "the faces are not lost in their frame";
             EXPECT_GT(letters, 20);
         }
     }
     // Whatever the room, a view or none.
-    for (int at = 0; at < 13 * 26; ++at) {
-        const ClientSize room{at % 13 * 3 - 1, at / 13 * 3 - 1};
-        Image view;
-        const bool shown = RenderLabelledFaces(t.panorama, t.ForView({}, room), t.feedback, view).IsDone();
-        EXPECT_TRUE(shown ? room.width > 0 && room.height > 0 : room.width < 3 || room.height < 2);
-    }
+    for (int width = -1; width < 38; width += 3)
+        for (int height = -1; height < 76; height += 3)
+            EXPECT_TRUE(view({width, height}, 0).IsValid() ? width > 0 && height > 0
+                                                           : width < 3 || height < 2);
 }
 
 TEST(SingleFiles, EveryLetterOfALabelIsInTheFont) {
     std::wstring letters = L"FrontRightBackLeftTopBottom*";
     for (int at = 0; at < 36; ++at) letters += FaceAffix(at / 6, at % 6);
     for (const wchar_t letter : letters) {
-        Image image(kPixelLetterWidth, kPixelLetterHeight, PixelFormat::Rgb8);
-        image.Fill(PixelValue(Color8(0, 0, 0, 255)));
-        const Image empty = image.CopyRect();
-        DrawPixelText(image, 0, 0, 1, std::wstring(1, letter), Color8(255, 255, 255, 255));
+        const Image empty = Filled(kPixelLetterWidth, kPixelLetterHeight, PixelFormat::Rgb8, Color8());
+        Image image = empty.CopyRect();
+        DrawPixelText(image, 0, 0, 1, std::wstring(1, letter), kOpaqueWhite);
         EXPECT_FALSE(SameBytes(image, empty)) << static_cast<int>(letter);
     }
 }

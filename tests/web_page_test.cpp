@@ -4,32 +4,22 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <filesystem>
-
-#include "codecs/picture_files.h"
-#include "platform/file_stream.h"
 #include "platform/files.h"
 #include "tests/child_process.h"
-#include "tests/picture_io.h"
-#include "tests/temporary_folder.h"
-#include "tests/test_panorama.h"
+#include "tests/made_files.h"
 
-namespace skyvault {
+namespace skyvault::test {
 namespace {
 
-/// The bytes of a file of Media/www; empty when there is none.
+/// A file of Media/www; empty when there is none.
 std::string Media(const wchar_t* name) {
-    std::vector<std::byte> bytes;
-    if (!ReadWholeFile(JoinPath(JoinPath(ProgramFolder(), L"Media/www"), name), bytes)) return {};
-    return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
+    const Bytes bytes = ReadFile(JoinPath(JoinPath(ProgramFolder(), L"Media/www"), name));
+    return {bytes.begin(), bytes.end()};
 }
 
 std::size_t Count(const std::string& text, const std::string& what) {
     std::size_t count = 0;
-    for (std::size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + what.size())) {
-        ++count;
-    }
+    for (std::size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + 1)) ++count;
     return count;
 }
 
@@ -49,17 +39,16 @@ TEST(WebPage, TheShippedFilesAreAsciiAndBelongTogether) {
 
 TEST(WebPage, ThePageNamesThePictureAndLiesBesideItWithTheOtherFiles) {
     const std::string shipped = Media(L"skyvault.html");
-    const test::TemporaryFolder folder;
-    for (const wchar_t* name : {L"skyvault.js", L"skyvault.css", L"pano.html", L"pano.png"}) {
+    const TemporaryFolder folder;
+    for (const wchar_t* name : {L"skyvault.js", L"skyvault.css", L"pano.html", L"pano.png"})
         folder.Write(name, std::string(100000, 'x'));
-    }
     std::size_t files = 2;
     for (const std::wstring base :
          {L"pano", L"100% a&b #1 'q'", L"a [URL] [URL]", L"two.dots", L"&amp;", L"Gr\u00fc\u00dfe"}) {
         const std::wstring picture = folder / base + L".png";
-        test::TestPanorama t;
+        TestPanorama t;
         t.settings.resolution1 = 0;
-        t.SetEquirectangular(test::RandomImage(64, 32, PixelFormat::Rgb8));
+        t.SetEquirectangular(RandomImage(64, 32, PixelFormat::Rgb8));
         Image result;
         const Outcome outcome =
             ExportWebPage(t.panorama, t.ForFile(PanoramaFormat::Html, picture), t.feedback, result);
@@ -84,10 +73,10 @@ TEST(WebPage, ThePageNamesThePictureAndLiesBesideItWithTheOtherFiles) {
 
 TEST(WebPage, WhatIsMissingBesideTheProgramIsLeftOut) {
     // A copy of the console program, with a page that names no picture, an empty style sheet and no script.
-    const test::TemporaryFolder folder;
-    const std::string utf8 = ToUtf8(test::ConsoleProgramPath());
+    const TemporaryFolder folder;
+    const std::string utf8 = ToUtf8(ConsoleProgramPath());
     const std::filesystem::path original(std::u8string(utf8.begin(), utf8.end()));
-    const std::wstring program(FileNamePart(test::ConsoleProgramPath()));
+    const std::wstring program(FileNamePart(ConsoleProgramPath()));
     std::filesystem::copy_file(original, folder.SystemPath(program));
     // On Linux, with the module it reads PNG with.
     std::error_code none;
@@ -96,11 +85,11 @@ TEST(WebPage, WhatIsMissingBesideTheProgramIsLeftOut) {
     ASSERT_TRUE(CreateFolder(folder / L"Media/www") && CreateFolder(folder / L"out"));
     folder.Write(L"Media/www/skyvault.html", "no picture [url]");
     folder.Write(L"Media/www/skyvault.css", "");
-    Image picture = test::RandomImage(64, 32, PixelFormat::Rgb8);
-    ASSERT_TRUE(test::Saved(picture, folder / L"in.png"));
-    test::ChildProcess child(folder / program, {L"convert", L"--from", L"equirectangular", L"--to", L"html",
-                                                folder / L"in.png", folder / L"out/pano.png"});
-    const test::ProgramResult result = child.Wait();
+    Image picture = RandomImage(64, 32, PixelFormat::Rgb8);
+    ASSERT_TRUE(Saved(picture, folder / L"in.png"));
+    ChildProcess child(folder / program, {L"convert", L"--from", L"equirectangular", L"--to", L"html",
+                                          folder / L"in.png", folder / L"out/pano.png"});
+    const ProgramResult result = child.Wait();
     EXPECT_EQ(result.exitStatus, 0) << result.err;
     EXPECT_EQ(FindFiles(folder / L"out").size(), 2u);
     EXPECT_GT(FileSizeOf(folder / L"out/pano.png"), 0u);
@@ -108,4 +97,4 @@ TEST(WebPage, WhatIsMissingBesideTheProgramIsLeftOut) {
 }
 
 }  // namespace
-}  // namespace skyvault
+}  // namespace skyvault::test

@@ -6,10 +6,7 @@
 #include "codecs/wic_encode_win.h"
 #include "platform/debug_line.h"
 #include "platform/files.h"
-#include "platform/utf8.h"
 #include "tests/made_files.h"
-#include "tests/temporary_folder.h"
-#include "tests/test_panorama.h"
 
 namespace skyvault::test {
 namespace {
@@ -17,43 +14,32 @@ namespace {
 using enum PixelFormat;
 
 // Where the system's own way works it is never left, so rows written by ourselves are tried here for every
-// cell of the table.
-TEST(WicEncoder, OwnRowsHoldThePictureInEveryCell) {
-    using enum PictureContainer;
-    const TemporaryFolder folder;
-    const std::pair<PictureContainer, const wchar_t*> rows[] = {
-        {Bmp, L".bmp"}, {Png, L".png"}, {Tiff, L".tif"}, {Jpeg, L".jpg"}};
-    for (const auto& [container, extension] : rows) {
-        for (const PixelFormat format : AllFormats()) {
-            const std::wstring label = std::wstring(FormatName(format)) + extension;
-            const Image source = SmoothPicture(format);
-            ASSERT_EQ(WriteOnRoute(WicRoute::OwnRows, source, folder / label, container, format),
-                      WicOutcome::Written)
-                << ToUtf8(label);
-            const int step = ChannelType(format) == ChannelKind::Half ? 1 : 0;
-            EXPECT_LE(Difference(source, Loaded(folder / label)), step + (container == Jpeg ? 4 : 0))
-                << ToUtf8(label);
-        }
-    }
-}
-
-TEST(WicEncoder, TheSystemsWayEitherHoldsThePictureOrSaysThatItCannot) {
+// cell of the table; the system's way holds the picture or says that it cannot.
+TEST(WicEncoder, EveryRouteThatWritesHoldsThePicture) {
     using enum PictureContainer;
     const TemporaryFolder folder;
     const std::wstring path = folder / L"picture";
-    int written = 0;
-    for (const PictureContainer container : {Bmp, Png, Tiff}) {
-        for (const PixelFormat format : {Grey8, Rgb8, Rgba8}) {
+    int bySystem = 0;
+    for (const PictureContainer container : {Bmp, Png, Tiff, Jpeg}) {
+        for (const PixelFormat format : AllFormats()) {
             SCOPED_TRACE(std::to_string(static_cast<int>(container)) + " " + ToUtf8(FormatName(format)));
             const Image source = SmoothPicture(format);
-            const WicOutcome outcome = WriteOnRoute(WicRoute::WholeBitmap, source, path, container, format);
-            ASSERT_NE(outcome, WicOutcome::Failed);
-            if (outcome == WicOutcome::CannotDo) continue;
-            ++written;
-            EXPECT_EQ(Difference(source, Loaded(path)), 0);
+            const bool eightBits = ChannelType(format) == ChannelKind::Int8;
+            if (eightBits && container != Jpeg) {
+                const WicOutcome outcome =
+                    WriteOnRoute(WicRoute::WholeBitmap, source, path, container, format);
+                ASSERT_NE(outcome, WicOutcome::Failed);
+                if (outcome == WicOutcome::Written) {
+                    ++bySystem;
+                    EXPECT_EQ(Difference(source, Loaded(path)), 0);
+                }
+            }
+            ASSERT_EQ(WriteOnRoute(WicRoute::OwnRows, source, path, container, format), WicOutcome::Written);
+            const int step = ChannelType(format) == ChannelKind::Half ? 1 : 0;
+            EXPECT_LE(Difference(source, Loaded(path)), step + (container == Jpeg ? 4 : 0));
         }
     }
-    EXPECT_GE(written, 7);
+    EXPECT_GE(bySystem, 7);
     const Image source = SmoothPicture(Rgb8, 19, 11);  // 209 colours
     for (const WicRoute route : {WicRoute::Palette, WicRoute::OwnFile}) {
         ASSERT_EQ(WriteOnRoute(route, source, path, Gif, Rgb8), WicOutcome::Written);
