@@ -11,6 +11,16 @@ HANDLE CreateInheritable(const std::wstring& path) {
                        FILE_ATTRIBUTE_NORMAL, nullptr);
 }
 
+bool madeOwnConsole = false;
+
+/// Ctrl+C needs a console, and tests run from a script may have none. Everything on the one made here is
+/// sent the key, so this process is deaf to it.
+void MakeOwnConsole() {
+    FreeConsole();
+    SetConsoleCtrlHandler([](DWORD) -> BOOL { return TRUE; }, TRUE);
+    madeOwnConsole = AllocConsole() != 0;
+}
+
 }  // namespace
 
 ChildProcess::ChildProcess(const std::wstring& program, const std::vector<std::wstring>& arguments,
@@ -18,17 +28,17 @@ ChildProcess::ChildProcess(const std::wstring& program, const std::vector<std::w
     // No argument of a test holds a quote or ends in a backslash.
     std::wstring line = L"\"" + program + L"\"";
     for (const std::wstring& argument : arguments) line += L" \"" + argument + L"\"";
-    // An interruption needs a console, and tests run from a script may have none.
-    if (interruptible && GetConsoleCP() == 0) AllocConsole();
+    if (interruptible && GetConsoleCP() == 0) MakeOwnConsole();
+    // In a group of its own on a console that others share: nothing else shall be interrupted.
+    const DWORD group = interruptible && !madeOwnConsole ? CREATE_NEW_PROCESS_GROUP : 0;
     STARTUPINFOW startup{};
     startup.cb = sizeof startup;
     startup.dwFlags = STARTF_USESTDHANDLES;
     startup.hStdOutput = CreateInheritable(folder_ / L"out");
     startup.hStdError = CreateInheritable(folder_ / L"err");
-    // In a group of its own: nothing else shall be interrupted.
     PROCESS_INFORMATION process{};
-    if (CreateProcessW(program.c_str(), line.data(), nullptr, nullptr, TRUE,
-                       interruptible ? CREATE_NEW_PROCESS_GROUP : 0, nullptr, nullptr, &startup, &process)) {
+    if (CreateProcessW(program.c_str(), line.data(), nullptr, nullptr, TRUE, group, nullptr, nullptr,
+                       &startup, &process)) {
         CloseHandle(process.hThread);
         process_ = reinterpret_cast<std::intptr_t>(process.hProcess);
     }
@@ -54,6 +64,7 @@ bool ChildProcess::HasEnded(bool wait) {
 }
 
 bool ChildProcess::Interrupt() {
+    if (madeOwnConsole) return GenerateConsoleCtrlEvent(CTRL_C_EVENT, 0) != 0;
     const DWORD group = GetProcessId(reinterpret_cast<HANDLE>(process_));
     return process_ != 0 && GenerateConsoleCtrlEvent(CTRL_BREAK_EVENT, group) != 0;
 }
