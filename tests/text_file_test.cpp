@@ -47,20 +47,6 @@ TEST(TextFile, LinesAreCutIntoFieldsAndTextsQuoted) {
     EXPECT_EQ(ReadLines("a<br />&#34;", false), (Lines{{L"a<br />&#34;"}}));
 }
 
-TEST(TextFileReader, MissingFieldsReadAsNothing) {
-    TextFileReader reader;
-    reader.Start(std::as_bytes(std::span("key\tY\t\xC3\xA4 1\t 12", 15)));
-    ASSERT_TRUE(reader.NextLine());
-    EXPECT_TRUE(reader.Bool(1));
-    for (const std::int32_t missing : {-1, 4, std::numeric_limits<std::int32_t>::max()}) {
-        EXPECT_TRUE(reader.Text(missing).empty() && !reader.Bool(missing));
-        EXPECT_TRUE(reader.Integer(missing) == 0 && reader.Float(missing) == 0);
-    }
-    EXPECT_FALSE(reader.NextLine());
-    EXPECT_EQ(reader.FieldCount(), 0);
-    EXPECT_FALSE(reader.NextLine());
-}
-
 TEST(TextFile, EveryEncodingReadsBack) {
     // ä, a character beyond 16 bits, and a euro sign; the system's code page may lack all but the first.
     const std::wstring plain = L"\u00e4 b", wide = plain + L" \U0001F600\u20AC";
