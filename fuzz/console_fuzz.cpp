@@ -2,8 +2,6 @@
 // and what was understood can be worked with. Nothing is run, and no file looked at.
 
 #include <cmath>
-#include <cstddef>
-#include <cstdint>
 #include <string_view>
 
 #include "cli/help.h"
@@ -41,12 +39,7 @@ struct Check {
             Require(layout != nullptr && layout->kind == LayoutKind::Panorama);
         }
         Require(!options.job.sourceFolder.empty() && !options.job.destinationFolder.empty());
-        // Every item falls into one of the parts.
-        std::vector<BatchItem> items(7);
-        for (std::size_t i = 0; i < items.size(); ++i) items[i].sources = {std::wstring(1, L"abcdefg"[i])};
         Require(options.shard >= 1 && options.shard <= options.shards);
-        const std::size_t part = ShardOfBatch(items, options.shard, options.shards).size();
-        Require(part <= items.size() && (options.shards > 1 || part == items.size()));
     }
 
     void operator()(const InfoOptions& options) const { Require(!options.path.empty()); }

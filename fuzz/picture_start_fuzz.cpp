@@ -1,9 +1,9 @@
-// What a codec's file is asked before the codec gets it: its header, and whether a JPEG reaches its end.
+// What a codec's file is asked before the codec gets it: its header, whether a JPEG reaches its end, and a
+// GIF's frames.
 
 #include <algorithm>
-#include <cstddef>
-#include <cstdint>
 
+#include "codecs/gif_frames.h"
 #include "codecs/picture_header.h"
 #include "fuzz/require.h"
 
@@ -26,7 +26,7 @@ void CheckJpegEnd(std::span<const std::byte> file) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const std::span<const std::byte> file(reinterpret_cast<const std::byte*>(data), size);
+    const std::span<const std::byte> file = BytesOf(data, size);
     const PictureHeader header = ReadPictureHeader(file.first(std::min(size, kPictureHeaderSize)));
     Require(header.kind != PictureKind::Unknown ||
             (!header.sound && header.width == 0 && header.height == 0));
@@ -38,5 +38,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         Require(bytes <= (std::uint64_t{256} << 20) + std::uint64_t{4096} * size);
     }
     CheckJpegEnd(file);
+    GifFrame frame;
+    const std::uint32_t frames = ReadGifFrames(file, 1, frame);
+    // A frame takes some bytes, and only GIF files have any.
+    Require(frames <= size / 10 && (frames == 0 || header.kind == PictureKind::Gif));
     return 0;
 }

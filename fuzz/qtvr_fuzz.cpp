@@ -1,5 +1,3 @@
-#include <cstddef>
-#include <cstdint>
 #include <memory>
 
 #include "fuzz/require.h"
@@ -11,20 +9,17 @@ using namespace skyvault;
 namespace {
 
 const FaceGrid& GridOf(int tilesPerSide) {
-    static const auto grids = [] {
-        auto made = std::make_unique<std::array<FaceGrid, kMostTilesPerSide>>();
-        for (int n = 1; n <= kMostTilesPerSide; ++n)
-            BuildFaceGrid(n, (*made)[static_cast<std::size_t>(n - 1)]);
-        return made;
-    }();
-    return (*grids)[static_cast<std::size_t>(tilesPerSide - 1)];
+    static std::array<FaceGrid, kMostTilesPerSide + 1> grids;
+    FaceGrid& grid = grids[static_cast<std::size_t>(tilesPerSide)];
+    if (grid.cellCount == 0) BuildFaceGrid(tilesPerSide, grid);
+    return grid;
 }
 
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const DebugLineCapture quiet;
-    const MovieBytes movie(reinterpret_cast<const std::byte*>(data), size);
+    const MovieBytes movie = BytesOf(data, size);
     const auto pictures = std::make_unique<MoviePictures>();
     FindPictures(movie, *pictures);
     Require(pictures->count >= 0 && pictures->count <= kMostPictures);

@@ -1,10 +1,7 @@
-// Any bytes as a settings file: what was read keeps to the bounds the program relies on, survives being saved
-// and read again, and the views drawn with it have their sizes.
+// Any bytes as a settings file: what was read keeps to the bounds the program relies on, and survives being
+// saved and read again.
 
 #include <cmath>
-#include <cstddef>
-#include <cstdint>
-#include <span>
 #include <type_traits>
 
 #include "fuzz/require.h"
@@ -14,7 +11,6 @@
 #include "session/batch.h"
 #include "settings/settings_file.h"
 #include "settings/settings_table.h"
-#include "tests/test_panorama.h"
 
 using namespace skyvault;
 
@@ -80,20 +76,6 @@ void RequireSame(const AppState& saved, const AppState& read, bool exactly) {
     }
 }
 
-void DrawViews(const AppState& state) {
-    static const Image picture = test::RandomImage(16, 8, PixelFormat::Rgb8);
-    test::TestPanorama t;
-    t.settings = state;
-    t.SetEquirectangular(picture.CopyRect());
-    for (const std::int32_t view : {state.view, static_cast<std::int32_t>(PanoramaFormat::Preview)}) {
-        const LayoutRow* const layout = FindLayout(static_cast<PanoramaFormat>(view));
-        if (layout == nullptr || layout->viewCommand == 0) continue;
-        Require(RenderView(*layout, {24, 16}, {}, t.settings, t.feedback, t.panorama).IsDone());
-        const Image& shown = t.panorama.resultPicture;
-        Require(shown.IsValid() && shown.width <= 24 && shown.height <= 16);
-    }
-}
-
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -104,6 +86,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     CheckBounds(second);
     RequireSame(first, second, false);
     RequireSame(second, Read(WrittenSettings(second).Bytes()), true);
-    DrawViews(first);
     return 0;
 }

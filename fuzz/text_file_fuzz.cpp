@@ -1,15 +1,12 @@
 #include <cmath>
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
-#include <span>
 
+#include "fuzz/require.h"
 #include "settings/text_file.h"
 
 using namespace skyvault;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const std::span bytes(reinterpret_cast<const std::byte*>(data), size);
+    const std::span<const std::byte> bytes = BytesOf(data, size);
     TextFileReader reader;
     reader.Start(bytes);
     std::size_t characters = 0;
@@ -20,20 +17,19 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             static_cast<void>(reader.Text(field));
             static_cast<void>(reader.Integer(field));
             static_cast<void>(reader.Bool(field));
-            if (!std::isfinite(reader.Float(field))) std::abort();
+            Require(std::isfinite(reader.Float(field)));
         }
     }
-    if (characters > size) std::abort();
+    Require(characters <= size);
 
     // What was decoded is valid text, so that every Unicode encoding keeps it.
     TextEncoding encoding{};
     const std::wstring text = DecodeText(bytes, encoding);
     for (const TextEncoding target : {TextEncoding::Utf16Le, TextEncoding::Utf16Be, TextEncoding::Utf8}) {
-        const bool isUtf16 = target != TextEncoding::Utf8;
-        if (sizeof(wchar_t) == 2 && !isUtf16) continue;  // unpaired surrogates have no UTF-8
+        if (sizeof(wchar_t) == 2 && target == TextEncoding::Utf8)
+            continue;  // unpaired surrogates have no UTF-8
         const std::string encoded = EncodeText(text, target);
-        if (DecodeText(std::as_bytes(std::span(encoded)), encoding) != text || encoding != target)
-            std::abort();
+        Require(DecodeText(std::as_bytes(std::span(encoded)), encoding) == text && encoding == target);
     }
     return 0;
 }

@@ -27,6 +27,15 @@ std::vector<std::wstring> Words(const std::string& line) {
 
 }  // namespace
 
+ProgramResult ChildProcess::Wait() {
+    HasEnded(true);
+    ProgramResult result{exitStatus_, folder_.Read(L"out"), folder_.Read(L"err")};
+#ifdef _WIN32
+    for (std::string* const text : {&result.out, &result.err}) std::erase(*text, '\r');
+#endif
+    return result;
+}
+
 std::wstring ConsoleProgramPath() {
 #ifdef _WIN32
     return JoinPath(ProgramFolder(), L"skyvault-cli.exe");

@@ -1,17 +1,18 @@
 // Runs programs of ours and looks at what they did, as a shell would.
 #pragma once
 
-#include <memory>
+#include <cstdint>
 #include <string>
 #include <vector>
 
 #include "tests/data_table.h"
+#include "tests/temporary_folder.h"
 
 namespace skyvault::test {
 
 struct ProgramResult {
     int exitStatus = -1;   ///< −1 when it did not end by itself
-    std::string out, err;  ///< without carriage returns
+    std::string out, err;  ///< without the carriage returns of Windows
 };
 
 /// A started program. Its output goes to files, so that it never waits for its reader.
@@ -24,14 +25,17 @@ class ChildProcess {
     ChildProcess(const ChildProcess&) = delete;
     ChildProcess& operator=(const ChildProcess&) = delete;
 
-    bool HasEnded();
+    bool HasEnded() { return HasEnded(false); }
     /// As Ctrl+C does (Ctrl+Break on Windows); false when the system has no way to.
     bool Interrupt();
     ProgramResult Wait();
 
   private:
-    struct State;
-    std::unique_ptr<State> state_;
+    bool HasEnded(bool wait);
+
+    TemporaryFolder folder_;     ///< of its output
+    std::intptr_t process_ = 0;  ///< what the system knows it by; 0 when it has ended
+    int exitStatus_ = -1;
 };
 
 /// The console program beside this test program.

@@ -21,6 +21,12 @@ struct DataRow {
 
     /// A row with too few cells fails the test.
     const std::string& operator[](std::size_t cell) const { return cells.at(cell); }
+    /// A cell in which | is a tab, ^ a line feed and ~ a carriage return.
+    std::string Text(std::size_t cell) const {
+        std::string text = cells.at(cell);
+        for (char& c : text) c = c == '|' ? '\t' : c == '^' ? '\n' : c == '~' ? '\r' : c;
+        return text;
+    }
 };
 
 /// A table that is missing or empty fails the test.

@@ -4,13 +4,14 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <thread>
 
+#include "platform/clock.h"
 #include "platform/debug_line.h"
 #include "platform/file_stream.h"
 #include "platform/output_file.h"
 #include "platform/path_text.h"
 #include "platform/scratch_folder.h"
+#include "tests/child_process.h"
 #include "tests/own_temporary_files.h"
 #include "tests/temporary_folder.h"
 
@@ -28,23 +29,17 @@ bool WriteText(const std::wstring& path, std::string_view text) {
 TEST(CreateFolder, MakesAndReportsEveryMissingParentInOrder) {
     const TemporaryFolder root;
     const std::wstring a = root / L"A", b = JoinPath(a, L"B \u00e9"), c = JoinPath(b, L"C");
-    const auto line = [](const std::wstring& folder) { return L"New folder created: \"" + folder + L"\"\n"; };
+    const std::wstring file = root.Write(L"file", "x");
     const DebugLineCapture capture;
     EXPECT_TRUE(CreateFolder(a + L"/B \u00e9/C/"));
     EXPECT_TRUE(FolderExists(c));
-    EXPECT_EQ(capture.Text(), line(a) + line(b) + line(c));
     EXPECT_TRUE(CreateFolder(c) && CreateFolder(JoinPath(b, L"D")));
-    EXPECT_EQ(capture.Text(), line(a) + line(b) + line(c) + line(JoinPath(b, L"D")));
-}
-
-TEST(CreateFolder, FailsForAnEmptyPathAndBehindAFile) {
-    const TemporaryFolder root;
-    const std::wstring file = root.Write(L"file", "x");
-    const DebugLineCapture capture;
-    for (const std::wstring& path : {std::wstring(), file, JoinPath(file, L"A")}) {
+    for (const std::wstring& path : {std::wstring(), file, JoinPath(file, L"A")})
         EXPECT_FALSE(CreateFolder(path));
-    }
-    EXPECT_EQ(capture.Text(), L"");
+    std::wstring lines;
+    for (const std::wstring& made : {a, b, c, JoinPath(b, L"D")})
+        lines += L"New folder created: \"" + made + L"\"\n";
+    EXPECT_EQ(capture.Text(), lines);
 }
 
 TEST(Files, AFolderIsNoFileAndAMissingOneIsNeither) {
@@ -75,8 +70,7 @@ TEST(Files, AMoveToANewNameNeverReplacesAMoveOverDoes) {
 
 TEST(Files, WellKnownFoldersExistAndEndAsTheyShould) {
     const test::OwnTemporaryFiles home;
-    EXPECT_TRUE(FolderExists(ProgramFolder()));
-    EXPECT_NE(ProgramFolder().back(), kPathSeparator);
+    EXPECT_TRUE(FileExists(test::ConsoleProgramPath())) << "beside the tests";
     const std::wstring data = ApplicationDataFolder(), temporary = TemporaryFilesFolder();
     EXPECT_TRUE(FolderExists(data) && FolderExists(temporary) && FolderExists(DocumentsFolder()));
     EXPECT_EQ(data, JoinPath(JoinPath(UserDataFolder(), L"Brambleworks Studio"), L"Skyvault"));
@@ -211,14 +205,19 @@ TEST(FileStream, OnlyReadersShareAFileAndOnlyWhereTheyMay) {
 TEST(FileStream, WaitsForAFileThatIsHeldForAMoment) {
     const TemporaryFolder root;
     const std::wstring path = root.Write(L"file", "text");
-    FileStream holder(path, FileUse::Read);
-    std::thread releasing([&] {
-        std::this_thread::sleep_for(std::chrono::milliseconds(150));
-        holder.Close();
-    });
-    const FileStream patient(path, FileUse::Read);
-    releasing.join();
-    EXPECT_TRUE(patient.IsOpen());
+    // The last try comes 900 ms after the first: of a release later than that this says nothing.
+    for (bool opened = false, late = true; !opened && late;) {
+        FileStream holder(path, FileUse::Read);
+        const std::uint32_t start = MillisecondClock();
+        std::jthread releasing([&] {
+            SleepMilliseconds(150);
+            holder.Close();
+            late = MillisecondClock() - start > 800;
+        });
+        opened = FileStream(path, FileUse::Read).IsOpen();
+        releasing.join();
+        EXPECT_TRUE(opened || late);
+    }
 }
 
 }  // namespace

@@ -3,8 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-
 #include "platform/files.h"
 #include "platform/utf8.h"
 #include "settings/settings_table.h"
@@ -55,17 +53,21 @@ AppState Set(std::wstring_view key, const std::string& value) {
     return state;
 }
 
-TEST(SettingsFile, EveryFieldReadsBack) {
+class SettingsFile : public testing::Test {
+  protected:
     const TemporaryFolder folder;
-    const AppState saved = UnusualState();
-    ASSERT_TRUE(SaveSettings(saved, folder.Path(L"Skyvault.txt")).IsDone());
+    const std::wstring path = folder / L"Skyvault.txt";
     AppState loaded;
-    LoadSettings(loaded, folder.Path(L"Skyvault.txt"), kScreen);
-    ExpectEqual(saved, loaded);
+};
+
+TEST_F(SettingsFile, EveryFieldReadsBack) {
+    ASSERT_TRUE(SaveSettings(UnusualState(), path).IsDone());
+    LoadSettings(loaded, path, kScreen);
+    ExpectEqual(loaded, UnusualState());
     EXPECT_TRUE(loaded.settingsLoaded);
 }
 
-TEST(SettingsFile, DefaultsAreWrittenInTheFixedOrder) {
+TEST_F(SettingsFile, DefaultsAreWrittenInTheFixedOrder) {
     AppState state;
     state.importPath = L"C:\\Program Files\\Skyvault\\Media\\Examples";
     state.exportPath = L"C:\\Exports";
@@ -82,13 +84,11 @@ TEST(SettingsFile, DefaultsAreWrittenInTheFixedOrder) {
     EXPECT_EQ(ToUtf8(DecodeText(std::as_bytes(std::span(bytes)), encoding)), expected);
 }
 
-TEST(SettingsFile, LinesAreReadLeniently) {
+TEST_F(SettingsFile, LinesAreReadLeniently) {
     for (const DataRow& row : DataTable("settings_lines")) {
         SCOPED_TRACE(row.where);
-        std::string bytes = row[0];
-        std::replace(bytes.begin(), bytes.end(), '|', '\t');
-        std::replace(bytes.begin(), bytes.end(), '^', '\n');
-        AppState loaded;
+        const std::string bytes = row.Text(0);
+        loaded = AppState();
         TextFileReader file;
         file.Start(std::as_bytes(std::span(bytes)));
         ReadSettings(loaded, file, kScreen);
@@ -96,49 +96,43 @@ TEST(SettingsFile, LinesAreReadLeniently) {
     }
 }
 
-TEST(SettingsFile, AMissingFileLeavesEverything) {
-    const TemporaryFolder folder;
-    AppState state = UnusualState();
-    LoadSettings(state, folder.Path(L"Skyvault.txt"), kScreen);
-    ExpectEqual(state, UnusualState());
-    EXPECT_FALSE(state.settingsLoaded);
-    EXPECT_TRUE(SaveSettings(state, folder.Path(L"Skyvault.txt")).IsDone());
+TEST_F(SettingsFile, AMissingFileLeavesEverythingAndIsWritten) {
+    loaded = UnusualState();
+    LoadSettings(loaded, path, kScreen);
+    ExpectEqual(loaded, UnusualState());
+    EXPECT_FALSE(loaded.settingsLoaded);
+    EXPECT_TRUE(SaveSettings(loaded, path).IsDone());
     EXPECT_FALSE(folder.Read(L"Skyvault.txt").empty()) << "the first run writes the file";
 }
 
-TEST(SettingsFile, AFileThatWasNotReadIsNeverOverwritten) {
-    const TemporaryFolder folder;
-    const std::wstring path = folder.Write(L"Skyvault.txt", "View\t3\r\n");
+TEST_F(SettingsFile, AFileThatWasNotReadIsNeverOverwritten) {
+    folder.Write(L"Skyvault.txt", "View\t3\r\n");
     EXPECT_TRUE(SaveSettings(AppState(), path).IsDone()) << "nobody is bothered";
     EXPECT_EQ(folder.Read(L"Skyvault.txt"), "View\t3\r\n");
 
     std::filesystem::resize_file(folder.SystemPath(L"Skyvault.txt"), 17 << 20);
-    AppState state;
-    LoadSettings(state, path, kScreen);
-    EXPECT_FALSE(state.settingsLoaded);
-    EXPECT_EQ(state.view, 0);
+    LoadSettings(loaded, path, kScreen);
+    EXPECT_FALSE(loaded.settingsLoaded);
+    EXPECT_EQ(loaded.view, 0);
 }
 
-TEST(SettingsFile, AFailedSaveNamesThePath) {
-    const TemporaryFolder folder;
-    const std::wstring path = folder.Path(L"missing\u00e4") + kPathSeparator + L"Skyvault.txt";
-    EXPECT_EQ(MessageOf(SaveSettings(AppState(), path)), L"Could not open:\n\n\"" + path + L"\"");
+TEST_F(SettingsFile, AFailedSaveNamesThePath) {
+    const std::wstring none = JoinPath(folder / L"missing\u00e4", L"Skyvault.txt");
+    EXPECT_EQ(MessageOf(SaveSettings(AppState(), none)), L"Could not open:\n\n\"" + none + L"\"");
 }
 
-TEST(SettingsFile, OlderSettingsMoveOnceAndReplaceNothing) {
+TEST_F(SettingsFile, OlderSettingsMoveOnceAndReplaceNothing) {
     for (const DataRow& row : DataTable("older_settings")) {
         SCOPED_TRACE(row.where);
-        const TemporaryFolder program, data;
-        const struct {
-            const TemporaryFolder& folder;
-            const wchar_t* name;
-        } files[] = {{program, L"Skyvault.ini"}, {program, L"Skyvault.txt"}, {data, L"Skyvault.txt"}};
+        const TemporaryFolder program;
+        ASSERT_TRUE(CreateFolder(program / L"data"));
+        const wchar_t* const names[] = {L"Skyvault.ini", L"Skyvault.txt", L"data/Skyvault.txt"};
         for (std::size_t i = 0; i < 3; ++i) {
-            if (row[i] != "-") files[i].folder.Write(files[i].name, row[i]);
+            if (row[i] != "-") program.Write(names[i], row[i]);
         }
-        MoveOlderSettings(program.Path(), data.Path(L"Skyvault.txt"));
+        MoveOlderSettings(program.Path(), program / names[2]);
         for (std::size_t i = 0; i < 3; ++i) {
-            EXPECT_EQ(files[i].folder.Read(files[i].name), row[i + 3] == "-" ? "" : row[i + 3]) << i;
+            EXPECT_EQ(program.Read(names[i]), row[i + 3] == "-" ? "" : row[i + 3]) << i;
         }
     }
 }
@@ -166,17 +160,12 @@ TEST(WindowRect, IsFittedToTheVirtualScreen) {
 }
 
 TEST(WindowRect, TheDefaultIsAsTallAsTheScreenAllows) {
-    const struct {
-        std::int32_t width, height;
-        ScreenRect rect;
-    } cases[] = {
-        {1920, 1080, {32, 32, 1781, 1016}},  // 984 × 16 / 9 = 1749
-        {1024, 1080, {32, 32, 992, 1016}},
-        {200, 200, {0, 0, 200, 200}},
-        {0, 0, {32, 32, 352, 272}},
-    };
-    for (const auto& c : cases) {
-        EXPECT_EQ(DefaultWindowRect(c.width, c.height, {0, 0, c.width, c.height}), c.rect) << c.width;
+    for (const auto& [screen, rect] :
+         {std::pair<ScreenRect, ScreenRect>{{0, 0, 1920, 1080}, {32, 32, 1781, 1016}},  // 984 × 16 / 9 = 1749
+          {{0, 0, 1024, 1080}, {32, 32, 992, 1016}},
+          {{0, 0, 200, 200}, {0, 0, 200, 200}},
+          {{}, {32, 32, 352, 272}}}) {
+        EXPECT_EQ(DefaultWindowRect(screen.right, screen.bottom, screen), rect) << screen.right;
     }
 }
 

@@ -60,11 +60,9 @@ class ProgramTest : public testing::Test {
     void SetUp() override {
         settings_ = TestSettings(folder_.Path());
         Image picture(kPlaceWidth, kPlaceHeight, PixelFormat::Rgb8);
-        for (int row = 0; row < kPlaceHeight; ++row) {
-            for (int column = 0; column < kPlaceWidth; ++column) {
+        for (int row = 0; row < kPlaceHeight; ++row)
+            for (int column = 0; column < kPlaceWidth; ++column)
                 picture.SetPixel(column, row, Place{column, row}.Colour());
-            }
-        }
         ASSERT_TRUE(Saved(picture, folder_ / L"place.bmp"));
     }
 
@@ -75,11 +73,11 @@ class ProgramTest : public testing::Test {
         program_.emplace(show);
         return Window() != nullptr;
     }
-    bool StartWithPlace() { return Start() && ImportPlace(); }
-    /// Through menu and dialog; false when that did not lead to its title.
-    bool ImportPlace() {
+    /// And imports the picture through menu and dialog; false when that did not lead to its title.
+    bool StartWithPlace() {
+        if (!Start()) return false;
         const HWND dialog = program_->Open(IDM_IMPORT_EQUIRECTANGULAR, L"Select equirectangular");
-        return dialog != nullptr && AnswerFileDialog(dialog, folder_ / L"place.bmp") &&
+        return AnswerFileDialog(dialog, folder_ / L"place.bmp") &&
                Eventually([&] { return Title() == kPlaceTitle; });
     }
 
@@ -87,16 +85,14 @@ class ProgramTest : public testing::Test {
     std::wstring Title() const { return TextOf(Window()); }
     void Command(UINT id) const { program_->Command(id); }
     testing::AssertionResult BecomesChecked(UINT command, bool checked = true) const {
-        if (Eventually([&] { return program_->IsChecked(command) == checked; }))
-            return testing::AssertionSuccess();
-        return testing::AssertionFailure() << command << (checked ? " lacks its" : " keeps its") << " mark";
+        const bool done = Eventually([&] { return program_->IsChecked(command) == checked; });
+        return testing::AssertionResult(done) << command;
     }
     /// Waits until the pixel shows the place.
     testing::AssertionResult Shows(POINT at, const Place& place) const {
         const auto shown = [&] { return Place::Of(PixelAt(Window(), at.x, at.y)); };
-        if (Eventually([&] { return shown().IsNear(place); })) return testing::AssertionSuccess();
-        return testing::AssertionFailure()
-               << '(' << at.x << ',' << at.y << ") shows " << shown() << ", not " << place;
+        const bool done = Eventually([&] { return shown().IsNear(place); });
+        return testing::AssertionResult(done) << shown() << " is at " << at.x << ',' << at.y;
     }
 
     const TemporaryFolder folder_;

@@ -16,6 +16,7 @@
 #include "platform/utf8.h"
 #include "resources/resource_ids.h"
 #include "session/layouts.h"
+#include "tests/data_table.h"
 
 namespace skyvault::test {
 namespace {
@@ -68,21 +69,9 @@ TEST(Resources, EveryLayoutCommandStandsUnderItsLayoutsName) {
 }
 
 TEST(Resources, EveryKeyRunsTheCommandWhoseMenuLineNamesIt) {
-    using Key = std::pair<const std::wstring, WPARAM>;
-    std::map<std::wstring, WPARAM> keys = {Key{L"+", VK_ADD},
-                                           Key{L"-", VK_SUBTRACT},
-                                           Key{L"TAB", VK_TAB},
-                                           Key{L"HOME", VK_HOME},
-                                           Key{L"END", VK_END},
-                                           Key{L"INSERT", VK_INSERT},
-                                           Key{L"DELETE", VK_DELETE},
-                                           Key{L"PAGE UP", VK_PRIOR},
-                                           Key{L"PAGE DOWN", VK_NEXT},
-                                           Key{L"ARROW UP", VK_UP},
-                                           Key{L"ARROW DOWN", VK_DOWN},
-                                           Key{L"ARROW LEFT", VK_LEFT},
-                                           Key{L"ARROW RIGHT", VK_RIGHT}};
-    for (WORD number = 1; number <= 12; ++number) keys[L"F" + std::to_wstring(number)] = VK_F1 + number - 1u;
+    std::map<std::wstring, WPARAM> keys;
+    for (const DataRow& row : DataTable("menu_keys"))
+        keys[FromUtf8(row[0])] = std::stoul(row[1], nullptr, 16);
     std::map<WPARAM, UINT> expected = {{VK_SPACE, IDM_VIEW_PREVIEW}};
     for (const auto& [id, line] : LoadedMenu()) {
         if (line.key == L"M") {
@@ -107,85 +96,72 @@ TEST(Resources, IconHasSmallAndLargePictures) {
 }
 
 struct Part {
-    HWND window;
     std::wstring windowClass, text;
-    RECT place;  ///< in the dialog
     LONG_PTR style;
+    RECT place;        ///< in the dialog
+    LONG neededWidth;  ///< for the text and what is beside it
 
-    bool IsButton(LONG_PTR type) const { return windowClass == L"Button" && (style & BS_TYPEMASK) == type; }
+    bool IsGroupBox() const { return windowClass == L"Button" && (style & BS_TYPEMASK) == BS_GROUPBOX; }
 };
 
-/// The controls in tab order.
-std::vector<Part> PartsOf(HWND dialog) {
-    std::vector<Part> parts;
-    for (HWND child = GetWindow(dialog, GW_CHILD); child != nullptr; child = GetWindow(child, GW_HWNDNEXT)) {
-        wchar_t name[64] = L"", text[128] = L"";
-        GetClassNameW(child, name, 64);
-        GetWindowTextW(child, text, 128);
-        RECT place{};
-        GetWindowRect(child, &place);
-        MapWindowPoints(nullptr, dialog, reinterpret_cast<POINT*>(&place), 2);
-        parts.push_back({child, name, text, place, GetWindowLongPtrW(child, GWL_STYLE)});
-    }
-    return parts;
-}
-
-LONG WidthOf(HWND control, const std::wstring& text) {
+Part PartOf(HWND control) {
+    wchar_t name[64] = L"", text[128] = L"";
+    GetClassNameW(control, name, 64);
+    GetWindowTextW(control, text, 128);
+    Part part{name, text, GetWindowLongPtrW(control, GWL_STYLE), {}, 0};
+    GetWindowRect(control, &part.place);
+    MapWindowPoints(nullptr, GetParent(control), reinterpret_cast<POINT*>(&part.place), 2);
+    // A link's text stands between the marks <a> and </a>.
+    const std::wstring shown =
+        part.windowClass == L"SysLink" ? part.text.substr(3, part.text.size() - 7) : text;
     const HDC context = GetDC(control);
     SelectObject(context, reinterpret_cast<HFONT>(SendMessageW(control, WM_GETFONT, 0, 0)));
-    RECT rect{};
-    DrawTextW(context, text.c_str(), -1, &rect, DT_CALCRECT | DT_SINGLELINE);
+    RECT ink{};
+    DrawTextW(context, shown.c_str(), -1, &ink, DT_CALCRECT | DT_SINGLELINE);
     ReleaseDC(control, context);
-    return rect.right;
+    const int beside = part.windowClass == L"Button" ? GetSystemMetrics(SM_CXMENUCHECK) + 5 : 0;
+    part.neededWidth = ink.right + beside;
+    return part;
 }
 
-/// Pixels the control needs for its text, with what is beside the text.
-LONG NeededWidth(const Part& part) {
-    const LONG average = std::max(1L, WidthOf(part.window, L"xxxxxxxxxx") / 10);
-    LONG beside = 0;
-    if (part.windowClass == L"Button") beside = 3 * average;
-    if (part.IsButton(BS_AUTOCHECKBOX)) beside = GetSystemMetrics(SM_CXMENUCHECK) + average;
-    // A link's text stands between the marks <a> and </a>.
-    const bool link = part.windowClass == L"SysLink";
-    return WidthOf(part.window, link ? part.text.substr(3, part.text.size() - 7) : part.text) + beside;
-}
-
-class DialogLayout : public testing::TestWithParam<int> {};
-
-TEST_P(DialogLayout, TextsFitKeysAreUniqueAndNothingOverlaps) {
+TEST(Resources, TextsOfDialogsFitKeysAreUniqueAndNothingOverlaps) {
     const INITCOMMONCONTROLSEX links{sizeof links, ICC_LINK_CLASS};
     InitCommonControlsEx(&links);
     const auto nothing = [](HWND, UINT, WPARAM, LPARAM) -> INT_PTR { return FALSE; };
-    const HWND dialog =
-        CreateDialogParamW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(GetParam()), nullptr, nothing, 0);
-    ASSERT_NE(dialog, nullptr);
-    RECT client{};
-    GetClientRect(dialog, &client);
-    std::set<wint_t> keys;
-    const std::vector<Part> parts = PartsOf(dialog);
-    for (std::size_t i = 0; i < parts.size(); ++i) {
-        const Part& part = parts[i];
-        SCOPED_TRACE(ToUtf8(part.windowClass + L' ' + part.text));
-        EXPECT_LE(NeededWidth(part), part.place.right - part.place.left);
-        RECT both{};
-        EXPECT_TRUE(UnionRect(&both, &part.place, &client) && EqualRect(&both, &client)) << "sticks out";
-        if (const std::size_t mark = part.text.find(L'&'); mark != std::wstring::npos) {
-            EXPECT_TRUE(keys.insert(std::towlower(part.text.at(mark + 1))).second)
-                << "its key is another's too";
+    for (const int id : {IDD_ABOUT, IDD_OPTIONS, IDD_BATCH, IDD_PROGRESS}) {
+        SCOPED_TRACE(id);
+        const HWND dialog =
+            CreateDialogParamW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(id), nullptr, nothing, 0);
+        ASSERT_NE(dialog, nullptr);
+        RECT client{};
+        GetClientRect(dialog, &client);
+        std::set<wint_t> keys;
+        std::vector<Part> parts;  // in tab order
+        for (HWND child = GetWindow(dialog, GW_CHILD); child != nullptr;
+             child = GetWindow(child, GW_HWNDNEXT))
+            parts.push_back(PartOf(child));
+        for (std::size_t i = 0; i < parts.size(); ++i) {
+            const Part& part = parts[i];
+            SCOPED_TRACE(ToUtf8(part.windowClass + L' ' + part.text));
+            EXPECT_LE(part.neededWidth, part.place.right - part.place.left);
+            RECT both{};
+            EXPECT_TRUE(UnionRect(&both, &part.place, &client) && EqualRect(&both, &client)) << "sticks out";
+            if (const std::size_t mark = part.text.find(L'&'); mark != std::wstring::npos) {
+                EXPECT_TRUE(keys.insert(std::towlower(part.text.at(mark + 1))).second)
+                    << "its key is another's too";
+            }
+            if (part.windowClass == L"Static" && !part.text.empty()) {
+                EXPECT_TRUE(i + 1 < parts.size() && (parts[i + 1].style & WS_TABSTOP) != 0)
+                    << "labels nothing";
+            }
+            for (std::size_t k = 0; k < i; ++k) {
+                if (part.IsGroupBox() != parts[k].IsGroupBox()) continue;
+                EXPECT_FALSE(IntersectRect(&both, &part.place, &parts[k].place)) << ToUtf8(parts[k].text);
+            }
         }
-        if (part.windowClass == L"Static" && !part.text.empty()) {
-            EXPECT_TRUE(i + 1 < parts.size() && (parts[i + 1].style & WS_TABSTOP) != 0) << "labels nothing";
-        }
-        for (std::size_t k = 0; k < i; ++k) {
-            if (part.IsButton(BS_GROUPBOX) != parts[k].IsButton(BS_GROUPBOX)) continue;
-            EXPECT_FALSE(IntersectRect(&both, &part.place, &parts[k].place)) << ToUtf8(parts[k].text);
-        }
+        DestroyWindow(dialog);
     }
-    DestroyWindow(dialog);
 }
-
-INSTANTIATE_TEST_SUITE_P(Dialogs, DialogLayout,
-                         testing::Values(IDD_ABOUT, IDD_OPTIONS, IDD_BATCH, IDD_PROGRESS));
 
 }  // namespace
 }  // namespace skyvault::test

@@ -16,13 +16,6 @@
 namespace skyvault::test {
 namespace {
 
-/// The tests read and write pictures themselves; their thread pumps no messages.
-class ComForTests final : public testing::Environment {
-    void SetUp() override { CoInitializeEx(nullptr, COINIT_MULTITHREADED); }
-    void TearDown() override { CoUninitialize(); }
-};
-const testing::Environment* const comForTests = testing::AddGlobalTestEnvironment(new ComForTests);
-
 constexpr const wchar_t* kDialogClass = L"#32770";
 constexpr int kTextOfMessageBox = 0xffff;
 
@@ -30,39 +23,27 @@ std::wstring SettingsFile() {
     return SettingsPath(ProgramFolder());
 }
 
-/// For whoever waits in vain. A disabled window has a modal box above it.
-void PrintWindows(DWORD process) {
-    std::printf("waited in vain; the windows of the process, topmost first:\n");
-    for (const HWND window : WindowsOf(process, nullptr)) {
-        wchar_t title[128] = L"";
-        InternalGetWindowText(window, title, 128);  // not by a message, which might wait
-        std::printf("  \"%s\"%s\n", ToUtf8(title).c_str(), IsWindowEnabled(window) ? "" : " disabled");
-    }
-    std::fflush(stdout);
-}
-
-HWND WaitFor(DWORD process, const wchar_t* windowClass, const std::function<bool(HWND)>& wanted) {
+HWND WaitFor(DWORD process, const wchar_t* windowClass, const std::wstring& title, int control = 0) {
     HWND found = nullptr;
-    const bool came = Eventually([&] {
-        for (const HWND window : WindowsOf(process, windowClass)) found = wanted(window) ? window : found;
+    EXPECT_TRUE(Eventually([&] {
+        for (const HWND window : WindowsOf(process, windowClass)) {
+            const bool has = control == 0 || GetDlgItem(window, control) != nullptr;
+            if (has && TextOf(window) == title) found = window;
+        }
         return found != nullptr;
-    });
-    if (!came) PrintWindows(process);
+    })) << "no window came: "
+        << ToUtf8(title);
     return found;
-}
-
-void SendInputOf(WORD key, WORD scan, DWORD flags) {
-    INPUT input{};
-    input.type = INPUT_KEYBOARD;
-    input.ki = {key, scan, flags, 0, 0};
-    SendInput(1, &input, sizeof input);
 }
 
 void SendKey(WORD key, DWORD flags) {
     // The arrow block's keys; without the mark they would be the number pad's.
     const bool extended = (key >= VK_PRIOR && key <= VK_DOWN) || key == VK_INSERT || key == VK_DELETE;
-    SendInputOf(key, static_cast<WORD>(MapVirtualKeyW(key, MAPVK_VK_TO_VSC)),
-                flags | (extended ? KEYEVENTF_EXTENDEDKEY : 0));
+    INPUT input{};
+    input.type = INPUT_KEYBOARD;
+    input.ki = {key, static_cast<WORD>(MapVirtualKeyW(key, MAPVK_VK_TO_VSC)),
+                flags | (extended ? KEYEVENTF_EXTENDEDKEY : 0), 0, 0};
+    SendInput(1, &input, sizeof input);
 }
 
 }  // namespace
@@ -124,13 +105,6 @@ void Press(WORD key) {
     const HeldKeys held({key});
 }
 
-void Type(const std::wstring& text) {
-    for (const wchar_t c : text) {
-        SendInputOf(0, c, KEYEVENTF_UNICODE);
-        SendInputOf(0, c, KEYEVENTF_UNICODE | KEYEVENTF_KEYUP);
-    }
-}
-
 bool Activate(HWND window) {
     return Eventually([&] {
         SetForegroundWindow(window);
@@ -138,10 +112,15 @@ bool Activate(HWND window) {
     });
 }
 
-HWND FocusOf(HWND window) {
+GUITHREADINFO ThreadOf(HWND window) {
     GUITHREADINFO info{};
     info.cbSize = sizeof info;
-    return GetGUIThreadInfo(GetWindowThreadProcessId(window, nullptr), &info) ? info.hwndFocus : nullptr;
+    GetGUIThreadInfo(GetWindowThreadProcessId(window, nullptr), &info);
+    return info;
+}
+
+HWND FocusOf(HWND window) {
+    return ThreadOf(window).hwndFocus;
 }
 
 std::vector<HWND> WindowsOf(DWORD process, const wchar_t* windowClass) {
@@ -155,17 +134,15 @@ std::vector<HWND> WindowsOf(DWORD process, const wchar_t* windowClass) {
 }
 
 HWND WaitForWindow(const wchar_t* windowClass, DWORD process) {
-    return WaitFor(process, windowClass, [](HWND) { return true; });
+    return WaitFor(process, windowClass, kProgramName);
 }
 
 HWND WaitForDialog(const std::wstring& title, DWORD process) {
-    return WaitFor(process, kDialogClass, [&](HWND window) { return TextOf(window) == title; });
+    return WaitFor(process, kDialogClass, title);
 }
 
 HWND WaitForMessage() {
-    return WaitFor(GetCurrentProcessId(), kDialogClass, [](HWND window) {
-        return GetDlgItem(window, kTextOfMessageBox) != nullptr && TextOf(window) == kProgramName;
-    });
+    return WaitFor(GetCurrentProcessId(), kDialogClass, kProgramName, kTextOfMessageBox);
 }
 
 std::wstring MessageText(HWND box) {
@@ -201,19 +178,15 @@ std::wstring AnswerMessage() {
     return PressButton(box, IDOK) ? text : L"(does not close)";
 }
 
-HWND NameBox(HWND dialog) {
+bool AnswerFileDialog(HWND dialog, const std::wstring& path, int button) {
     constexpr int kFileDialog = 1148, kFolderPicker = 1152;
     HWND name = nullptr;
-    Eventually([&] {
+    EXPECT_TRUE(Eventually([&] {
         name = GetDlgItem(dialog, kFileDialog);
         if (name == nullptr) name = GetDlgItem(dialog, kFolderPicker);
         return name != nullptr;
-    });
-    return name;
-}
-
-bool AnswerFileDialog(HWND dialog, const std::wstring& path, int button) {
-    SendMessageW(NameBox(dialog), WM_SETTEXT, 0, reinterpret_cast<LPARAM>(path.c_str()));
+    }));
+    SendMessageW(name, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(path.c_str()));
     return PressButton(dialog, button);
 }
 
@@ -267,7 +240,6 @@ int RunningProgram::Close() {
         PostMessageW(window_, WM_COMMAND, IDM_EXIT, 0);
         if (!Eventually([&] { return ended_.load(); })) {
             std::printf("the program does not end\n");
-            PrintWindows(GetCurrentProcessId());
             TerminateProcess(GetCurrentProcess(), 71);
         }
         thread_.join();

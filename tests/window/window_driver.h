@@ -51,17 +51,18 @@ class HeldKeys {
 };
 
 void Press(WORD key);
-void Type(const std::wstring& text);
 
 /// Gives the window the keyboard; false when it did not get it.
 bool Activate(HWND window);
-/// The control with the keyboard focus in the window's thread, whichever process that is in.
+/// Focus, capture and menus of the window's thread, whichever process that is in.
+GUITHREADINFO ThreadOf(HWND window);
+/// The control with the keyboard focus in the window's thread.
 HWND FocusOf(HWND window);
 /// The visible top-level windows of the process, topmost first. Null: of any class.
 std::vector<HWND> WindowsOf(DWORD process, const wchar_t* windowClass);
 
-/// A visible top-level window of the process with this class, a dialog with this title; waits for it. Null
-/// when none came.
+/// A visible top-level window of the program with this class, a dialog with this title; waits for it, and
+/// fails the test when none comes.
 HWND WaitForWindow(const wchar_t* windowClass, DWORD process = GetCurrentProcessId());
 HWND WaitForDialog(const std::wstring& title, DWORD process = GetCurrentProcessId());
 /// A message box with the program's caption (the progress box has the same), and its text.
@@ -75,8 +76,6 @@ std::wstring TextOf(HWND dialog, int control);
 bool PressButton(HWND dialog, int id);
 /// Waits for a message, closes it and returns its text.
 std::wstring AnswerMessage();
-/// The name box of a file dialog or folder picker; waits for it.
-HWND NameBox(HWND dialog);
 /// Sets the name in a file dialog or folder picker and presses its button.
 bool AnswerFileDialog(HWND dialog, const std::wstring& path, int button = IDOK);
 /// Chooses from a save dialog's list of file types, 1-based, as the mouse would.

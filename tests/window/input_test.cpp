@@ -1,4 +1,4 @@
-// The window's mouse: files dropped on it, the preview dragged and zoomed.
+// The window's input: real keys, the mouse, dropped files.
 
 #include <windows.h>
 // After windows.h:
@@ -10,6 +10,49 @@
 
 namespace skyvault::test {
 namespace {
+
+class RealInput : public ProgramTest {};
+
+TEST_F(RealInput, KeysDoWhatTheirMenuItemsDo) {
+    ASSERT_TRUE(StartWithPlace());
+    ASSERT_TRUE(Activate(Window()));
+    struct Row {
+        std::initializer_list<WORD> keys;
+        Place place;  ///< ten pixels to a degree
+    };
+    // Ctrl goes before Shift.
+    for (const Row& row : {Row{{VK_RIGHT}, {1810, 900}}, Row{{VK_SHIFT, VK_LEFT}, {1650, 900}},
+                           Row{{VK_CONTROL, VK_RIGHT}, {1802, 900}}, Row{{VK_UP}, {1800, 890}},
+                           Row{{VK_CONTROL, VK_SHIFT, VK_RIGHT}, {1802, 900}}}) {
+        const HeldKeys held(row.keys);
+        EXPECT_TRUE(Shows(kFront, row.place)) << std::hex << *(row.keys.end() - 1);
+        Command(IDM_RESET_ALL);
+        ASSERT_TRUE(Shows(kFront, kFrontPlace));
+    }
+    // A key's repetition counts while it is down, and is late once it is not.
+    constexpr LPARAM kRepeated = 1 << 30;
+    SendMessageW(Window(), WM_KEYDOWN, VK_RIGHT, kRepeated);
+    EXPECT_TRUE(Shows(kFront, kFrontPlace));
+    {
+        const HeldKeys held({VK_RIGHT});
+        EXPECT_TRUE(Shows(kFront, {1810, 900}));
+        SendMessageW(Window(), WM_KEYDOWN, VK_RIGHT, kRepeated);
+        EXPECT_TRUE(Shows(kFront, {1820, 900}));
+    }
+    Command(IDM_RESET_ALL);
+    Press(VK_F11);
+    ASSERT_TRUE(Shows(kBeside, kBesidePlace));
+    Press(VK_ADD);
+    EXPECT_TRUE(Shows(kBeside, {1800 + 528, 900}));
+    // Typed characters, small and capital.
+    for (const bool on : {true, false}) {
+        const HeldKeys capital(on ? std::initializer_list<WORD>{'M'}
+                                  : std::initializer_list<WORD>{VK_SHIFT, 'M'});
+        EXPECT_TRUE(BecomesChecked(IDM_MAGNIFYING_GLASS, on));
+    }
+    Press(VK_TAB);
+    EXPECT_TRUE(BecomesChecked(IDM_CROSSHAIR));
+}
 
 class WindowMouse : public ProgramTest {
   protected:
@@ -32,11 +75,10 @@ class WindowMouse : public ProgramTest {
     void Wheel(int turn) const {
         SendMessageW(Window(), WM_MOUSEWHEEL, MAKEWPARAM(0, static_cast<WORD>(turn)), MAKELPARAM(500, 350));
     }
-    bool HasCapture() const {
-        GUITHREADINFO info{};
-        info.cbSize = sizeof info;
-        return GetGUIThreadInfo(GetWindowThreadProcessId(Window(), nullptr), &info) &&
-               info.hwndCapture == Window();
+    bool HasCapture() const { return ThreadOf(Window()).hwndCapture == Window(); }
+    void Drag(int x, int y, int toX, int toY) const {
+        Mouse(WM_LBUTTONDOWN, x, y);
+        Mouse(WM_MOUSEMOVE, toX, toY);
     }
 };
 
@@ -48,7 +90,6 @@ TEST_F(WindowMouse, DroppedFilesOpenOrTellWhyNot) {
 
     Drop({folder_ / L"place.bmp", folder_ / L"other.bmp"});
     const HWND box = WaitForMessage();
-    ASSERT_NE(box, nullptr);
     EXPECT_NE(MessageText(box).find(L"six pictures of cube faces"), std::wstring::npos);
     // Meanwhile the window paints itself, but takes no second drop.
     Drop({folder_ / L"missing.png"});
@@ -62,10 +103,8 @@ TEST_F(WindowMouse, DroppedFilesOpenOrTellWhyNot) {
 TEST_F(WindowMouse, ThePreviewFollowsTheDragAndTheWheel) {
     ASSERT_TRUE(StartWithPlace());
     // Nothing of the kind in another view.
-    Mouse(WM_LBUTTONDOWN, 500, 350);
+    Drag(500, 350, 700, 400);
     EXPECT_FALSE(HasCapture());
-    Mouse(WM_MOUSEMOVE, 700, 400);
-    Mouse(WM_LBUTTONUP, 700, 400, false);
     Wheel(120);
     EXPECT_TRUE(Shows(kFront, kFrontPlace));
     Command(IDM_VIEW_PREVIEW);
@@ -73,11 +112,9 @@ TEST_F(WindowMouse, ThePreviewFollowsTheDragAndTheWheel) {
     EXPECT_TRUE(Shows(kBeside, kBesidePlace));
 
     // A tenth of the focal length is a tenth of a radian: 57 tenths of a degree.
-    Mouse(WM_LBUTTONDOWN, 400, 300);
+    Drag(400, 300, 420, 320);
     EXPECT_TRUE(HasCapture());
-    Mouse(WM_MOUSEMOVE, 420, 320);
     EXPECT_TRUE(Shows(kPreviewFront, {1800 - 57, 900 - 57}));
-    EXPECT_TRUE(Shows({520, 370}, kFrontPlace)) << "the picture is taken along";
     // Far more moves than could be drawn one by one.
     for (int i = 0; i < 2000; ++i) {
         PostMessageW(Window(), WM_MOUSEMOVE, MK_LBUTTON, MAKELPARAM(420 + i % 100, 300));
@@ -96,14 +133,11 @@ TEST_F(WindowMouse, ThePreviewFollowsTheDragAndTheWheel) {
     SendMessageW(Window(), WM_CANCELMODE, 0, 0);
     Mouse(WM_MOUSEMOVE, 520, 300);
     EXPECT_TRUE(Shows(kPreviewFront, {1800 - 184, 900}));
-    Mouse(WM_LBUTTONDOWN, 500, 300);
-    Mouse(WM_MOUSEMOVE, 436, 300);
+    Drag(500, 300, 436, 300);
     Mouse(WM_LBUTTONUP, 436, 300, false);
     ASSERT_TRUE(Shows(kPreviewFront, kFrontPlace));
     Wheel(120);
     EXPECT_TRUE(Shows(kBeside, {1800 + 500, 900})) << "closer";
-    for (int i = 0; i < 4; ++i) Wheel(-30);
-    EXPECT_TRUE(Shows(kBeside, {1800 + 514, 900}));
 }
 
 }  // namespace
