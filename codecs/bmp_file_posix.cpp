@@ -31,7 +31,7 @@ std::uint32_t RowsAtOnce(std::uint64_t rowBytes, std::uint32_t height) {
 
 /// Unbuffered: the chunks are the buffer.
 std::FILE* Open(const std::wstring& path, const char* mode) {
-    std::FILE* const file = std::fopen(ToUtf8(path).c_str(), mode);
+    std::FILE* const file = std::fopen(ToSystemBytes(path).c_str(), mode);
     if (file) std::setvbuf(file, nullptr, _IONBF, 0);
     return file;
 }
@@ -50,7 +50,7 @@ void CopyOpaque(const std::byte* from, std::byte* to, std::uint32_t width) {
 PlainBmp::PlainBmp(const std::wstring& path) : file_(nullptr, &std::fclose) {
     // Opening a pipe would wait for its other end.
     std::error_code error;
-    const std::filesystem::path name = ToUtf8(path);
+    const std::filesystem::path name = ToSystemBytes(path);
     if (!std::filesystem::is_regular_file(name, error)) return;
     fileSize_ = std::filesystem::file_size(name, error);
     if (error) return;

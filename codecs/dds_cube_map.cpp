@@ -250,9 +250,7 @@ Outcome SaveDdsCubeMap(const std::wstring& path, const FaceSource& faces, bool k
         if (!item.pixels) item.pixels = std::move(face.pixels);
     }
     OutputFile file(path);
-    if (!WriteItems(file.TemporaryPath(), rule, items) || !file.Commit()) {
-        return Failure(Reason::CannotWrite, path);
-    }
+    if (!WriteItems(file.TemporaryPath(), rule, items) || !file.Commit()) return file.Failed();
     return {.infoLog = CubeMapInfo(path, faceSize, format)};
 }
 

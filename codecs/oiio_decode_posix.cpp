@@ -47,7 +47,7 @@ const char* OiioName(PictureKind kind) {
 }
 
 bool ReadHeader(const std::wstring& path, PictureHeader& header) {
-    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(ToUtf8(path).c_str(), "rb"),
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(ToSystemBytes(path).c_str(), "rb"),
                                                                &std::fclose);
     if (!file) return false;
     std::byte start[kPictureHeaderSize];
@@ -89,7 +89,7 @@ bool IsCut(const std::wstring& path) {
 
 bool OpenPicture::Open(const std::wstring& path, std::uint32_t frame) {
     // Opening a pipe would wait for its other end.
-    if (!std::filesystem::is_regular_file(ToUtf8(path))) return false;
+    if (!std::filesystem::is_regular_file(ToSystemBytes(path))) return false;
     const std::uint64_t fileSize = FileSizeOf(path);
     if (!ReadHeader(path, header) || !PlausibleSize(header.width, header.height, fileSize)) return false;
     if (header.kind == PictureKind::Gif && std::uint64_t{header.width} * header.height >= (1u << 29)) {
@@ -98,7 +98,7 @@ bool OpenPicture::Open(const std::wstring& path, std::uint32_t frame) {
     if (header.kind == PictureKind::Jpeg && IsCut(path)) return false;
     oiio = Oiio();
     if (!oiio) return false;
-    const std::string name = ToUtf8(path);
+    const std::string name = ToSystemBytes(path);
     input = {oiio->openInput(name.c_str(), OiioName(header.kind)), oiio->closeInput};
     if (!input || !CountFrames(path, frame) || !oiio->selectFrame(input.get(), static_cast<int>(frame)) ||
         !oiio->describe(input.get(), &facts)) {

@@ -107,7 +107,7 @@ bool EncodeWithOiio(const Image& image, const std::wstring& path, PictureContain
     const WrittenRows rows(image, wanted, format);
     const OiioFunctions* const oiio = rows.Ready() ? Oiio() : nullptr;
     if (!oiio) return false;
-    const std::string name = ToUtf8(path);
+    const std::string name = ToSystemBytes(path);
     void* const output =
         oiio->openOutput(name.c_str(), kind.oiioName, static_cast<int>(image.width),
                          static_cast<int>(image.height), ChannelCount(format), OiioChannelOf(format));

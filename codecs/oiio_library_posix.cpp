@@ -33,11 +33,12 @@ Library Load() {
     }
     const std::wstring path = JoinPath(folder, L"skyvault-oiio.so");
     // Never unloaded: its libraries keep threads and destructors.
-    const std::string name = ToUtf8(path);
+    const std::string name = ToSystemBytes(path);
     void* const entry = FindEntry(dlopen(name.c_str(), RTLD_LAZY | RTLD_LOCAL));
     if (!entry) {
         const char* const reason = dlerror();
-        library.trouble = L"The picture library could not be loaded: " + FromUtf8(reason ? reason : "");
+        library.trouble =
+            L"The picture library could not be loaded: " + FromSystemBytes(reason ? reason : "");
         return library;
     }
     library.functions = reinterpret_cast<OiioEntry>(entry)();

@@ -53,20 +53,20 @@ bool MeasureByExtension(const std::wstring& path, PictureSize& size) {
     return MeasurePicture(path, size);
 }
 
-bool WriteByExtension(const Image& image, const std::wstring& path, PixelFormat format) {
+Outcome WriteByExtension(const Image& image, const std::wstring& path, PixelFormat format) {
     const std::wstring extension = UpperExtension(path);
     const bool dds = extension == L"DDS";
     const PictureContainer container = ContainerOfExtension(extension);
-    if (!dds && container == PictureContainer::None) return false;
+    if (!dds && container == PictureContainer::None) return Failure(Reason::CannotWrite, path);
     OutputFile file(path);
     const bool written = dds ? WriteDdsPicture(image, file.TemporaryPath(), format)
                              : EncodePicture(image, file.TemporaryPath(), container, format);
-    return written && file.Commit();
+    return written && file.Commit() ? Outcome{} : file.Failed();
 }
 
 std::wstring InfoLines(const std::wstring& path, const std::wstring& resolution, const wchar_t* projection,
                        PixelFormat format) {
-    return L"Path\t\t" + path + L"\n" +                            //
+    return L"Path\t\t" + Printable(path) + L"\n" +                 //
            L"Size\t\t" + FileSizeText(FileSizeOf(path)) + L"\n" +  //
            L"Resolution\t" + resolution + L"\n" +                  //
            projection +                                            //
@@ -90,9 +90,9 @@ Outcome SavePicture(Image& image, const std::wstring& path, PixelFormat format, 
     const PixelFormat written = format == PixelFormat::None ? image.format : format;
     if (path.empty()) return Failure(Reason::CannotWrite);
     if (bleed && HasAlpha(written)) BleedAlpha(image);
-    if (!image.IsValid() || !WriteByExtension(image, path, written)) {
-        return Failure(Reason::CannotWrite, path);
-    }
+    if (!image.IsValid()) return Failure(Reason::CannotWrite, path);
+    Outcome saved = WriteByExtension(image, path, written);
+    if (!saved.IsDone()) return saved;
     return {.infoLog = PictureInfo(path, image.width, image.height, written)};
 }
 

@@ -12,7 +12,7 @@ namespace skyvault {
 
 bool FileHandle::Open(const std::wstring& path, bool write, bool shared) {
     const int flags = (write ? O_WRONLY | O_CREAT : O_RDONLY | O_NONBLOCK) | O_CLOEXEC;
-    const int descriptor = open(ToUtf8(path).c_str(), flags, 0666);
+    const int descriptor = open(ToSystemBytes(path).c_str(), flags, 0666);
     if (descriptor < 0) return false;
     struct stat status {};
     // Pipes and devices have no size and may never end; they can be written to.

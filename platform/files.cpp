@@ -20,18 +20,13 @@ std::wstring OwnFolder(const std::wstring& parent, std::wstring_view below) {
 
 bool CreateFolder(const std::wstring& path) {
     std::wstring folder = path;
-    // The walk leaves out the root: "C:\" or "/".
-#ifdef _WIN32
-    std::replace(folder.begin(), folder.end(), L'/', L'\\');
-    constexpr std::size_t kFirst = 3, kShortest = 1;
-#else
-    constexpr std::size_t kFirst = 1, kShortest = 2;
-#endif
-    if (folder.size() >= kShortest && folder.back() == kPathSeparator) folder.pop_back();
+    if (kPathSeparator == L'\\') std::replace(folder.begin(), folder.end(), L'/', L'\\');
+    const std::size_t root = RootLength(folder);
+    if (folder.size() > root && folder.back() == kPathSeparator) folder.pop_back();
     if (folder.empty()) return false;
     if (FolderExists(folder)) return true;
 
-    for (std::size_t i = kFirst; i <= folder.size(); ++i) {
+    for (std::size_t i = root + 1; i <= folder.size(); ++i) {
         if (i < folder.size() && folder[i] != kPathSeparator) continue;
         const std::wstring part = folder.substr(0, i);
         if (FolderExists(part)) continue;

@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "platform/outcome.h"
+
 namespace skyvault {
 
 /// True when the path exists and is not a folder.
@@ -22,11 +24,24 @@ std::uint64_t FileSizeOf(const std::wstring& path);
 /// Moves a file to a name that is not taken (MoveFileW): fails when `to` exists.
 bool MoveToNewName(const std::wstring& from, const std::wstring& to);
 
-/// Renames a file, replacing what has the name `to` already, in one step as far as the system can.
+/// Renames a file, replacing what has the name `to` already, in one step as far as the system can. The new
+/// file gets the old one's permissions; a write-protected one is not replaced.
 bool MoveOver(const std::wstring& from, const std::wstring& to);
 
 /// Makes an empty file. False when anything has the name already.
 bool MakeNewFile(const std::wstring& path);
+
+/// The file that would be written under the path: where a symbolic link leads, else the path itself. Empty
+/// when that is neither a plain file nor a free name: a pipe, a device, a link that leads nowhere. (On
+/// Windows the path itself.)
+std::wstring WrittenThrough(const std::wstring& path);
+
+/// True when both paths name one place for a file, however they are spelled: two hard links are two places.
+bool SamePlace(const std::wstring& a, const std::wstring& b);
+
+/// Why nothing can be written under the path: what the system says when asked for a little more room in
+/// `temporary`, a file in the same folder, which may be gone and is gone afterwards.
+Cause WhyNotWritten(const std::wstring& path, const std::wstring& temporary);
 
 bool RemoveFile(const std::wstring& path);
 
@@ -63,6 +78,10 @@ std::wstring ApplicationDataFolder();
 /// The user's application-data folder + "Brambleworks Studio" + "Temp", created when missing; empty when it
 /// cannot be found or made.
 std::wstring TemporaryFilesFolder();
+
+/// The system's folder for temporary files, which all users share: $TMPDIR, else /tmp; on Windows the user's
+/// own.
+std::wstring SystemTemporaryFolder();
 
 /// The user's documents folder + "Skyvault", created when missing; empty when it cannot be found or made.
 std::wstring DocumentsFolder();

@@ -4,6 +4,7 @@
 
 #include "platform/files.h"
 #include "platform/path_text.h"
+#include "platform/system_text.h"
 
 namespace skyvault {
 
@@ -53,6 +54,58 @@ std::uint64_t FileSizeOf(const std::wstring& path) {
 
 bool MoveToNewName(const std::wstring& from, const std::wstring& to) {
     return MoveFileW(from.c_str(), to.c_str());
+}
+
+std::wstring WrittenThrough(const std::wstring& path) {
+    return path;
+}
+
+bool SamePlace(const std::wstring& a, const std::wstring& b) {
+    const auto folder = [](const std::wstring& path) {
+        const std::wstring_view part = FolderPart(path);
+        return part.empty() ? std::wstring(L".") : std::wstring(part) + L'\\';
+    };
+    return LowerCase(FileNamePart(a)) == LowerCase(FileNamePart(b)) && SameFolder(folder(a), folder(b));
+}
+
+Cause WhyNotWritten(const std::wstring& path, const std::wstring& temporary) {
+    if (FolderExists(path)) return Cause::IsFolder;
+    const DWORD attributes = GetFileAttributesW(path.c_str());
+    if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY))
+        return Cause::ReadOnlyFile;
+    DWORD reason = attributes == INVALID_FILE_ATTRIBUTES ? GetLastError() : ERROR_SUCCESS;
+    if (reason == ERROR_FILE_NOT_FOUND || reason == ERROR_SUCCESS) {
+        const HANDLE file = CreateFileW(temporary.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_ALWAYS,
+                                        FILE_FLAG_DELETE_ON_CLOSE, nullptr);
+        reason = file == INVALID_HANDLE_VALUE ? GetLastError() : ERROR_SUCCESS;
+        if (file != INVALID_HANDLE_VALUE) {
+            const std::vector<char> probe(std::size_t{1} << 20);
+            DWORD written = 0;
+            SetFilePointer(file, 0, nullptr, FILE_END);
+            const bool fits =
+                WriteFile(file, probe.data(), static_cast<DWORD>(probe.size()), &written, nullptr);
+            if (!fits || written < probe.size()) reason = fits ? ERROR_DISK_FULL : GetLastError();
+            CloseHandle(file);
+        }
+    }
+    switch (reason) {
+        case ERROR_DISK_FULL:
+        case ERROR_HANDLE_DISK_FULL:
+            return Cause::DiskFull;
+        case ERROR_FILE_TOO_LARGE:
+            return Cause::FileTooLarge;
+        case ERROR_ACCESS_DENIED:
+            return Cause::NoPermission;
+        case ERROR_WRITE_PROTECT:
+            return Cause::ReadOnlySystem;
+        case ERROR_PATH_NOT_FOUND:
+            return Cause::NoFolder;
+        case ERROR_FILENAME_EXCED_RANGE:
+        case ERROR_INVALID_NAME:
+            return Cause::NameTooLong;
+        default:
+            return Cause::Unknown;
+    }
 }
 
 bool MoveOver(const std::wstring& from, const std::wstring& to) {
@@ -120,6 +173,12 @@ std::wstring ProgramFolder() {
 
 std::wstring UserDataFolder() {
     return ShellFolder(CSIDL_APPDATA);
+}
+
+std::wstring SystemTemporaryFolder() {
+    wchar_t path[MAX_PATH + 1] = {};
+    const DWORD length = GetTempPathW(MAX_PATH + 1, path);
+    return length <= MAX_PATH ? std::wstring(path, length) : std::wstring();
 }
 
 std::wstring UserDocumentsFolder() {

@@ -9,23 +9,42 @@ namespace skyvault {
 
 enum class Reason {
     Done,
-    NoMemory,        ///< what there was memory for may be there
-    CannotOpen,      ///< no such file, or nothing that can be read
-    CannotWrite,     ///< an older file of that name stays as it was
-    PictureMissing,  ///< a generator did without its palette or texture; the panorama is whole
-    NotACubicMovie,  ///< its pictures make no cube
-    NoFrontFace,     ///< nothing can be written: the front face decides the pixel format
-    NothingToShow,   ///< the panorama has no picture of that kind, or the window no room for it
+    NoMemory,         ///< what there was memory for may be there
+    CannotOpen,       ///< no such file, or nothing that can be read
+    CannotWrite,      ///< an older file of that name stays as it was
+    LibraryFailed,    ///< a picture library broke down on the file
+    PictureMissing,   ///< a generator did without its palette or texture; the panorama is whole
+    TooNarrow,        ///< fewer than four pixels across, so that the faces would be empty
+    NotACubicMovie,   ///< its pictures make no cube
+    NoFrontFace,      ///< nothing can be written: the front face decides the pixel format
+    NothingToShow,    ///< the panorama has no picture of that kind, or the window no room for it
+    PageIncomplete,   ///< the web page's picture is there; `file` is one beside it that is not
+    NoScratchFolder,  ///< there is no place for temporary files
     // What stands in the way of a batch, or of one of its panoramas.
     SameFolders,
     NoSourceFolder,
     NoDestinationFolder,
     NoSourceFiles,
-    ReplacesSource,  ///< the result would replace one of the source files
-    SharesResult,    ///< otherFile has the same result
+    ReplacesSource,     ///< the result would replace one of the source files
+    SharesResult,       ///< otherFile has the same result
+    ReplacesOtherFile,  ///< a file of somebody else's, whose name was not asked for
     CannotCreateFolder,
     // Of the settings file.
     CannotSaveSettings,
+};
+
+/// Why a file could not be written, as far as the system tells.
+enum class Cause {
+    Unknown,
+    NoFolder,
+    IsFolder,
+    NotAPlainFile,  ///< a pipe, socket or device, or a link that leads nowhere
+    ReadOnlyFile,
+    NoPermission,  ///< of the folder
+    ReadOnlySystem,
+    NameTooLong,
+    DiskFull,
+    FileTooLarge,  ///< for the file system, or the limit set for the process
 };
 
 struct [[nodiscard]] Outcome {
@@ -33,6 +52,7 @@ struct [[nodiscard]] Outcome {
     std::wstring file = {};       ///< the one the reason is about; empty when the caller knows it
     std::wstring infoLog = {};    ///< describes what was written, in tab-separated lines
     std::wstring otherFile = {};  ///< of reasons that are about two files
+    Cause cause = Cause::Unknown;
 
     bool IsDone() const { return reason == Reason::Done; }
 };

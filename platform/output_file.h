@@ -3,11 +3,14 @@
 
 #include <string>
 
+#include "platform/outcome.h"
+
 namespace skyvault {
 
-/// A new file beside the target, on the same volume and with the same extension (codecs look at
-/// it). Write it anew under TemporaryPath() and call Commit(); without a Commit the destructor removes
-/// the temporary file and the target stays as it was.
+/// A new file beside the target, on the same volume, named ".TARGET.PROCESS-DOMAIN.part": no program takes it
+/// for a picture. Write it anew under TemporaryPath() and call Commit(); without a Commit the destructor
+/// removes the temporary file and the target stays as it was. A target that is a symbolic link stays one:
+/// what it leads to is written.
 class OutputFile {
   public:
     explicit OutputFile(std::wstring targetPath);
@@ -22,11 +25,17 @@ class OutputFile {
     /// temporary file is then removed.
     bool Commit();
 
+    /// CannotWrite, with the cause as far as the system tells. Ends the writing.
+    Outcome Failed();
+
   private:
-    std::wstring targetPath_;
+    std::wstring givenPath_, targetPath_;
     std::wstring temporaryPath_;
     bool finished_ = false;
 };
+
+/// Removes what processes of this machine that run no more have left half-written in the folder.
+void RemoveAbandonedOutputs(const std::wstring& folder);
 
 /// From now on the file, or the folder with the files in it, is removed by AbandonPendingOutputs. It need not
 /// exist yet.

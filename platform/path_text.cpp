@@ -6,8 +6,23 @@ namespace skyvault {
 
 namespace {
 
+#ifdef _WIN32
+constexpr std::wstring_view kSeparators = L"\\/", kNameEnds = L"\\/:";
+#else
+constexpr std::wstring_view kSeparators = L"/", kNameEnds = L"/";
+#endif
+
 bool IsSeparator(wchar_t c) {
-    return c == L'\\' || c == L'/';
+    return kSeparators.find(c) != std::wstring_view::npos;
+}
+
+/// Past the next `count` names and the separator behind each.
+std::size_t SkipNames(std::wstring_view path, std::size_t at, int count) {
+    for (int i = 0; i < count && at < path.size(); ++i) {
+        const std::size_t end = path.find_first_of(kSeparators, at);
+        at = end == std::wstring_view::npos ? path.size() : end + 1;
+    }
+    return at;
 }
 
 }  // namespace
@@ -24,19 +39,51 @@ std::wstring JoinPath(std::wstring_view folder, std::wstring_view name) {
     return path;
 }
 
+std::size_t RootLength(std::wstring_view path) {
+    const auto startsLike = [&](std::wstring_view pattern) {
+        for (std::size_t i = 0; i < pattern.size(); ++i) {
+            if (i == path.size()) return false;
+            if (pattern[i] == L'\\' ? !IsSeparator(path[i]) : UpperCase(path.substr(i, 1))[0] != pattern[i]) {
+                return false;
+            }
+        }
+        return true;
+    };
+    if (kPathSeparator == L'\\') {
+        if (startsLike(L"\\\\?\\UNC\\")) return SkipNames(path, 8, 2);
+        if (startsLike(L"\\\\?\\") || startsLike(L"\\\\.\\")) return SkipNames(path, 4, 1);
+        if (startsLike(L"\\\\")) return SkipNames(path, 2, 2);
+        if (path.size() >= 2 && path[1] == L':') return path.size() > 2 && IsSeparator(path[2]) ? 3 : 2;
+    }
+    return !path.empty() && IsSeparator(path.front()) ? 1 : 0;
+}
+
 std::wstring_view FileNamePart(std::wstring_view path) {
-    const std::size_t end = path.find_last_of(L"\\/:");
+    const std::size_t end = path.find_last_of(kNameEnds);
     return end == std::wstring_view::npos ? path : path.substr(end + 1);
 }
 
 std::wstring_view FolderPart(std::wstring_view path) {
-    const std::size_t end = path.find_last_of(L"\\/");
+    const std::size_t end = path.find_last_of(kSeparators);
     return end == std::wstring_view::npos ? std::wstring_view{} : path.substr(0, end);
 }
 
+std::wstring Printable(std::wstring_view text) {
+    constexpr const wchar_t* kDigits = L"0123456789ABCDEF";
+    std::wstring printable;
+    printable.reserve(text.size());
+    for (const wchar_t c : text) {
+        if (c < 0x20 || (c >= 0x7f && c < 0xa0)) {
+            printable += {L'\\', L'x', kDigits[c >> 4], kDigits[c & 15]};
+        } else {
+            printable += c;
+        }
+    }
+    return printable;
+}
+
 std::wstring Quoted(std::wstring_view path) {
-    std::wstring quoted = L"\"";
-    return quoted.append(path) += L'"';
+    return L'"' + Printable(path) + L'"';
 }
 
 std::wstring UpperExtension(std::wstring_view path) {

@@ -3,6 +3,7 @@
 #include <atomic>
 #include <chrono>
 #include <cstdint>
+#include <string_view>
 
 #include "platform/clock.h"
 #include "platform/files.h"
@@ -21,6 +22,9 @@ std::int64_t SecondsNow() {
     return std::chrono::duration_cast<std::chrono::seconds>(now).count();
 }
 
+/// Of folders among those of other programs.
+constexpr std::wstring_view kSharedPrefix = L"Skyvault-";
+
 // A folder is named by the second it was made in, then by what tells it from others: "1700000000-81235-0".
 std::wstring NewName() {
     static std::atomic<std::uint32_t> counter{0};
@@ -29,8 +33,10 @@ std::wstring NewName() {
 }
 
 /// When a folder of this name was made; 0 for a name that is none of ours.
-std::int64_t MadeAt(const std::wstring& name) {
+std::int64_t MadeAt(std::wstring_view name, std::wstring_view prefix) {
     constexpr std::size_t kMostDigits = 12;
+    if (!name.starts_with(prefix)) return 0;
+    name.remove_prefix(prefix.size());
     const std::size_t digits = name.find_first_not_of(L"0123456789");
     if (digits == 0 || digits > kMostDigits || name[digits] != L'-') return 0;
     std::int64_t seconds = 0;
@@ -38,29 +44,31 @@ std::int64_t MadeAt(const std::wstring& name) {
     return seconds;
 }
 
-void RemoveAbandoned(const std::wstring& parent) {
+void RemoveAbandoned(const std::wstring& parent, std::wstring_view prefix) {
     const std::int64_t now = SecondsNow();
     for (const std::wstring& name : FindFiles(parent)) {
-        const std::int64_t made = MadeAt(name);
+        const std::int64_t made = MadeAt(name, prefix);
         if (made > 0 && now - made > kSecondsOfADay) RemoveFolderOfFiles(JoinPath(parent, name));
     }
 }
 
+/// A new folder in the parent; empty when none can be made.
+std::wstring MakeFolderIn(const std::wstring& parent, std::wstring_view prefix) {
+    if (parent.empty()) return {};
+    RemoveAbandoned(parent, prefix);
+    for (int i = 0; i < kMostTries; ++i) {
+        std::wstring path = JoinPath(parent, std::wstring(prefix) + NewName());
+        AddPendingOutput(path);
+        if (MakeOneFolder(path)) return path;
+        ForgetPendingOutput(path);
+    }
+    return {};
+}
+
 }  // namespace
 
-ScratchFolder::ScratchFolder() {
-    const std::wstring parent = TemporaryFilesFolder();
-    if (parent.empty()) return;
-    RemoveAbandoned(parent);
-    for (int i = 0; i < kMostTries && path_.empty(); ++i) {
-        std::wstring path = JoinPath(parent, NewName());
-        AddPendingOutput(path);
-        if (MakeOneFolder(path)) {
-            path_ = std::move(path);
-        } else {
-            ForgetPendingOutput(path);
-        }
-    }
+ScratchFolder::ScratchFolder() : path_(MakeFolderIn(TemporaryFilesFolder(), L"")) {
+    if (path_.empty()) path_ = MakeFolderIn(SystemTemporaryFolder(), kSharedPrefix);
 }
 
 ScratchFolder::~ScratchFolder() {

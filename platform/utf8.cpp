@@ -8,6 +8,8 @@ namespace skyvault {
 namespace {
 
 constexpr char32_t kReplacement = 0xFFFD;
+/// A byte from 0x80 on that is no UTF-8, added to this.
+constexpr char32_t kCarried = 0xDC00, kFirstCarried = 0xDC80, kLastCarried = 0xDCFF;
 
 bool IsHighSurrogate(char32_t c) {
     return c >= 0xD800 && c < 0xDC00;
@@ -114,6 +116,40 @@ std::wstring FromUtf8(std::string_view text) {
     result.reserve(text.size());
     for (std::size_t i = 0; i < text.size();) AppendWide(result, NextUtf8(text, i));
     return result;
+}
+
+std::string ToSystemBytes(std::wstring_view text) {
+    std::string bytes;
+    bytes.reserve(text.size());
+    for (std::size_t i = 0; i < text.size();) {
+        const char32_t c = static_cast<char32_t>(text[i]);
+        if (sizeof(wchar_t) > 2 && c >= kFirstCarried && c <= kLastCarried) {
+            bytes += static_cast<char>(c - kCarried);
+            ++i;
+        } else {
+            AppendUtf8(bytes, NextWide(text, i));
+        }
+    }
+    return bytes;
+}
+
+std::wstring FromSystemBytes(std::string_view bytes) {
+    std::wstring text;
+    text.reserve(bytes.size());
+    for (std::size_t i = 0; i < bytes.size();) {
+        const std::size_t start = i;
+        const char32_t c = NextUtf8(bytes, i);
+        constexpr std::size_t kReplacementBytes = 3;
+        // A good sequence may say U+FFFD itself.
+        const bool valid = c != kReplacement || bytes.substr(start, kReplacementBytes) == "\xEF\xBF\xBD";
+        if (sizeof(wchar_t) == 2 || valid) {
+            AppendWide(text, c);
+        } else {
+            AppendWide(text, kCarried + static_cast<unsigned char>(bytes[start]));
+            i = start + 1;
+        }
+    }
+    return text;
 }
 
 std::u16string ToUtf16(std::wstring_view text) {

@@ -22,8 +22,10 @@ constexpr std::size_t kNodeSample = 2233;      // its samples
 constexpr std::size_t kPanoramaSample = 2313;  //
 constexpr std::size_t kNodeSampleSize = 80, kPanoramaSampleSize = 192;
 
-constexpr std::string_view kAuthoringTool = "Skyvault 0.1 by Brambleworks Studio";
-static_assert(kAuthoringTool.size() == 35);
+/// Offsets in the template count on its length: what the version leaves is filled with spaces.
+constexpr std::size_t kAuthoringToolSize = 35;
+constexpr std::string_view kAuthoringTool = "Skyvault " SKYVAULT_VERSION " Brambleworks Studio";
+static_assert(kAuthoringTool.size() <= kAuthoringToolSize);
 
 constexpr void IdentityMatrix(Writer& w) {
     for (const std::uint32_t value : {kOne, 0u, 0u, 0u, kOne, 0u, 0u, 0u, 0x40000000u}) w.U32(value);
@@ -406,9 +408,10 @@ constexpr void UserData(Writer& w) {
     w.Atom({2106, 71}, "udta", [&] {
         w.Atom({2114, 12}, "ctyp", [&] { w.Text("qtvr"); });
         w.Atom({2126, 47}, "\xa9swr", [&] {
-            w.U16(static_cast<std::uint32_t>(kAuthoringTool.size()));
+            w.U16(static_cast<std::uint32_t>(kAuthoringToolSize));
             w.U16(0);  // language
             w.Text(kAuthoringTool);
+            for (std::size_t i = kAuthoringTool.size(); i < kAuthoringToolSize; ++i) w.Text(" ");
         });
         w.Zeros(4);
     });

@@ -76,17 +76,18 @@ Outcome WriteQuickTimeVr(const Panorama& panorama, const ExportRequest& request,
     // Opened before the faces are built: a place that cannot be written to is found out at once.
     OutputFile output(path);
     FileStream movie(output.TemporaryPath(), FileUse::Write);
-    if (!movie.IsOpen()) return Failure(Reason::CannotWrite);
+    if (!movie.IsOpen()) return output.Failed();
     {
         const ScratchFolder scratch;
+        if (!scratch.Exists()) return Failure(Reason::NoScratchFolder);
         FacePaths paths;
         for (std::size_t f = 0; f < kFaceCount; ++f) paths[f] = scratch.Path(std::to_wstring(f) + L".jpg");
         FaceSizes sizes{};
         Outcome saved = SaveFaces(panorama, request, faceEdge, format, paths, sizes);
         if (!saved.IsDone()) return saved;
-        if (!WriteMovie(movie, faceEdge, paths, sizes)) return Failure(Reason::CannotWrite);
+        if (!WriteMovie(movie, faceEdge, paths, sizes)) return output.Failed();
     }
-    if (!output.Commit()) return Failure(Reason::CannotWrite);
+    if (!output.Commit()) return output.Failed();
     return {.infoLog = CubeMapInfo(path, faceEdge, format)};
 }
 

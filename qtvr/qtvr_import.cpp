@@ -73,8 +73,9 @@ Image DecodePicture(MovieBytes bytes, const std::wstring& path) {
     return picture;
 }
 
-void LoadTiles(MovieBytes movie, Feedback& feedback, ImportState& state) {
+Outcome LoadTiles(MovieBytes movie, Feedback& feedback, ImportState& state) {
     const ScratchFolder scratch;
+    if (!scratch.Exists()) return Failure(Reason::NoScratchFolder);
     for (int n = 0; n < state.pictures.count; ++n) {
         const ByteRange range = state.pictures.ranges[static_cast<std::size_t>(n)];
         Report(feedback, static_cast<float>(range.offset) / static_cast<float>(movie.size()),
@@ -85,6 +86,7 @@ void LoadTiles(MovieBytes movie, Feedback& feedback, ImportState& state) {
     DebugLine(std::to_wstring(state.squares.Count()) +
               L" JPEG files found with the highest square resolution: " +
               std::to_wstring(state.squares.Edge()) + L"\n");
+    return {};
 }
 
 bool PlaceByTables(MovieBytes movie, Feedback& feedback, ImportState& state) {
@@ -135,7 +137,8 @@ Outcome ImportMovie(const std::wstring& path, Feedback& feedback, ImportState& s
         if (!ReadWholeFile(path, movie) || movie.empty()) return Failure(Reason::CannotOpen);
         FindPictures(movie, state.pictures);
         if (state.pictures.count == 0) return Failure(Reason::CannotOpen);
-        LoadTiles(movie, feedback, state);
+        Outcome loaded = LoadTiles(movie, feedback, state);
+        if (!loaded.IsDone()) return loaded;
 
         const int tilesPerSide = TilesPerSide(state.squares.Count());
         if (tilesPerSide == 0) return Failure(Reason::NotACubicMovie);

@@ -1,6 +1,7 @@
 #include "settings/settings_file.h"
 
 #include "platform/files.h"
+#include "platform/output_file.h"
 #include "platform/path_text.h"
 #include "settings/settings_table.h"
 
@@ -100,8 +101,10 @@ TextFileWriter WrittenSettings(const AppState& state) {
 
 Outcome SaveSettings(const AppState& state, const std::wstring& path) {
     if (FileExists(path) && !state.settingsLoaded) return {};
-    if (WrittenSettings(state).Save(path)) return {};
-    return Failure(Reason::CannotSaveSettings, path);
+    RemoveAbandonedOutputs(std::wstring(FolderPart(path)));
+    Outcome saved = WrittenSettings(state).Save(path);
+    if (!saved.IsDone()) saved.reason = Reason::CannotSaveSettings;
+    return saved;
 }
 
 }  // namespace skyvault

@@ -103,13 +103,12 @@ bool ReadTextFile(const std::wstring& path, std::wstring& text, TextEncoding& en
     return true;
 }
 
-bool WriteTextFile(const std::wstring& path, const std::wstring& text, TextEncoding encoding) {
+Outcome WriteTextFile(const std::wstring& path, const std::wstring& text, TextEncoding encoding) {
     const std::string bytes = EncodeText(text, encoding);
     OutputFile output(path);
     FileStream stream(output.TemporaryPath(), FileUse::Write);
-    if (!stream.IsOpen()) return false;
-    const bool written = bytes.empty() || stream.Write(bytes.data(), bytes.size());
-    return stream.Close() && written && output.Commit();
+    const bool written = stream.IsOpen() && (bytes.empty() || stream.Write(bytes.data(), bytes.size()));
+    return stream.Close() && written && output.Commit() ? Outcome{} : output.Failed();
 }
 
 }  // namespace skyvault

@@ -138,7 +138,7 @@ std::string TextFileWriter::Bytes() const {
     return EncodeText(text_, encoding_);
 }
 
-bool TextFileWriter::Save(const std::wstring& path) const {
+Outcome TextFileWriter::Save(const std::wstring& path) const {
     return WriteTextFile(path, text_, encoding_);
 }
 

@@ -15,6 +15,8 @@
 #include <string>
 #include <vector>
 
+#include "platform/outcome.h"
+
 namespace skyvault {
 
 enum class TextEncoding : std::int32_t {
@@ -34,9 +36,9 @@ std::string EncodeText(const std::wstring& text, TextEncoding encoding);
 /// A whole text file of at most 16 MiB; false when it is larger or cannot be opened or read.
 bool ReadTextFile(const std::wstring& path, std::wstring& text, TextEncoding& encoding);
 
-/// Writes beside the target and renames. False when the file cannot be written; an older one then stays as
-/// it was.
-bool WriteTextFile(const std::wstring& path, const std::wstring& text, TextEncoding encoding);
+/// Writes beside the target and renames. CannotWrite when the file cannot be written; an older one then stays
+/// as it was.
+Outcome WriteTextFile(const std::wstring& path, const std::wstring& text, TextEncoding encoding);
 
 class TextFileReader {
   public:
@@ -83,7 +85,7 @@ class TextFileWriter {
     /// The bytes of the file so far.
     std::string Bytes() const;
     /// As WriteTextFile.
-    bool Save(const std::wstring& path) const;
+    Outcome Save(const std::wstring& path) const;
 
   private:
     void AddField(const std::wstring& field);

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <fstream>
 #include <sstream>
 #include <string>
@@ -44,6 +45,19 @@ inline std::vector<DataRow> DataTable(const std::string& name) {
         if (line.ends_with('\t')) row.cells.emplace_back();
     }
     EXPECT_FALSE(rows.empty()) << name << ".tsv";
+    return rows;
+}
+
+/// A table of paths: those of Windows are there on Windows only.
+inline std::vector<DataRow> PathTable(const std::string& name) {
+    std::vector<DataRow> rows = DataTable(name);
+#ifndef _WIN32
+    std::erase_if(rows, [](const DataRow& row) {
+        return std::any_of(row.cells.begin(), row.cells.end(), [](const std::string& cell) {
+            return cell.find_first_of("\\:") != std::string::npos;
+        });
+    });
+#endif
     return rows;
 }
 

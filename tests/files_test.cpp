@@ -90,7 +90,7 @@ TEST(OutputFile, ShowsTheFileOnlyWhenCommitted) {
     const std::wstring target = root.Write(L"pano.v2.png", "old");
     {
         const OutputFile abandoned(target);
-        EXPECT_EQ(UpperExtension(abandoned.TemporaryPath()), L"PNG");
+        EXPECT_EQ(UpperExtension(abandoned.TemporaryPath()), L"PART");
         EXPECT_EQ(FolderPart(abandoned.TemporaryPath()), root.Path());
         ASSERT_TRUE(WriteText(abandoned.TemporaryPath(), "half"));
     }

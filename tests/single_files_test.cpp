@@ -11,7 +11,7 @@ namespace skyvault::test {
 namespace {
 
 TEST(SingleFiles, NamesKeepFolderStemAndExtension) {
-    for (const DataRow& row : DataTable("face_files")) {
+    for (const DataRow& row : PathTable("face_files")) {
         const auto face = static_cast<CubeFace>(std::stoi(row[2]));
         EXPECT_EQ(SingleFilePath(FromUtf8(row[0]), std::stoi(row[1]), face), FromUtf8(row[3])) << row.where;
     }

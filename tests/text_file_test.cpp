@@ -61,7 +61,7 @@ TEST(TextFile, EveryEncodingReadsBack) {
         const TemporaryFolder folder;
         TextFileWriter writer(encoding);
         writer.AddText(text), writer.EndLine();
-        ASSERT_TRUE(writer.Save(folder / L"\u00e4.txt"));
+        ASSERT_TRUE(writer.Save(folder / L"\u00e4.txt").IsDone());
         EXPECT_TRUE(folder.Read(L"\u00e4.txt").starts_with(start));
         TextFileReader reader;
         ASSERT_TRUE(reader.Open(folder / L"\u00e4.txt") && reader.NextLine());
