@@ -1,5 +1,6 @@
 #include "cli/batch.h"
 
+#include "cli/batch_worker.h"
 #include "cli/console_feedback.h"
 #include "cli/convert.h"
 #include "cli/terminal.h"
@@ -28,15 +29,16 @@ class Reporter final : public BatchObserver {
         const std::wstring& source = item.sources.front();
         if (end == BatchEnd::Failed) {
             const std::wstring reason = LineOf(result.outcome);
-            const bool named = reason.find(source) != std::wstring::npos;
+            const bool named = reason.find(Printable(source)) != std::wstring::npos;
             feedback_.Error(named ? reason : Quoted(source) + L": " + reason);
             return;
         }
         feedback_.HideBar();
-        TellOfMissingFaces(result, item.sources);
+        for (const std::wstring& trouble : result.faceTroubles) WriteMessage(trouble);
         if (quiet_) return;
         const wchar_t* const word = end == BatchEnd::Skipped ? L"skipped" : L"converted";
-        WriteText(OutputStream::Standard, std::wstring(word) + L"\t" + source + L"\t" + item.output + L"\n");
+        WriteText(OutputStream::Standard,
+                  std::wstring(word) + L"\t" + Printable(source) + L"\t" + Printable(item.output) + L"\n");
     }
 
   private:
@@ -49,7 +51,7 @@ class Reporter final : public BatchObserver {
 ExitStatus RunBatchCommand(const BatchOptions& options) {
     AppState settings;
     if (!LoadWorkSettings(options, settings)) {
-        WriteMessage(L"Could not open \"" + options.settingsFile + L"\"");
+        WriteMessage(L"Could not open " + Quoted(options.settingsFile));
         return kFailed;
     }
     BatchJob job = options.job;
@@ -68,16 +70,18 @@ ExitStatus RunBatchCommand(const BatchOptions& options) {
     SetThreadCount(options.threads);
 
     ConsoleFeedback feedback(options.quiet);
-    BatchCounts counts;
+    GuardedRun run;
     {
         const ProgressScope progress(feedback);
         Reporter reporter(feedback, options.quiet);
-        counts = RunBatch(job, items, options.skipExisting, settings, reporter);
+        run = RunGuardedBatch(job, items, options.skipExisting, settings, reporter);
     }
+    const BatchCounts& counts = run.counts;
     if (!options.quiet) {
         WriteText(OutputStream::Standard, TextOfCounts(counts) + L"\n");
     }
-    return counts.failed == 0 ? kDone : kFailed;
+    if (!run.wholeOutput) WriteMessage(L"Could not write to the standard output");
+    return counts.failed == 0 && run.wholeOutput ? kDone : kFailed;
 }
 
 }  // namespace skyvault

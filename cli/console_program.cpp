@@ -4,6 +4,7 @@
 #include <new>
 
 #include "cli/batch.h"
+#include "cli/batch_worker.h"
 #include "cli/console_feedback.h"
 #include "cli/convert.h"
 #include "cli/options.h"
@@ -11,6 +12,7 @@
 #include "codecs/picture_codec.h"
 #include "platform/clock.h"
 #include "platform/output_file.h"
+#include "platform/utf8.h"
 
 namespace skyvault {
 
@@ -31,6 +33,7 @@ struct Runner {
 /// is still open is waited for.
 void EndInterrupted() {
     if (SaysNoMore()) return;
+    if (EndBatchWorker()) std::_Exit(kInterrupted);
     if (IsTerminal(OutputStream::Messages)) WriteText(OutputStream::Messages, L"\n");
     WriteMessage(L"interrupted");
     SayNoMore();
@@ -38,22 +41,40 @@ void EndInterrupted() {
     std::_Exit(kInterrupted);
 }
 
+void EndAborted() {
+    WriteMessage(L"A picture library gave up, most likely for lack of memory");
+    SayNoMore();
+    AbandonPendingOutputs();
+    std::_Exit(kFailed);
+}
+
 ExitStatus Run(const std::vector<std::wstring>& arguments) {
     try {
         const ExitStatus status = std::visit(Runner{}, ParseArguments(arguments));
         const std::wstring trouble = status == kFailed ? CodecTrouble() : std::wstring();
         if (!trouble.empty()) WriteMessage(trouble);
-        return status;
+        if (IsWholeSoFar(OutputStream::Standard)) return status;
+        WriteMessage(L"Could not write to the standard output");
+        return status == kDone ? kFailed : status;
     } catch (const std::bad_alloc&) {
         WriteMessage(L"Out of memory");
+        return kFailed;
+    } catch (const std::exception& trouble) {
+        // Of the system, as a thread that cannot be started.
+        WriteMessage(FromSystemBytes(trouble.what()));
         return kFailed;
     }
 }
 
 }  // namespace
 
-int RunConsoleProgram(const std::vector<std::wstring>& arguments) {
+void WatchForInterrupts() {
     OnInterrupt(EndInterrupted);
+}
+
+int RunConsoleProgram(const std::vector<std::wstring>& arguments) {
+    WatchForInterrupts();
+    OnAbort(EndAborted);
     const ExitStatus status = Run(arguments);
     // What was interrupted failed, but the interruption is what ends the program.
     while (SaysNoMore()) SleepMilliseconds(20);

@@ -12,6 +12,7 @@
 #include "generators/random.h"
 #include "platform/feedback.h"
 #include "platform/files.h"
+#include "platform/output_file.h"
 #include "platform/parallel_rows.h"
 #include "platform/path_text.h"
 #include "projection/single_files.h"
@@ -74,29 +75,36 @@ std::wstring OutputObstacle(const ConvertOptions& options, const AppState& setti
         return L"Could not write " + Quoted(options.output) + L": FileNamingSystem goes from 0 to 5, not " +
                std::to_wstring(system);
     }
-    for (int f = 0; f < kFaceCount; ++f) {
-        std::wstring obstacle =
-            FileObstacle(SingleFilePath(options.output, system, static_cast<CubeFace>(f)), options);
+    for (const std::wstring& file : FilesOfExport(*options.to, options.output, settings)) {
+        std::wstring obstacle = FileObstacle(file, options);
         if (!obstacle.empty()) return obstacle;
+    }
+    return {};
+}
+
+/// A source that the output would replace, or a web page that somebody else wrote; done when there is none.
+Outcome LostFile(const ConvertOptions& options, const AppState& settings) {
+    for (const std::wstring& file : FilesOfExport(*options.to, options.output, settings)) {
+        for (const std::wstring& input : options.inputs) {
+            if (!input.empty() && SamePlace(input, file)) return Failure(Reason::ReplacesSource, file);
+        }
+        // Only the page has another name than was asked for.
+        const bool page = options.to->kind == LayoutKind::Page && file != options.output;
+        if (page && FileExists(file)) return Failure(Reason::ReplacesOtherFile, file);
     }
     return {};
 }
 
 }  // namespace
 
-void TellOfMissingFaces(const ConversionResult& result, const std::vector<std::wstring>& inputs) {
-    constexpr const wchar_t* kNames[kFaceCount] = {L"front", L"right", L"back", L"left", L"top", L"bottom"};
-    for (const CubeFace face : result.missingFaces) {
-        const std::size_t f = static_cast<std::size_t>(face);
-        WriteMessage(L"Could not open " + Quoted(inputs[f]) + L"; there is no " + kNames[f] + L" face");
-    }
-}
-
 ExitStatus RunConvert(const ConvertOptions& options) {
     AppState settings;
     if (!LoadWorkSettings(options, settings)) return Fail(L"Could not open " + Quoted(options.settingsFile));
     const std::wstring obstacle = OutputObstacle(options, settings);
     if (!obstacle.empty()) return Fail(obstacle);
+    const Outcome lost = LostFile(options, settings);
+    if (!lost.IsDone()) return Fail(LineOf(lost));
+    RemoveAbandonedOutputs(std::wstring(FolderPart(options.output)));
     if (IsGenerator(*options.from) && ReadPictureSize(options.inputs.front()) == PictureSize{}) {
         return Fail(L"Could not open " + Quoted(options.inputs.front()));
     }
@@ -113,14 +121,13 @@ ExitStatus RunConvert(const ConvertOptions& options) {
              Camera{Radians(camera.heading), Radians(camera.pitch), Radians(camera.roll)}},
             settings, feedback);
     }
-    TellOfMissingFaces(result, options.inputs);
-    if (!result.outcome.IsDone()) return Fail(LineOf(result.outcome));
-    if (!options.quiet) {
-        const std::wstring& infoLog = result.outcome.infoLog;
-        const bool ended = infoLog.empty() || infoLog.back() == L'\n';
-        WriteText(OutputStream::Standard, infoLog + (ended ? L"" : L"\n"));
+    for (const std::wstring& trouble : result.faceTroubles) WriteMessage(trouble);
+    const std::wstring& infoLog = result.outcome.infoLog;
+    // What was written is told also when something beside it was not.
+    if (!options.quiet && !infoLog.empty()) {
+        WriteText(OutputStream::Standard, infoLog + (infoLog.back() == L'\n' ? L"" : L"\n"));
     }
-    return kDone;
+    return result.outcome.IsDone() ? kDone : Fail(LineOf(result.outcome));
 }
 
 ExitStatus RunInfo(const InfoOptions& options) {

@@ -10,9 +10,6 @@ namespace skyvault {
 /// else to stderr.
 ExitStatus RunConvert(const ConvertOptions& options);
 
-/// Faces that could not be read are white; somebody who named their files wants to know. On stderr.
-void TellOfMissingFaces(const ConversionResult& result, const std::vector<std::wstring>& inputs);
-
 /// Describes a picture on stdout.
 ExitStatus RunInfo(const InfoOptions& options);
 

@@ -56,7 +56,7 @@ std::pair<const Setting*, std::wstring> ParseSetting(const std::string& text) {
     const std::size_t equals = text.find('=');
     if (equals == std::string::npos) Refuse("--set takes KEY=VALUE, not \"" + text + "\"");
     const std::string key = text.substr(0, equals);
-    const std::wstring value = FromUtf8(std::string_view(text).substr(equals + 1));
+    const std::wstring value = FromSystemBytes(std::string_view(text).substr(equals + 1));
     const Setting* setting = FindSetting(FromUtf8(key));
     if (setting == nullptr) Refuse("--set: there is no setting \"" + key + "\"");
     AppState scratch;
@@ -189,7 +189,7 @@ template <typename Options>
 Options CheckedWork(ConvertTexts& texts) {
     Options options;
     static_cast<WorkOptions&>(options) = texts.flags;
-    options.settingsFile = FromUtf8(texts.settingsFile);
+    options.settingsFile = FromSystemBytes(texts.settingsFile);
     for (const std::string& text : texts.settings) options.settings.push_back(ParseSetting(text));
     for (const std::string& text : texts.turns) options.turns.push_back(ParseAngles("--turn", text));
     if (texts.horizon) options.horizon = ParseNumber("--horizon", *texts.horizon);
@@ -226,8 +226,8 @@ ConvertOptions CheckedConvert(ConvertTexts& texts) {
                " and one OUTPUT, not " + std::to_string(texts.files.size()) +
                (texts.files.size() == 1 ? " file" : " files"));
     }
-    for (std::size_t i = 0; i < inputs; ++i) options.inputs.push_back(FromUtf8(texts.files[i]));
-    options.output = FromUtf8(texts.files.back());
+    for (std::size_t i = 0; i < inputs; ++i) options.inputs.push_back(FromSystemBytes(texts.files[i]));
+    options.output = FromSystemBytes(texts.files.back());
     return options;
 }
 
@@ -246,8 +246,8 @@ ConvertOptions CheckedGenerate(ConvertTexts& texts) {
         }
         options.seed = static_cast<std::uint32_t>(seed);
     }
-    options.inputs = {FromUtf8(texts.palette)};
-    options.output = FromUtf8(texts.files.back());
+    options.inputs = {FromSystemBytes(texts.palette)};
+    options.output = FromSystemBytes(texts.files.back());
     return options;
 }
 
@@ -302,8 +302,8 @@ BatchOptions CheckedBatch(ConvertTexts& texts) {
     options.skipExisting = texts.skipExisting;
     if (texts.shard) ParseShard(*texts.shard, options);
     if (texts.files.size() != 2) Refuse("batch takes a SOURCE_DIR and a DESTINATION_DIR");
-    options.job.sourceFolder = FromUtf8(texts.files.front());
-    options.job.destinationFolder = FromUtf8(texts.files.back());
+    options.job.sourceFolder = FromSystemBytes(texts.files.front());
+    options.job.destinationFolder = FromSystemBytes(texts.files.back());
     return options;
 }
 
@@ -311,7 +311,7 @@ Announcement WrongUsage(std::string reason, const std::string& command) {
     while (!reason.empty() && (reason.back() == '\n' || reason.back() == '.')) reason.pop_back();
     std::replace(reason.begin(), reason.end(), '\n', ' ');
     const std::string help = "skyvault-cli " + (command.empty() ? "" : command + " ") + "--help";
-    return {kWrongUsage, FromUtf8("skyvault-cli: " + reason + "\nTry \"" + help + "\".\n")};
+    return {kWrongUsage, FromSystemBytes("skyvault-cli: " + reason + "\nTry \"" + help + "\".\n")};
 }
 
 }  // namespace
@@ -336,7 +336,7 @@ Command ParseArguments(const std::vector<std::wstring>& arguments) {
 
     std::vector<std::string> reversed;
     for (auto argument = arguments.rbegin(); argument != arguments.rend(); ++argument) {
-        reversed.push_back(ToUtf8(*argument));
+        reversed.push_back(ToSystemBytes(*argument));
     }
     const auto command = [&]() -> std::string {
         const std::vector<CLI::App*> chosen = app.get_subcommands();
@@ -346,7 +346,7 @@ Command ParseArguments(const std::vector<std::wstring>& arguments) {
         app.parse(reversed);
         if (command() == "info") {
             if (infoPath.empty()) Refuse("A file name is empty");
-            return InfoOptions{FromUtf8(infoPath)};
+            return InfoOptions{FromSystemBytes(infoPath)};
         }
         if (command() == "batch") return CheckedBatch(batchTexts);
         return command() == "generate" ? CheckedGenerate(generateTexts) : CheckedConvert(convertTexts);

@@ -1,8 +1,10 @@
+#include <fcntl.h>
 #include <pthread.h>
 #include <signal.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <string>
 #include <thread>
 #include <utility>
@@ -20,19 +22,40 @@ int Descriptor(OutputStream stream) {
 
 }  // namespace
 
-void WriteToStream(OutputStream stream, std::wstring_view text) {
-    const std::string bytes = ToUtf8(text);
+bool WriteToStream(OutputStream stream, std::wstring_view text) {
+    const std::string bytes = ToSystemBytes(text);
     std::size_t written = 0;
     while (written < bytes.size()) {
         const ssize_t n = write(Descriptor(stream), bytes.data() + written, bytes.size() - written);
         if (n < 0 && errno == EINTR) continue;
-        if (n <= 0) return;
+        if (n <= 0) return false;
         written += static_cast<std::size_t>(n);
     }
+    return true;
 }
 
 bool IsTerminal(OutputStream stream) {
     return isatty(Descriptor(stream)) == 1;
+}
+
+void PrepareStreams() {
+    for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        // Opened the wrong way round: reading and writing fail as they should.
+        if (fcntl(descriptor, F_GETFD) < 0) {
+            open("/dev/null", descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+        }
+    }
+    for (const int signal : {SIGPIPE, SIGXFSZ}) std::signal(signal, SIG_IGN);
+}
+
+void OnAbort(void (*aborted)()) {
+    static void (*handler)() = nullptr;
+    handler = aborted;
+    std::signal(SIGABRT, [](int) {
+        // Once: it may abort itself.
+        std::signal(SIGABRT, SIG_DFL);
+        handler();
+    });
 }
 
 void OnInterrupt(std::function<void()> interrupted) {

@@ -5,6 +5,7 @@
 
 namespace skyvault {
 
-void WriteToStream(OutputStream stream, std::wstring_view text);
+/// False when not all was written.
+bool WriteToStream(OutputStream stream, std::wstring_view text);
 
 }  // namespace skyvault

@@ -27,7 +27,7 @@ BOOL WINAPI ConsoleControl(DWORD) {
 
 }  // namespace
 
-void WriteToStream(OutputStream stream, std::wstring_view text) {
+bool WriteToStream(OutputStream stream, std::wstring_view text) {
     const HANDLE handle = Handle(stream);
     DWORD written = 0;
     if (IsTerminal(stream)) {
@@ -35,22 +35,27 @@ void WriteToStream(OutputStream stream, std::wstring_view text) {
         constexpr std::size_t kMost = 8192;
         for (; !text.empty(); text.remove_prefix(std::min(kMost, text.size()))) {
             const DWORD count = static_cast<DWORD>(std::min(kMost, text.size()));
-            if (!WriteConsoleW(handle, text.data(), count, &written, nullptr)) return;
+            if (!WriteConsoleW(handle, text.data(), count, &written, nullptr)) return false;
         }
-        return;
+        return true;
     }
     std::string bytes = ToUtf8(text);
     while (!bytes.empty()) {
         const DWORD count = static_cast<DWORD>(std::min<std::size_t>(bytes.size(), 1u << 20));
-        if (!WriteFile(handle, bytes.data(), count, &written, nullptr) || written == 0) return;
+        if (!WriteFile(handle, bytes.data(), count, &written, nullptr) || written == 0) return false;
         bytes.erase(0, written);
     }
+    return true;
 }
 
 bool IsTerminal(OutputStream stream) {
     DWORD mode = 0;
     return GetConsoleMode(Handle(stream), &mode) != 0;
 }
+
+void PrepareStreams() {}
+
+void OnAbort(void (*)()) {}
 
 void OnInterrupt(std::function<void()> interrupted) {
     InterruptHandler() = std::move(interrupted);

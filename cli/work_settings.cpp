@@ -8,10 +8,11 @@ namespace skyvault {
 
 bool LoadWorkSettings(const WorkOptions& options, AppState& settings) {
     settings = AppState{};
-    settings.logo = JoinPath(JoinPath(JoinPath(ProgramFolder(), L"Media"), L"Skins"), L"Logo.png");
+    settings.logo = DefaultLogo(ProgramFolder());
     if (!options.settingsFile.empty()) {
         LoadSettings(settings, options.settingsFile, {});
         if (!settings.settingsLoaded) return false;
+        FollowOwnLogo(settings, ProgramFolder());
     }
     for (const auto& [setting, value] : options.settings) SetFromText(settings, *setting, value);
     return true;
