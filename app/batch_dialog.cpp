@@ -95,9 +95,7 @@ class DialogObserver final : public BatchObserver {
     }
     void OnEnd(const BatchItem& item, BatchEnd end, const ConversionResult& result) override {
         if (end == BatchEnd::Failed) Note(item, LineOf(result.outcome));
-        for (const CubeFace face : result.missingFaces) {
-            Note(item, L"Could not open " + Quoted(item.sources[static_cast<std::size_t>(face)]));
-        }
+        for (const std::wstring& trouble : result.faceTroubles) Note(item, trouble);
     }
 
     /// A line for each of the first failures, and how many more there are.
@@ -113,7 +111,7 @@ class DialogObserver final : public BatchObserver {
     void Note(const BatchItem& item, const std::wstring& reason) {
         if (failures_++ >= kMostNamed) return;
         const std::wstring& source = item.sources.front();
-        const bool named = reason.find(source) != std::wstring::npos;
+        const bool named = reason.find(Printable(source)) != std::wstring::npos;
         lines_ += L"\n" + (named ? reason : Quoted(source) + L": " + reason);
     }
 

@@ -64,13 +64,6 @@ bool ShowSaveDialog(OPENFILENAMEW& dialog) {
     return FindSystemFunction(show, L"comdlg32.dll", "GetSaveFileNameW") && show(&dialog);
 }
 
-bool MayReplace(HWND owner, const std::wstring& path) {
-    const std::wstring question =
-        std::wstring(FileNamePart(path)) + L" already exists.\nDo you want to replace it?";
-    return MessageBoxW(owner, question.c_str(), kProgramName, MB_YESNO | MB_ICONWARNING | MB_DEFBUTTON2) ==
-           IDYES;
-}
-
 }  // namespace
 
 bool IsWellFormedPatternList(std::wstring_view patterns) {
@@ -138,7 +131,7 @@ bool FileDialogs::BuildFilters() {
 }
 
 std::wstring FileDialogs::Ask(HWND owner, const std::wstring& startPath, FileDialogKind kind,
-                              const std::wstring& title, AppState& settings) const {
+                              const std::wstring& title, AppState& settings, const AcceptPath& accept) const {
     const auto number = static_cast<std::size_t>(kind);
     if (number >= std::size(kDialogs)) {
         ShowMessage(L"ERROR: unknown path type", true);
@@ -149,9 +142,9 @@ std::wstring FileDialogs::Ask(HWND owner, const std::wstring& startPath, FileDia
     const std::wstring filter = row.name != nullptr ? SingleFilter(row.name, row.pattern)
                                 : pictureSave       ? PictureSaveFilter()
                                                     : pictureOpenFilter_;
-    // A full stop anywhere makes it the path of a file.
-    const std::wstring folder =
-        startPath.find(L'.') == std::wstring::npos ? startPath : std::wstring(FolderPart(startPath));
+    // A full stop anywhere makes it the path of a file, unless it is a folder that is there.
+    const bool isFolder = startPath.find(L'.') == std::wstring::npos || FolderExists(startPath);
+    const std::wstring folder = isFolder ? startPath : std::wstring(FolderPart(startPath));
     std::vector<wchar_t> path(kPathRoom, L'\0');
 
     OPENFILENAMEW dialog{};
@@ -169,15 +162,15 @@ std::wstring FileDialogs::Ask(HWND owner, const std::wstring& startPath, FileDia
         dialog.Flags |= OFN_FILEMUSTEXIST;
         return ShowOpenDialog(dialog) ? path.data() : std::wstring();
     }
-    // The dialog would ask about replacing the name as typed, without the extension it gets afterwards:
-    // the question is put here, and No returns to the dialog with the name still in it.
+    // The dialog itself would ask about replacing the name as typed, which is not always a file that is
+    // written. What is not accepted returns to the dialog with the name still in it.
     while (ShowSaveDialog(dialog)) {
         if (pictureSave)
             settings.filterIndex = CheckedFilterIndex(static_cast<std::int32_t>(dialog.nFilterIndex));
         const std::wstring chosen =
             GiveExtension(path.data(), pictureSave ? PictureSaveExtension(settings.filterIndex)
                                                    : std::wstring_view(row.givenExtension));
-        if (!FileExists(chosen) || MayReplace(owner, chosen)) return chosen;
+        if (accept == nullptr || accept(chosen)) return chosen;
     }
     return {};
 }

@@ -22,7 +22,7 @@ class FileDialogs {
 
     /// As Host::AskForFile.
     std::wstring Ask(HWND owner, const std::wstring& startPath, FileDialogKind kind,
-                     const std::wstring& title, AppState& settings) const;
+                     const std::wstring& title, AppState& settings, const AcceptPath& accept = {}) const;
 
   private:
     std::wstring pictureOpenFilter_;

@@ -7,9 +7,11 @@
 
 #include "app/menu_commands.h"
 #include "app/window_helpers.h"
+#include "platform/files.h"
 #include "resources/resource_ids.h"
 #include "session/commands.h"
 #include "session/drop_files.h"
+#include "settings/settings_file.h"
 
 namespace skyvault {
 namespace {
@@ -113,6 +115,11 @@ LRESULT MainWindow::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
         case WM_CLOSE:
             if (busy_) return 0;
             break;
+        case WM_ENDSESSION:
+            // The process may be ended as soon as this returns. There is nobody left to tell of a failure.
+            if (wParam != 0)
+                static_cast<void>(SaveSettings(session_.settings, SettingsPath(ProgramFolder())));
+            return 0;
         case WM_MOVE:
             StoreRect();
             return 0;

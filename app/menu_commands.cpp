@@ -58,9 +58,10 @@ void RunMenuCommand(HWND window, HINSTANCE instance, Session& session, const Fil
             OpenHelpPage(window, HelpPage::Community);
             break;
         case IDM_OPTIONS:
-            if (ShowOptionsDialog(instance, window, session.settings, fileDialogs) == IDOK)
-                ApplyOptions(session);
-            // "Reset all" also sets what has check marks in the menu, and stands after Cancel too.
+            ShowOptionsDialog(instance, window, session.settings, fileDialogs);
+            // Also after Cancel: "Reset all" and a chosen colour stand, and the former sets what has check
+            // marks.
+            ApplyOptions(session);
             session.host.UpdateMenuChecks();
             break;
         case IDM_BATCH:

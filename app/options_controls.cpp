@@ -156,10 +156,11 @@ struct Read {
     }
     void operator()(const PathEdit& edit) const { settings.*edit.field = Text(); }
     void operator()(const IntegerEdit& edit) const { settings.*edit.field = ParseInteger(Text()); }
-    void operator()(const TruncatedEdit& edit) const { settings.*edit.field = ParseTruncated(Text()); }
-    void operator()(const NumberEdit& edit) const { settings.*edit.field = ParseFloat(Text()); }
+    void operator()(const TruncatedEdit& edit) const { settings.*edit.field = ParseTruncated(Number()); }
+    void operator()(const NumberEdit& edit) const { settings.*edit.field = ParseFloat(Number()); }
 
     std::wstring Text() const { return TextOfControl(dialog, id); }
+    std::wstring Number() const { return WithDecimalPoint(Text()); }
 };
 
 /// Larger pictures are read at this size: several times that of the preview, which averages them down.

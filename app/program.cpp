@@ -54,12 +54,13 @@ int Run(HINSTANCE instance, int showCommand) {
     // The progress box paints itself while a long command runs; without this the system would lay a
     // picture of the window as "not responding" over it after five seconds.
     DisableProcessWindowsGhosting();
-    const INITCOMMONCONTROLSEX controls{sizeof controls, ICC_STANDARD_CLASSES | ICC_PROGRESS_CLASS};
+    const INITCOMMONCONTROLSEX controls{sizeof controls, ICC_STANDARD_CLASSES | ICC_PROGRESS_CLASS | ICC_BAR_CLASSES};
     InitCommonControlsEx(&controls);
 
     const MainWindowClass windowClass(instance);
     AppState settings = DefaultSettingsOfScreen();
     LoadSettings(settings, SettingsPath(ProgramFolder()), VirtualScreen());
+    FollowOwnLogo(settings, ProgramFolder());
 
     WindowHost host(settings);
     Session session{settings, host};

@@ -73,12 +73,14 @@ Image ReducedToFit(const Image& picture, float width, float height) {
 
 PicturePlace FitPicture(const ClientSize& client, std::uint32_t pictureWidth, std::uint32_t pictureHeight) {
     if (client.width <= 0 || client.height <= 0 || pictureWidth == 0 || pictureHeight == 0) return {};
-    const auto width = static_cast<float>(pictureWidth), height = static_cast<float>(pictureHeight);
-    const float scale =
-        std::min(static_cast<float>(client.width) / width, static_cast<float>(client.height) / height);
+    // In whole numbers: the side that limits is the client area's to the pixel.
+    const std::int64_t width = client.width, height = client.height;
+    const bool widthLimits = width * pictureHeight <= height * pictureWidth;
     PicturePlace place;
-    place.width = static_cast<std::int32_t>(width * scale);
-    place.height = static_cast<std::int32_t>(height * scale);
+    place.width =
+        widthLimits ? client.width : static_cast<std::int32_t>(height * pictureWidth / pictureHeight);
+    place.height =
+        widthLimits ? static_cast<std::int32_t>(width * pictureHeight / pictureWidth) : client.height;
     place.left = (client.width - place.width) / 2;
     place.top = (client.height - place.height) / 2;
     return place;

@@ -39,6 +39,7 @@ bool WindowHost::CanShow() const {
 }
 
 bool WindowHost::Show(const Image& picture) {
+    if (!picture.IsValid() && window_ != nullptr) InvalidateRect(window_, nullptr, TRUE);
     // A device that is lost again straight away is left alone until the next paint.
     for (int attempt = 0; attempt < 2 && CanShow(); ++attempt) {
         const DrawResult result =
@@ -50,11 +51,16 @@ bool WindowHost::Show(const Image& picture) {
 }
 
 std::wstring WindowHost::AskForFile(FileDialogKind kind, const std::wstring& startPath,
-                                    const std::wstring& title) {
-    std::wstring path = dialogs_.Ask(window_, startPath, kind, title, settings_);
+                                    const std::wstring& title, const AcceptPath& accept) {
+    std::wstring path = dialogs_.Ask(window_, startPath, kind, title, settings_, accept);
     // What the dialog covered is painted now: a long command may follow, which lets no messages in.
     if (window_ != nullptr) UpdateWindow(window_);
     return path;
+}
+
+bool WindowHost::Confirm(const std::wstring& question) {
+    return MessageBoxW(window_, question.c_str(), kProgramName, MB_YESNO | MB_ICONWARNING | MB_DEFBUTTON2) ==
+           IDYES;
 }
 
 StepSize WindowHost::ModifierKeys() const {

@@ -43,8 +43,9 @@ class WindowHost final : public Host {
     ClientSize Size() const override;
     bool Show(const Image& picture) override;
 
-    std::wstring AskForFile(FileDialogKind kind, const std::wstring& startPath,
-                            const std::wstring& title) override;
+    std::wstring AskForFile(FileDialogKind kind, const std::wstring& startPath, const std::wstring& title,
+                            const AcceptPath& accept) override;
+    bool Confirm(const std::wstring& question) override;
     StepSize ModifierKeys() const override;
     void SetTitle(const std::wstring& title) override;
     void UpdateMenuChecks() override;

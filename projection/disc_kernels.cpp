@@ -55,13 +55,13 @@ static int SphereMapDirections(const SquareSpan& span, int n, DirectionBlock& bl
         }
         return count;
     }
-    // Just inside the rim of an odd size the root may be of a negative number, and the direction is none.
+    // Just inside the rim of an odd size n² may come out a hair below zero: the rim itself.
     const double vv4 = 4.0 * v * v, v4 = 4.0 * v;
     for (int i = 0; i < n; ++i) {
         const double u = static_cast<double>(first + i) / size;
         const double a = 4.0 * u - 4.0 * u * u;
         const float nn = static_cast<float>(a - 1.0 - vv4 + v4);
-        const double twice = static_cast<double>(2.0f * SquareRoot(nn));
+        const double twice = static_cast<double>(2.0f * SquareRoot(nn > 0.0f ? nn : 0.0f));
         bx[i] = static_cast<float>((2.0 * u - 1.0) * twice);
         by[i] = static_cast<float>(y * twice);
         bz[i] = static_cast<float>(2.0 * a - 2.0 * vv4 + 2.0 * v4 - 3.0);
@@ -85,7 +85,8 @@ static int MirrorBallDirections(const SquareSpan& span, int n, DirectionBlock& b
         const float xx = x * x;
         bx[i] = x;
         by[i] = y;
-        bz[i] = SquareRoot(1.0f - xx - yy);
+        const float depth = 1.0f - xx - yy;
+        bz[i] = SquareRoot(depth > 0.0f ? depth : 0.0f);  // the rim may come out a hair below zero
         const int within = xx + yy <= 1.0f ? 1 : 0;
         inside[i] = static_cast<std::uint8_t>(within);
         count += within;

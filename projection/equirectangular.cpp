@@ -101,7 +101,9 @@ Outcome ImportEquirectangular(const ImportRequest& request, Feedback&, Panorama&
     Outcome loaded = LoadLayoutPicture(request, panorama.equirectSource);
     if (!loaded.IsDone()) return loaded;
     panorama.faceSize = static_cast<std::uint32_t>(static_cast<float>(panorama.equirectSource.width) * 0.25f);
-    return {};
+    if (panorama.faceSize > 0) return {};
+    panorama.equirectSource.Clear();
+    return Failure(Reason::TooNarrow);
 }
 
 Outcome RenderEquirectangular(const Panorama& panorama, const ExportRequest& request, Feedback& feedback,

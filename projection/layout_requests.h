@@ -52,6 +52,9 @@ struct ExportRequest {
 using LayoutExport = Outcome (*)(const Panorama& panorama, const ExportRequest& request, Feedback& feedback,
                                  Image& result);
 
+/// The files that an export to the path writes.
+using LayoutFiles = std::vector<std::wstring> (*)(const std::wstring& path, const ExportSettings& settings);
+
 /// The pixel format of what the request asks for: for a view Rgba8 with "Transparency", else Rgb8; for a file
 /// the panorama's own. Fails with NothingToShow for an empty panorama or a view without room, with
 /// NoFrontFace where a file would have no format.

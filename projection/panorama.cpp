@@ -21,8 +21,10 @@ PixelFormat SourceFormat(const Panorama& panorama) {
 Outcome LoadLogo(Panorama& panorama, const ExportSettings& settings) {
     if (settings.logo.empty()) panorama.logoPicture.Clear();
     const bool wanted = panorama.modifications.logoSize != 0.0f && !settings.logo.empty();
-    if (!wanted || panorama.logoPicture.IsValid()) return {};
-    return LoadPicture(settings.logo, panorama.logoPicture);
+    if (!wanted || panorama.logoPicture.IsValid() || panorama.missingLogo == settings.logo) return {};
+    Outcome loaded = LoadPicture(settings.logo, panorama.logoPicture);
+    panorama.missingLogo = loaded.IsDone() ? std::wstring() : settings.logo;
+    return loaded;
 }
 
 Color8 EmptyColour(const ExportSettings& settings) {

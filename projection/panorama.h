@@ -18,10 +18,11 @@ struct Panorama {
 
     std::wstring path;  ///< the first source path, for the window title
     std::uint32_t faceSize = 0;
-    CubeFaces faces;       ///< all of one size and format, or some of them invalid
-    Image equirectSource;  ///< when valid, every sample reads it and never the faces
-    Image logoPicture;     ///< what the logo disc shows; invalid: one colour (LoadLogo)
-    Image resultPicture;   ///< the last layout built, for a file or for the window
+    CubeFaces faces;           ///< all of one size and format, or some of them invalid
+    Image equirectSource;      ///< when valid, every sample reads it and never the faces
+    Image logoPicture;         ///< what the logo disc shows; invalid: one colour (LoadLogo)
+    std::wstring missingLogo;  ///< the logo's path when it could not be read
+    Image resultPicture;       ///< the last layout built, for a file or for the window
     Modifications modifications;
 };
 
@@ -29,7 +30,8 @@ struct Panorama {
 PixelFormat SourceFormat(const Panorama& panorama);
 
 /// Sees to it that logoPicture is what the settings name before something is rendered: loaded once, while the
-/// panorama has a logo disc. CannotOpen when the file cannot be read; the disc is then of one colour.
+/// panorama has a logo disc. CannotOpen when the file cannot be read; the disc is then of one colour. That is
+/// tried, and told, once for a path.
 Outcome LoadLogo(Panorama& panorama, const ExportSettings& settings);
 
 /// What an export shows where the panorama is not, and a logo disc without a picture: the background colour,

@@ -25,8 +25,9 @@ struct PlacedFace {
     FaceTurn turn = FaceTurn::Upright;
 };
 
-/// Six faces of one size, none over another. Every square shows the pixels of the panorama's own grid of
-/// faceSize, so that what was imported comes out again pixel by pixel.
+/// Six faces of one size, none over another. Every square shows pixels of the panorama's own grid of
+/// faceSize, none averaged; their directions do not all meet the pixel they came from, so that of faces written at
+/// their own size three quarters of the pixels move by one.
 class PlacedFaces {
   public:
     std::array<PlacedFace, kFaceCount> places;

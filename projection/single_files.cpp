@@ -46,6 +46,14 @@ std::wstring SingleFilePath(const std::wstring& path, int namingSystem, CubeFace
     return folder + (GoesBehind(affix) ? stem + affix : affix + stem) + L"." + extension;
 }
 
+std::vector<std::wstring> SingleFilePaths(const std::wstring& path, const ExportSettings& settings) {
+    std::vector<std::wstring> paths;
+    for (int f = 0; f < kFaceCount; ++f) {
+        paths.push_back(SingleFilePath(path, NamingSystemOf(settings), static_cast<CubeFace>(f)));
+    }
+    return paths;
+}
+
 bool NamesFace(std::wstring_view name, int namingSystem, CubeFace face) {
     const std::wstring_view affix = FaceAffix(namingSystem, static_cast<int>(face));
     return !affix.empty() && (GoesBehind(affix) ? name.ends_with(affix) : name.starts_with(affix));

@@ -3,6 +3,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "projection/layout_requests.h"
 
@@ -17,6 +18,9 @@ int NamingSystemOf(const ExportSettings& settings);
 /// The file of one face: the face's affix joined to the chosen path's file name. "C:\out\room.jpg" gives
 /// "C:\out\room_front.jpg", "C:\out\f_room.jpg" or "C:\out\room0.jpg".
 std::wstring SingleFilePath(const std::wstring& path, int namingSystem, CubeFace face);
+
+/// SingleFilePath of all six, by the chosen naming system.
+std::vector<std::wstring> SingleFilePaths(const std::wstring& path, const ExportSettings& settings);
 
 /// Whether the file name (without extension, in lower case) is that of the face's file by the naming system.
 bool NamesFace(std::wstring_view name, int namingSystem, CubeFace face);

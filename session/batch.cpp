@@ -11,6 +11,7 @@
 #include "codecs/picture_codec.h"
 #include "platform/feedback.h"
 #include "platform/files.h"
+#include "platform/output_file.h"
 #include "platform/path_text.h"
 #include "platform/system_text.h"
 #include "projection/single_files.h"
@@ -93,25 +94,20 @@ bool WritesSixFiles(const BatchJob& job) {
     return job.to->sources > 1;
 }
 
+/// A layout's own type, whatever was chosen: a settings file may hold both. A type that only another layout
+/// has and that is no picture becomes png.
+std::wstring ExtensionOf(const BatchJob& job) {
+    if (job.to->ownExtension != nullptr) return job.to->ownExtension;
+    const bool movie = job.extension == FindLayout(PanoramaFormat::QuickTimeVr)->ownExtension;
+    return movie ? kExtensions[kPng] : job.extension;
+}
+
 std::wstring OutputOf(const BatchJob& job, const std::wstring& source) {
     const std::wstring stem = WithoutExtension(FileNamePart(source));
     std::wstring folder = job.destinationFolder;
     if (WritesSixFiles(job) && job.subfolders) folder = JoinPath(folder, stem);
     const std::wstring prefix = job.to->exportPrefix != nullptr ? LowerCase(job.to->exportPrefix) : L"";
-    const bool movie = job.to->format == PanoramaFormat::QuickTimeVr;
-    const std::wstring extension = movie ? job.to->ownExtension : job.extension;
-    return JoinPath(folder, prefix + stem + L"." + extension);
-}
-
-/// The files that will be there when the panorama has been written.
-std::vector<std::wstring> ResultsOf(const BatchJob& job, const std::wstring& output, int namingSystem) {
-    if (!WritesSixFiles(job)) return {output};
-    std::vector<std::wstring> files;
-    files.reserve(kFaceCount);
-    for (int f = 0; f < kFaceCount; ++f) {
-        files.push_back(SingleFilePath(output, namingSystem, static_cast<CubeFace>(f)));
-    }
-    return files;
+    return JoinPath(folder, prefix + stem + L"." + ExtensionOf(job));
 }
 
 void SortBySource(std::vector<BatchItem>& items) {
@@ -179,7 +175,8 @@ ConversionResult ConvertItem(const BatchJob& job, const BatchItem& item, const A
     if (!result.outcome.IsDone()) return result;
     const std::wstring folder(FolderPart(item.output));
     const bool isNew = !FolderExists(folder);
-    if (isNew && !CreateFolder(folder)) {
+    if (!isNew && folder != job.destinationFolder) RemoveAbandonedOutputs(folder);
+    if (isNew && !MakeOneFolder(folder)) {
         result.outcome = Failure(Reason::CannotCreateFolder, folder);
         return result;
     }
@@ -236,7 +233,7 @@ BatchPlan PlanBatch(const BatchJob& job, const ExportSettings& settings) {
     BatchPlan plan;
     for (std::vector<std::wstring>& sources : FindSources(job, namingSystem)) {
         std::wstring output = OutputOf(job, sources.front());
-        std::vector<std::wstring> results = ResultsOf(job, output, namingSystem);
+        std::vector<std::wstring> results = FilesOfExport(*job.to, output, settings);
         plan.items.push_back({std::move(sources), std::move(output), std::move(results)});
     }
     if (plan.items.empty()) plan.obstacle = Failure(Reason::NoSourceFiles, job.sourceFolder);
@@ -253,10 +250,11 @@ std::wstring TextOfCounts(const BatchCounts& counts) {
 BatchCounts RunBatch(const BatchJob& job, const std::vector<BatchItem>& items, bool skipExisting,
                      const AppState& settings, BatchObserver& observer) {
     BatchCounts counts;
+    RemoveAbandonedOutputs(job.destinationFolder);
     for (std::size_t i = 0; i < items.size(); ++i) {
         const BatchItem& item = items[i];
         if (!observer.OnBegin(item, i, items.size())) break;
-        if (skipExisting && HasResults(item)) {
+        if (skipExisting && item.obstacle.IsDone() && HasResults(item)) {
             ++counts.skipped;
             observer.OnEnd(item, BatchEnd::Skipped, {});
             continue;

@@ -42,7 +42,7 @@ void ScalePreviewFov(Session& session, float factor);
 void ToggleCrosshair(Session& session);
 void ToggleMagnifyingGlass(Session& session);
 
-/// After the options dialog was closed with OK: the logo is read anew when next needed.
+/// After the options dialog: the logo is read anew when next needed.
 void ApplyOptions(Session& session);
 
 /// Builds the current view anew and sets the title. Does nothing without a panorama or while nothing can be

@@ -3,6 +3,7 @@
 #include "codecs/dds_cube_map.h"
 #include "codecs/picture_files.h"
 #include "platform/path_text.h"
+#include "session/messages.h"
 
 namespace skyvault {
 namespace {
@@ -44,8 +45,8 @@ Outcome ImportPanorama(const LayoutRow& layout, const std::vector<std::wstring>&
 
 Outcome ExportPanorama(const LayoutRow& layout, const std::wstring& path, const Camera& camera,
                        const ExportSettings& settings, Feedback& feedback, Panorama& panorama) {
-    // A logo that cannot be read is a disc of one colour.
-    static_cast<void>(LoadLogo(panorama, settings));
+    Outcome logo = LoadLogo(panorama, settings);
+    if (!logo.IsDone()) return logo;
     const ExportRequest request{
         .format = layout.format, .settings = settings, .camera = camera, .path = path};
     if (layout.write != nullptr) {
@@ -58,7 +59,6 @@ Outcome ExportPanorama(const LayoutRow& layout, const std::wstring& path, const 
 
 Outcome RenderView(const LayoutRow& layout, const ClientSize& client, const Camera& camera,
                    const ExportSettings& settings, Feedback& feedback, Panorama& panorama) {
-    static_cast<void>(LoadLogo(panorama, settings));
     return layout.render(
         panorama,
         {.format = layout.format, .settings = settings, .camera = camera, .path = {}, .client = client},
@@ -70,9 +70,7 @@ ConversionResult ConvertPanorama(const Conversion& conversion, const AppState& s
     Panorama panorama;
     result.outcome = ImportPanorama(*conversion.from, conversion.sources, settings, feedback, panorama);
     if (!result.outcome.IsDone()) return result;
-    for (std::size_t f = 0; conversion.from->sources > 1 && f < panorama.faces.size(); ++f) {
-        if (!panorama.faces[f].IsValid()) result.missingFaces.push_back(static_cast<CubeFace>(f));
-    }
+    if (conversion.from->sources > 1) result.faceTroubles = FaceTroubles(panorama, conversion.sources);
     panorama.modifications = conversion.modifications;
     result.outcome =
         ExportPanorama(*conversion.to, conversion.output, conversion.camera, settings, feedback, panorama);

@@ -16,11 +16,13 @@ Outcome ImportPanorama(const LayoutRow& layout, const std::vector<std::wstring>&
                        const AppState& settings, Feedback& feedback, Panorama& panorama);
 
 /// Writes the panorama in a layout. The outcome describes what was written; resultPicture is what was
-/// rendered.
+/// rendered. A logo that cannot be read is a failure the first time; an export after it shows the disc
+/// without.
 Outcome ExportPanorama(const LayoutRow& layout, const std::wstring& path, const Camera& camera,
                        const ExportSettings& settings, Feedback& feedback, Panorama& panorama);
 
-/// Renders a view of the panorama into its resultPicture, as large as the client area has room for.
+/// Renders a view of the panorama into its resultPicture, as large as the client area has room for. The logo
+/// is to be there already (LoadLogo).
 Outcome RenderView(const LayoutRow& layout, const ClientSize& client, const Camera& camera,
                    const ExportSettings& settings, Feedback& feedback, Panorama& panorama);
 
@@ -36,8 +38,7 @@ struct Conversion {
 
 struct ConversionResult {
     Outcome outcome;
-    /// Single files that were named and could not be read; their faces are white.
-    std::vector<CubeFace> missingFaces;
+    std::vector<std::wstring> faceTroubles;  ///< of single files (FaceTroubles)
 };
 
 /// Reads and writes; a failure of either ends it, and so does a generator's picture that cannot be read.

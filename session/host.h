@@ -1,6 +1,7 @@
 // What the commands ask of the program they run in: the window, the console's silence, or a test.
 #pragma once
 
+#include <functional>
 #include <string>
 
 #include "image/image.h"
@@ -25,15 +26,21 @@ constexpr StepSize StepSizeOfKeys(bool controlHeld, bool shiftHeld) {
     return controlHeld ? StepSize::Fine : shiftHeld ? StepSize::Coarse : StepSize::Plain;
 }
 
+using AcceptPath = std::function<bool(const std::wstring& path)>;
+
 class Host : public Feedback {
   public:
     /// A message box for what failed.
     virtual void Error(const std::wstring& text) = 0;
 
     /// The chosen path, or empty when cancelled. startPath may name a file or a folder. A save kind gives
-    /// the path its extension; SavePicture also updates settings.filterIndex.
+    /// the path its extension; SavePicture also updates settings.filterIndex. A path that is not accepted is
+    /// asked for again, the dialog still open; without `accept` all are.
     virtual std::wstring AskForFile(FileDialogKind kind, const std::wstring& startPath,
-                                    const std::wstring& title) = 0;
+                                    const std::wstring& title, const AcceptPath& accept = {}) = 0;
+
+    /// A question whose answers are yes and no; true for yes.
+    virtual bool Confirm(const std::wstring& question) = 0;
 
     /// The modifier keys at this moment (StepSizeOfKeys).
     virtual StepSize ModifierKeys() const = 0;
@@ -48,7 +55,8 @@ class Host : public Feedback {
     virtual ClientSize Size() const = 0;
     /// A window exists and its client area is not empty.
     virtual bool CanShow() const = 0;
-    /// Presents the picture, fitted and centred; false when it cannot be drawn.
+    /// Presents the picture, fitted and centred; an invalid one leaves nothing on show. False when it cannot
+    /// be drawn.
     virtual bool Show(const Image& picture) = 0;
 };
 

@@ -45,11 +45,16 @@ void ImportFiles(Session& session, const std::vector<std::wstring>& paths, const
         const ProgressScope progress(session.host);
         imported = ImportPanorama(layout, paths, session.settings, session.host, *session.panorama);
     }
-    const std::wstring message = MessageOf(imported);
-    if (!message.empty()) session.host.Error(message);
     // A new panorama starts without mirrors.
     session.host.UpdateMenuChecks();
     Refresh(session);
+    std::wstring message = MessageOf(imported);
+    if (imported.IsDone() && layout.sources > 1) {
+        for (const std::wstring& trouble : FaceTroubles(*session.panorama, paths)) {
+            message += (message.empty() ? L"" : L"\n") + trouble;
+        }
+    }
+    if (!message.empty()) session.host.Error(message);
 }
 
 void ImportCommand(Session& session, const LayoutRow& layout) {

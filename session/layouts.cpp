@@ -114,7 +114,8 @@ constexpr std::array kLayouts = {
               .sources = kFaceCount,
               .import = ImportSingleFiles,
               .render = RenderLabelledFaces,
-              .write = ExportSingleFiles},
+              .write = ExportSingleFiles,
+              .files = SingleFilePaths},
     LayoutRow{.format = PanoramaFormat::SphereMap,
               .name = L"Sphere map",
               .consoleName = "sphere-map",
@@ -177,7 +178,8 @@ constexpr std::array kLayouts = {
               .name = L"HTML",
               .consoleName = "html",
               .exportCommand = IDM_EXPORT_HTML,
-              .write = ExportWebPage},
+              .write = ExportWebPage,
+              .files = WebPagePaths},
 
     LayoutRow{.format = PanoramaFormat::Voronoi,
               .kind = LayoutKind::Generator,
@@ -297,6 +299,11 @@ const LayoutRow* LayoutOfFunctionKey(int key) {
 
 const LayoutRow* LayoutOfConsoleName(std::string_view name) {
     return FindRow([&](const LayoutRow& row) { return row.consoleName == name; });
+}
+
+std::vector<std::wstring> FilesOfExport(const LayoutRow& layout, const std::wstring& path,
+                                        const ExportSettings& settings) {
+    return layout.files != nullptr ? layout.files(path, settings) : std::vector{path};
 }
 
 std::wstring WithExportPrefix(const LayoutRow& layout, const std::wstring& path) {

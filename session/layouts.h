@@ -7,6 +7,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "projection/layout_requests.h"
 #include "session/host.h"
@@ -40,6 +41,7 @@ struct LayoutRow {
     LayoutImport import = nullptr;          ///< in every row that has an importCommand
     LayoutExport render = nullptr;          ///< a picture: for views, and for files where `write` is null
     LayoutExport write = nullptr;           ///< layouts that are more than a picture write their files
+    LayoutFiles files = nullptr;  ///< of layouts that write other files than the path; FilesOfExport
 };
 
 std::span<const LayoutRow> Layouts();
@@ -51,6 +53,11 @@ const LayoutRow* LayoutOfExportCommand(std::uint16_t id);
 const LayoutRow* LayoutOfViewCommand(std::uint16_t id);
 const LayoutRow* LayoutOfFunctionKey(int key);
 const LayoutRow* LayoutOfConsoleName(std::string_view name);
+
+/// The files an export to the path writes and a user could have written too: six for single files, the
+/// picture and its page for a web page (unless the page there is one of ours), else the path itself.
+std::vector<std::wstring> FilesOfExport(const LayoutRow& layout, const std::wstring& path,
+                                        const ExportSettings& settings);
 
 /// The path with the layout's prefix before its file name, unless the path holds the prefix already:
 /// anywhere, folders included, in upper or lower case.

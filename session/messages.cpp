@@ -3,6 +3,35 @@
 #include "platform/path_text.h"
 
 namespace skyvault {
+namespace {
+
+const wchar_t* TextOf(Cause cause) {
+    switch (cause) {
+        case Cause::Unknown:
+            return L"";
+        case Cause::NoFolder:
+            return L": there is no such folder";
+        case Cause::IsFolder:
+            return L": it is a folder";
+        case Cause::NotAPlainFile:
+            return L": it is a pipe, a device or a link that leads nowhere";
+        case Cause::ReadOnlyFile:
+            return L": the file is write-protected";
+        case Cause::NoPermission:
+            return L": writing into the folder is not allowed";
+        case Cause::ReadOnlySystem:
+            return L": the disk is write-protected";
+        case Cause::NameTooLong:
+            return L": the name is too long";
+        case Cause::DiskFull:
+            return L": the disk is full";
+        case Cause::FileTooLarge:
+            return L": the file is larger than is allowed";
+    }
+    return L"";
+}
+
+}  // namespace
 
 std::wstring MessageOf(const Outcome& outcome) {
     const std::wstring file = Quoted(outcome.file);
@@ -14,15 +43,24 @@ std::wstring MessageOf(const Outcome& outcome) {
             return L"Out of memory";
         case Reason::CannotOpen:
             return L"Could not open " + file;
+        case Reason::LibraryFailed:
+            return L"Could not open " + file + L": a picture library broke down on it";
         case Reason::CannotWrite:
+        case Reason::PageIncomplete:
         case Reason::NothingToShow:
-            return L"Could not write " + file;
+            return L"Could not write " + file + TextOf(outcome.cause);
+        case Reason::NoScratchFolder:
+            return L"Could not make a folder for temporary files";
+        case Reason::TooNarrow:
+            return file + L" is too narrow for a panorama: its faces would be empty";
         case Reason::NotACubicMovie:
             return L"This is not a cubic VR movie";
         case Reason::NoFrontFace:
             return L"Could not write " + file + L": there is no front face, which decides the pixel format";
         case Reason::ReplacesSource:
             return L"Could not write " + file + L": it is one of the source files";
+        case Reason::ReplacesOtherFile:
+            return L"Could not write " + file + L": it is there already, and not one of this program's pages";
         case Reason::SharesResult:
             return file + L" has the same result as " + Quoted(outcome.otherFile);
         case Reason::CannotCreateFolder:
@@ -41,11 +79,31 @@ std::wstring MessageOf(const Outcome& outcome) {
     return {};
 }
 
+std::vector<std::wstring> FaceTroubles(const Panorama& panorama, const std::vector<std::wstring>& paths) {
+    constexpr const wchar_t* kNames[kFaceCount] = {L"front", L"right", L"back", L"left", L"top", L"bottom"};
+    const auto sizeText = [](std::uint32_t width, std::uint32_t height) {
+        return std::to_wstring(width) + L" x " + std::to_wstring(height);
+    };
+    std::vector<std::wstring> lines;
+    for (std::size_t f = 0; f < panorama.faces.size() && f < paths.size(); ++f) {
+        const Image& face = panorama.faces[f];
+        const std::uint32_t size = panorama.faceSize;
+        if (paths[f].empty()) continue;
+        if (!face.IsValid()) {
+            lines.push_back(L"Could not open " + Quoted(paths[f]) + L"; there is no " + kNames[f] + L" face");
+        } else if (face.width != size || face.height != size) {
+            lines.push_back(L"The " + std::wstring(kNames[f]) + L" face " + Quoted(paths[f]) + L" is " +
+                            sizeText(face.width, face.height) + L", not " + sizeText(size, size));
+        }
+    }
+    return lines;
+}
+
 std::wstring LineOf(const Outcome& outcome) {
     if (outcome.IsDone()) return {};
     if (outcome.reason == Reason::PictureMissing) return L"Could not open " + Quoted(outcome.file);
     const std::wstring message = MessageOf(outcome);
-    const bool named = outcome.file.empty() || message.find(outcome.file) != std::wstring::npos;
+    const bool named = outcome.file.empty() || message.find(Printable(outcome.file)) != std::wstring::npos;
     return named ? message : message + L": " + Quoted(outcome.file);
 }
 

@@ -2,8 +2,10 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "platform/outcome.h"
+#include "projection/panorama.h"
 
 namespace skyvault {
 
@@ -12,5 +14,9 @@ std::wstring MessageOf(const Outcome& outcome);
 
 /// One line that names the file, for programs that work on several.
 std::wstring LineOf(const Outcome& outcome);
+
+/// What is to be said of six single files that made a panorama all the same, a line each: named faces that
+/// could not be read, and faces that are no squares of the panorama's face size.
+std::vector<std::wstring> FaceTroubles(const Panorama& panorama, const std::vector<std::wstring>& paths);
 
 }  // namespace skyvault

@@ -62,6 +62,7 @@ void ToggleMagnifyingGlass(Session& session) {
 void ApplyOptions(Session& session) {
     if (session.panorama == nullptr) return;
     session.panorama->logoPicture.Clear();
+    session.panorama->missingLogo.clear();
     Refresh(session);
 }
 
@@ -69,10 +70,14 @@ void Refresh(Session& session) {
     if (session.panorama == nullptr || !session.host.CanShow()) return;
     if (const LayoutRow* layout = CurrentView(session)) {
         Panorama& panorama = *session.panorama;
+        const Outcome logo = LoadLogo(panorama, session.settings);
         const Outcome rendered = RenderView(*layout, session.host.Size(), session.previewCamera,
                                             session.settings, session.host, panorama);
-        if (rendered.IsDone()) session.host.Show(panorama.resultPicture);
+        // An empty panorama is shown too: the picture before it is no longer there.
+        if (rendered.IsDone() || panorama.IsEmpty()) session.host.Show(panorama.resultPicture);
         if (rendered.reason == Reason::NoMemory) session.host.Error(MessageOf(rendered));
+        // The disc is there without its picture, so that the size can be seen.
+        if (!logo.IsDone()) session.host.Error(MessageOf(logo));
     }
     std::wstring title = WindowTitle(session);
     if (title == session.title) return;

@@ -5,6 +5,7 @@
 
 #include "platform/files.h"
 #include "platform/path_text.h"
+#include "platform/system_text.h"
 
 namespace skyvault {
 namespace {
@@ -34,12 +35,22 @@ std::int32_t Saturate(std::int64_t value) {
 
 }  // namespace
 
+std::wstring DefaultLogo(const std::wstring& programFolder) {
+    return JoinPath(JoinPath(JoinPath(programFolder, L"Media"), L"Skins"), L"Logo.png");
+}
+
+void FollowOwnLogo(AppState& state, const std::wstring& programFolder) {
+    const std::wstring ending = UpperCase(kPathSeparator + DefaultLogo({}));
+    if (UpperCase(state.logo).ends_with(ending) && !FileExists(state.logo))
+        state.logo = DefaultLogo(programFolder);
+}
+
 AppState DefaultAppState() {
     AppState state;
     const std::wstring media = JoinPath(ProgramFolder(), L"Media");
     state.importPath = JoinPath(media, L"Examples");
     state.exportPath = DocumentsFolder();
-    state.logo = JoinPath(JoinPath(media, L"Skins"), L"Logo.png");
+    state.logo = DefaultLogo(ProgramFolder());
     return state;
 }
 

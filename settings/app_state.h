@@ -68,6 +68,13 @@ struct WindowState {
 
 struct AppState : ExportSettings, GeneratorSettings, WindowState {};
 
+/// Media/Skins/Logo.png beside the program.
+std::wstring DefaultLogo(const std::wstring& programFolder);
+
+/// A program folder that was moved or copied takes its own logo along: a logo of such a folder that is not
+/// there any more becomes this program's.
+void FollowOwnLogo(AppState& state, const std::wstring& programFolder);
+
 /// The defaults with their paths: import from Media/Examples and the logo from Media/Skins beside the
 /// program, export to the user's documents (DocumentsFolder()).
 AppState DefaultAppState();

@@ -101,6 +101,14 @@ float ParseFloat(std::wstring_view text) {
     return value;
 }
 
+std::wstring WithDecimalPoint(std::wstring text) {
+    const std::size_t comma = text.find(L',');
+    const bool single =
+        comma != std::wstring::npos && text.find_first_of(L".,", comma + 1) == std::wstring::npos;
+    if (single && text.find(L'.') == std::wstring::npos) text[comma] = L'.';
+    return text;
+}
+
 std::int32_t ParseTruncated(std::wstring_view text) {
     // A float holds whole numbers of up to 24 bits only.
     std::int32_t whole = 0;

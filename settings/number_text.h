@@ -16,6 +16,9 @@ std::int32_t ParseInteger(std::wstring_view text);
 /// float, and "inf" and "nan" are no numbers.
 float ParseFloat(std::wstring_view text);
 
+/// What somebody types as a number: a single decimal comma is taken for the point ("0,5" is 0.5).
+std::wstring WithDecimalPoint(std::wstring text);
+
 /// ParseFloat without its fraction ("12.9" is 12), saturating; whole numbers keep all their digits.
 std::int32_t ParseTruncated(std::wstring_view text);
 

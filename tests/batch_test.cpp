@@ -67,7 +67,7 @@ struct Listener : BatchObserver {
     std::vector<std::size_t> begun;
     std::vector<BatchEnd> ends;
     Names reasons;
-    std::size_t missingFaces = 0;
+    std::size_t faceTroubles = 0;
     bool OnBegin(const BatchItem&, std::size_t index, std::size_t) override {
         if (index == stopBefore) return false;
         begun.push_back(index);
@@ -76,7 +76,7 @@ struct Listener : BatchObserver {
     void OnEnd(const BatchItem&, BatchEnd end, const ConversionResult& result) override {
         ends.push_back(end);
         reasons.push_back(LineOf(result.outcome));
-        missingFaces += result.missingFaces.size();
+        faceTroubles += result.faceTroubles.size();
     }
 };
 
@@ -198,7 +198,7 @@ TEST_F(Batch, MissingFacesAreTold) {
     job_.from = Row(PanoramaFormat::SingleFiles);
     Listener listener;
     EXPECT_EQ(RunBatch(job_, Plan().items, false, settings_, listener).converted, 1u);
-    EXPECT_EQ(listener.missingFaces, 4u);
+    EXPECT_EQ(listener.faceTroubles, 4u);
 }
 
 TEST_F(Batch, UnwritableResultsDoNotStopItAndStoppingKeepsWhatIsDone) {

@@ -126,7 +126,8 @@ inline std::optional<Direction> LookThroughCamera(const LayoutRule&, const Shown
 inline std::optional<Direction> LookAtSphereMap(const LayoutRule&, const Shown& s, double i, double j) {
     const long S = s.width, across = std::lround(i) - S / 2, down = std::lround(j) - S / 2;
     if (across * across + down * down >= S * S / 4) return std::nullopt;
-    const double x = 2 * i / s.width - 1, y = 1 - 2 * j / s.width, n = std::sqrt(1 - x * x - y * y);
+    const double x = 2 * i / s.width - 1, y = 1 - 2 * j / s.width,
+                 n = std::sqrt(std::max(0.0, 1 - x * x - y * y));
     return ToDirection(2 * n * x, 2 * n * y, 2 * n * n - 1);
 }
 
@@ -144,7 +145,7 @@ inline std::optional<Direction> LookAtMirrorBall(const LayoutRule&, const Shown&
     const float x = static_cast<float>(std::lround(i) - half) / static_cast<float>(half);
     const float y = static_cast<float>(half - std::lround(j)) / static_cast<float>(half);
     if (!(x * x + y * y <= 1)) return std::nullopt;
-    return ToDirection((i - half) / half, (half - j) / half, std::sqrt(1 - x * x - y * y));
+    return ToDirection((i - half) / half, (half - j) / half, std::sqrt(std::max(0.0f, 1 - x * x - y * y)));
 }
 
 inline std::optional<Place> PlaceInMirrorBall(const LayoutRule&, const Read& r, CubeFace face, int x, int y) {

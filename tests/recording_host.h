@@ -55,9 +55,11 @@ struct RecordingHost : Recording<Host> {
     StepSize modifierKeys = StepSize::Plain;
     ClientSize clientSize{320, 200};
     bool canShow = true;
+    bool confirms = true;  ///< the answer to every question
 
     // What the program did.
     std::vector<Dialog> dialogs;
+    std::vector<std::wstring> questions;
     std::vector<Image> shown;  ///< copies
 
     /// Begins anew: nothing is remembered, nothing will be answered.
@@ -65,6 +67,7 @@ struct RecordingHost : Recording<Host> {
         static_cast<Told&>(*this) = {};
         answers.clear();
         dialogs.clear();
+        questions.clear();
         shown.clear();
     }
 
@@ -79,14 +82,20 @@ struct RecordingHost : Recording<Host> {
         return true;
     }
     bool CanShow() const override { return canShow; }
-    std::wstring AskForFile(FileDialogKind kind, const std::wstring& startPath,
-                            const std::wstring& title) override {
+    std::wstring AskForFile(FileDialogKind kind, const std::wstring& startPath, const std::wstring& title,
+                            const AcceptPath& accept) override {
         calls.push_back("ask");
         dialogs.push_back({kind, startPath, title});
-        if (answers.empty()) return {};
-        std::wstring answer = answers.front();
-        answers.pop_front();
+        std::wstring answer;
+        do {
+            answer = answers.empty() ? L"" : answers.front();
+            if (!answers.empty()) answers.pop_front();
+        } while (accept && !answer.empty() && !accept(answer));
         return answer;
+    }
+    bool Confirm(const std::wstring& question) override {
+        questions.push_back(question);
+        return confirms;
     }
     StepSize ModifierKeys() const override { return modifierKeys; }
     void SetTitle(const std::wstring& title) override {

@@ -80,19 +80,19 @@ TEST(Layouts, EveryRowIsFoundByItsOwnIdsAndCanDoWhatItsKindSays) {
 }
 
 TEST(Layouts, PrefixesGoBeforeTheFileNameOnce) {
-    for (const auto& [where, layout, path, prefixed] :
-         TableOf<std::string, std::wstring, std::wstring>("prefixed_paths")) {
-        EXPECT_EQ(WithExportPrefix(*LayoutOfConsoleName(layout), path), prefixed) << where;
+    for (const DataRow& row : PathTable("prefixed_paths")) {
+        EXPECT_EQ(WithExportPrefix(*LayoutOfConsoleName(row[0]), FromUtf8(row[1])), FromUtf8(row[2]))
+            << row.where;
     }
 }
 
 TEST_F(SessionTest, ImportReplacesThePanoramaAndShowsIt) {
-    settings.importPath = L"C:\\Start";
+    settings.importPath = L"/start";
     host.answers = {picture};
     EXPECT_TRUE(RunCommand(session, IDM_IMPORT_EQUIRECTANGULAR));
     ASSERT_EQ(host.dialogs.size(), 1u);
     EXPECT_EQ(host.dialogs[0].kind, FileDialogKind::OpenPicture);
-    EXPECT_EQ(host.dialogs[0].startPath, L"C:\\Start");
+    EXPECT_EQ(host.dialogs[0].startPath, L"/start");
     EXPECT_EQ(host.dialogs[0].title, L"Select equirectangular");
     EXPECT_EQ(host.calls, (Calls{"ask", "begin", "end", "checks", "show", "title"}));
     EXPECT_EQ(settings.importPath, folder.Path());
@@ -110,7 +110,7 @@ TEST_F(SessionTest, ImportReplacesThePanoramaAndShowsIt) {
 TEST_F(SessionTest, CancelledDialogsChangeNothing) {
     ImportPicture();
     settings.view = 10;
-    settings.exportPath = L"C:\\Start";
+    settings.exportPath = L"/start";
     const Panorama* before = session.panorama.get();
     for (const LayoutRow& row : Layouts()) {
         for (const std::uint16_t command : Commands{row.importCommand, row.exportCommand}) {
@@ -130,7 +130,7 @@ TEST_F(SessionTest, CancelledDialogsChangeNothing) {
     }
     EXPECT_EQ(session.panorama.get(), before);
     EXPECT_EQ(settings.view, 10);
-    EXPECT_TRUE(settings.importPath == folder.Path() && settings.exportPath == L"C:\\Start");
+    EXPECT_TRUE(settings.importPath == folder.Path() && settings.exportPath == L"/start");
 }
 
 TEST_F(SessionTest, AFailedImportLeavesAnEmptyPanorama) {
@@ -160,14 +160,14 @@ TEST_F(SessionTest, SingleFilesAskFaceByFace) {
     for (std::size_t picked = 0; picked <= 6; ++picked) {
         SCOPED_TRACE(picked);
         host.Forget();
-        settings.importPath = L"C:\\Start";
+        settings.importPath = L"/start";
         for (std::size_t i = 0; i < picked; ++i)
-            host.answers.push_back(L"C:\\f" + std::to_wstring(i) + L"\\x.png");
+            host.answers.push_back(L"/f" + std::to_wstring(i) + L"/x.png");
         RunCommand(session, IDM_IMPORT_SINGLE_FILES);
         ASSERT_EQ(host.dialogs.size(), std::min<std::size_t>(picked + 1, 6));
         for (std::size_t i = 0; i < host.dialogs.size(); ++i) {
             EXPECT_EQ(host.dialogs[i].title, titles[i]);
-            EXPECT_EQ(host.dialogs[i].startPath, i == 0 ? L"C:\\Start" : L"C:\\f" + std::to_wstring(i - 1));
+            EXPECT_EQ(host.dialogs[i].startPath, i == 0 ? L"/start" : L"/f" + std::to_wstring(i - 1));
         }
         EXPECT_EQ(host.calls.size() > host.dialogs.size(), picked > 0)
             << "nothing happens without a front face";
@@ -192,12 +192,12 @@ TEST_F(SessionTest, ExportWritesAndBecomesTheView) {
         SCOPED_TRACE(c.command);
         host.Forget();
         RemoveFile(folder / c.file);
-        settings.exportPath = L"C:\\Start";
+        settings.exportPath = L"/start";
         settings.view = static_cast<std::int32_t>(PanoramaFormat::Heart);
         host.answers = {folder / L"out.png"};
         EXPECT_TRUE(RunCommand(session, c.command));
         ASSERT_EQ(host.dialogs.size(), 1u);
-        EXPECT_EQ(host.dialogs[0].startPath, L"C:\\Start");
+        EXPECT_EQ(host.dialogs[0].startPath, L"/start");
         EXPECT_EQ(settings.exportPath, folder.Path());
         EXPECT_TRUE(FileExists(folder / c.file));
         ASSERT_FALSE(host.information.empty());
@@ -405,7 +405,7 @@ TEST_F(SessionTest, ViewsShowWhatTheyAre) {
 
 TEST_F(SessionTest, TitlesNameWhatIsLoaded) {
     session.panorama = std::make_unique<Panorama>();
-    session.panorama->path = L"C:\\a\\cube.dds";
+    session.panorama->path = L"/a/cube.dds";
     session.panorama->faceSize = 8;
     session.panorama->faces[2] = Image(8, 8, PixelFormat::Rgba16);
     EXPECT_EQ(WindowTitle(session), L"Skyvault - cube.dds Cubemap (8 x 8 x 6) HDR 64 bpp RGBA int");

@@ -71,7 +71,7 @@ TEST(WebPage, ThePageNamesThePictureAndLiesBesideItWithTheOtherFiles) {
     EXPECT_EQ(CompanionFiles(L"/a.b/none").page, L"/a.b/none.html");
 }
 
-TEST(WebPage, WhatIsMissingBesideTheProgramIsLeftOut) {
+TEST(WebPage, WhatIsMissingBesideTheProgramIsLeftOutAndTold) {
     // A copy of the console program, with a page that names no picture, an empty style sheet and no script.
     const TemporaryFolder folder;
     const std::string utf8 = ToUtf8(ConsoleProgramPath());
@@ -90,7 +90,10 @@ TEST(WebPage, WhatIsMissingBesideTheProgramIsLeftOut) {
     ChildProcess child(folder / program, {L"convert", L"--from", L"equirectangular", L"--to", L"html",
                                           folder / L"in.png", folder / L"out/pano.png"});
     const ProgramResult result = child.Wait();
-    EXPECT_EQ(result.exitStatus, 0) << result.err;
+    EXPECT_EQ(result.exitStatus, 1);
+    EXPECT_NE(result.err.find("skyvault.css"), std::string::npos);
+    EXPECT_EQ(result.out.find("skyvault.css"), std::string::npos);
+    EXPECT_NE(result.out.find("pano.html"), std::string::npos);
     EXPECT_EQ(FindFiles(folder / L"out").size(), 2u);
     EXPECT_GT(FileSizeOf(folder / L"out/pano.png"), 0u);
     EXPECT_EQ(folder.Read(L"out/pano.html"), "no picture [url]");

@@ -18,8 +18,20 @@ std::wstring MediaText(const wchar_t* name) {
     return ReadTextFile(JoinPath(folder, name), text, encoding) ? text : std::wstring();
 }
 
-void WriteCompanion(const std::wstring& path, const std::wstring& text) {
-    if (!text.empty()) WriteTextFile(path, text, TextEncoding::System);
+/// A text that is missing is not written.
+Outcome WriteCompanion(const std::wstring& path, const std::wstring& text) {
+    Outcome written = text.empty() ? Failure(Reason::PageIncomplete, path)
+                                   : WriteTextFile(path, text, TextEncoding::System);
+    if (!written.IsDone()) written.reason = Reason::PageIncomplete;
+    return written;
+}
+
+/// Pages of ours say so in their head.
+bool IsOwnPage(const std::wstring& path) {
+    std::wstring text;
+    TextEncoding encoding{};
+    return FileExists(path) && ReadTextFile(path, text, encoding) &&
+           text.find(L"<meta name=\"generator\" content=\"Skyvault\">") != std::wstring::npos;
 }
 
 std::wstring Replaced(std::wstring text, std::wstring_view what, std::wstring_view by) {
@@ -37,20 +49,36 @@ WebPageFiles CompanionFiles(const std::wstring& picturePath) {
             JoinPath(folder, L"skyvault.js")};
 }
 
+std::vector<std::wstring> WebPagePaths(const std::wstring& picturePath, const ExportSettings&) {
+    std::wstring page = CompanionFiles(picturePath).page;
+    if (IsOwnPage(page)) return {picturePath};
+    return {picturePath, std::move(page)};
+}
+
 Outcome ExportWebPage(const Panorama& panorama, const ExportRequest& request, Feedback& feedback,
                       Image& result) {
     if (request.path.empty()) return Failure(Reason::CannotWrite);
     const WebPageFiles files = CompanionFiles(request.path);
-    WriteCompanion(files.script, MediaText(L"skyvault.js"));
-    WriteCompanion(files.styleSheet, MediaText(L"skyvault.css"));
-    WriteCompanion(files.page, Replaced(MediaText(L"skyvault.html"), L"[URL]", FileNamePart(request.path)));
+    const std::wstring page = Replaced(MediaText(L"skyvault.html"), L"[URL]", FileNamePart(request.path));
+    const std::pair<const std::wstring&, std::wstring> companions[] = {
+        {files.page, page},
+        {files.styleSheet, MediaText(L"skyvault.css")},
+        {files.script, MediaText(L"skyvault.js")}};
+    Outcome complete;
+    std::wstring generated;
+    for (const auto& [path, text] : companions) {
+        Outcome written = WriteCompanion(path, text);
+        if (written.IsDone()) generated += L"\n" + path;
+        complete = FirstFailure(std::move(complete), std::move(written));
+    }
     Outcome outcome = RenderEquirectangular(panorama, request, feedback, result);
     if (outcome.IsDone()) outcome = SavePicture(result, request.path, PixelFormat::None, true);
-    if (outcome.IsDone()) {
-        outcome.infoLog = request.path + L"\n\nThe following files have also been generated:\n" + files.page +
-                          L"\n" + files.styleSheet + L"\n" + files.script;
+    if (!outcome.IsDone()) return outcome;
+    complete.infoLog = request.path;
+    if (!generated.empty()) {
+        complete.infoLog += L"\n\nThe following files have also been generated:" + generated;
     }
-    return outcome;
+    return complete;
 }
 
 }  // namespace skyvault

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "projection/layout_requests.h"
 
@@ -17,9 +18,13 @@ struct WebPageFiles {
 };
 WebPageFiles CompanionFiles(const std::wstring& picturePath);
 
+/// The picture and the page, without the page when the one that is there is a page of ours; script and style
+/// sheet have names no other program writes. None of them can be lost unasked.
+std::vector<std::wstring> WebPagePaths(const std::wstring& picturePath, const ExportSettings& settings);
+
 /// Writes the page, its script and style sheet over older ones, then the equirectangular picture, which
-/// `result` receives. The outcome is the picture's alone: a companion file that is missing beside the
-/// program, or cannot be written, is left out. It names all files.
+/// `result` receives. PageIncomplete, naming the first, when a file beside the picture is missing beside the
+/// program or cannot be written; the picture is there all the same. The information names the files written.
 Outcome ExportWebPage(const Panorama& panorama, const ExportRequest& request, Feedback& feedback,
                       Image& result);
 
