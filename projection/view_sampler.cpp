@@ -249,11 +249,12 @@ void ViewSampler::FixRarePixels(const Lookup& lookup, std::byte* destination) co
         const int i = lookup.logoLanes[hit];
         std::byte* const target = destination + i * std::size_t{bytesPerPixel_};
         const PixelValue logo = LogoColour(panorama_, lookup.logoPoints[hit], emptyColour_);
-        if (CoversFully(logo)) {
+        // What stands for a missing face has 8 bits, and so has the logo over it.
+        const bool missing = lookup.someMissing && lookup.missing[i];
+        if (!missing && CoversFully(logo)) {
             WritePixel(format_, target, logo);
             continue;
         }
-        const bool missing = lookup.someMissing && lookup.missing[i];
         const PixelValue under =
             missing ? white
                     : ReadPixel(sourceFormat_, reinterpret_cast<const std::byte*>(lookup.addresses[i]));
