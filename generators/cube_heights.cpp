@@ -1,9 +1,13 @@
 #include "generators/cube_heights.h"
 
 #include <algorithm>
+#include <array>
 #include <cassert>
+#include <vector>
 
 #include "generators/cube_surface.h"
+#include "generators/random_bits.h"
+#include "generators/sphere_waves.h"
 #include "platform/parallel_rows.h"
 #include "projection/fast_math.h"
 
@@ -16,23 +20,14 @@ constexpr int kLandLevels = 2;
 /// How much higher than half of the level before the first rough steps are, with roughness 1.
 constexpr float kRoughest = 5.0f;
 
-/// Height of the largest step up or down at a level; corners are level 0.
+/// The squares along an edge whose points the waves give; smaller ones are displaced.
+constexpr std::uint32_t kWaveCells = 64;
+
+/// Height of the largest step up or down at a level; level 0 are squares of 90°.
 float StepHeight(int level, float roughness) {
     float height = level <= kLandLevels ? 1.0f : kRoughest * roughness;
     for (int i = 0; i < level; ++i) height *= 0.5f;
     return height;
-}
-
-/// Every bit of the result depends on every bit of the value.
-constexpr std::uint32_t Scramble(std::uint32_t value) {
-    value = (value ^ (value >> 16)) * 0x85ebca6bu;
-    value = (value ^ (value >> 13)) * 0xc2b2ae35u;
-    return value ^ (value >> 16);
-}
-
-/// −1..1 for a point's number.
-float NoiseOf(std::uint32_t number) {
-    return static_cast<float>(static_cast<std::int32_t>(Scramble(number))) * 4.656613e-10f;  // 2^−31
 }
 
 /// The number of a point of the surface: the same on all faces it lies on and for any number of cells, for it
@@ -74,10 +69,9 @@ bool CubeHeights::Build(std::uint32_t cells, float roughness, std::uint32_t seed
         cells_ = 0;
         return false;
     }
-    Corners({seed, 0, StepHeight(0, roughness)});
-
-    int number = 0;
-    for (std::uint32_t half = cells / 2; half >= 1; half /= 2) {
+    const std::uint32_t spacing = std::max(1u, cells / kWaveCells);
+    int number = MakeLand(spacing, roughness, seed);
+    for (std::uint32_t half = spacing / 2; half >= 1; half /= 2) {
         const Level level{seed, half, StepHeight(++number, roughness)};
         // Bands of rows that each take long enough to be worth handing to a thread.
         const std::uint32_t rows = cells / half + 1;
@@ -105,15 +99,38 @@ bool CubeHeights::Build(std::uint32_t cells, float roughness, std::uint32_t seed
     return true;
 }
 
-void CubeHeights::Corners(const Level& level) {
-    for (int face = 0; face < kFaceCount; ++face) {
-        const PointNumbers numbers(face, cells_, level.seed);
-        for (const std::uint32_t row : {0u, cells_}) {
-            for (const std::uint32_t column : {0u, cells_}) {
-                Grid(face)[row * Pitch() + column] = level.step * NoiseOf(numbers.At(column, row));
-            }
-        }
+int CubeHeights::MakeLand(std::uint32_t spacing, float roughness, std::uint32_t seed) {
+    const int squares = static_cast<int>(cells_ / spacing), points = squares + 1;
+    std::vector<float> steps;
+    for (std::uint32_t across = 1; across <= cells_ / spacing; across *= 2) {
+        steps.push_back(StepHeight(static_cast<int>(steps.size()), roughness));
     }
+    const SphereWaves waves(steps, seed);
+    ParallelBands(kFaceCount * points, squares >= 32, [&](int band) {
+        const int face = band / points, row = band % points;
+        std::array<float, kWaveCells + 1> x, y, z, heights;
+        for (int i = 0; i < points; ++i) {
+            // From −squares to squares each way: points that several faces share have the same numbers.
+            const FaceLattice& lattice = LatticeOf(face);
+            const auto place = [&](int origin, int perColumn, int perRow) {
+                return static_cast<float>(2 * (origin * squares + i * perColumn + row * perRow) - squares);
+            };
+            const float px = place(lattice.origin.x, lattice.perColumn.x, lattice.perRow.x);
+            const float py = place(lattice.origin.y, lattice.perColumn.y, lattice.perRow.y);
+            const float pz = place(lattice.origin.z, lattice.perColumn.z, lattice.perRow.z);
+            const float length = SquareRoot(px * px + py * py + pz * pz);
+            const auto at = static_cast<std::size_t>(i);
+            x[at] = px / length;
+            y[at] = py / length;
+            z[at] = pz / length;
+        }
+        waves.At(x.data(), y.data(), z.data(), points, heights.data());
+        float* const to = Grid(face) + static_cast<std::size_t>(row) * spacing * Pitch();
+        for (int i = 0; i < points; ++i) {
+            to[static_cast<std::size_t>(i) * spacing] = heights[static_cast<std::size_t>(i)];
+        }
+    });
+    return static_cast<int>(steps.size()) - 1;
 }
 
 /// The middles of a row of squares.

@@ -1,9 +1,10 @@
 // Heights on the surface of a cube, rough as land is: the ground of the fractal planet.
 //
-// Midpoint displacement: eight random heights at the cube's corners, then level by level a new point in the
-// middle of every square and of every side of a square, at the mean of the four points around it and a random
-// step up or down, and the steps are half as high at every level. Every point that was there before moves to
-// where the smooth surface through its neighbours has it:
+// The lie of the land, down to squares of 1.4°, is a smooth function of the direction (sphere_waves.h), so
+// that coasts do not bend where the faces' grids do. Finer detail is midpoint displacement: level by level a
+// new point in the middle of every square and of every side of a square, at the mean of the four points
+// around it and a random step up or down, and the steps are half as high at every level. Every point that was
+// there before moves to where the smooth surface through its neighbours has it:
 //
 //      P───E───P      F  middle of a square      mean of its four corners P, and a step
 //      │   │   │      E  middle of a side        mean of its two ends P and the two F beside it, and a step
@@ -66,7 +67,8 @@ class CubeHeights {
     }
 
     struct Level;
-    void Corners(const Level& level);
+    /// The points `spacing` cells apart, out of waves; gives the level they stand for.
+    int MakeLand(std::uint32_t spacing, float roughness, std::uint32_t seed);
     void SquareRow(const Level& level, int face, std::uint32_t row);
     void SideRow(const Level& level, int face, std::uint32_t row);
     void OldPointRow(const Level& level, int face, std::uint32_t row);
