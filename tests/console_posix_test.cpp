@@ -3,6 +3,7 @@
 
 #include <filesystem>
 
+#include "platform/files.h"
 #include "tests/child_process.h"
 #include "tests/made_files.h"
 
@@ -73,6 +74,40 @@ TEST(ConsoleOnLinux, ConversionsHoldTheirSourceTheirResultAndLittleMore) {
         // The limit is one: without its spare nothing is left for the program itself.
         EXPECT_EQ(statusWithin(kSource + result - kMegabyte), 1) << ToUtf8(arguments);
     }
+}
+
+ProgramResult Shell(const std::wstring& line) {
+    return ChildProcess(L"/bin/sh", {L"-c", line}).Wait();
+}
+
+TEST(ConsoleOnLinux, AStandardOutputThatIsFullOrClosedIsAFailure) {
+    const TemporaryFolder folder;
+    const std::wstring in = SaveRandom(folder / L"in.bmp", 64), program = L"'" + ConsoleProgramPath() + L"' ";
+    const std::wstring convert = program +
+                                 L"convert --from equirectangular --to strip --set Resolution0=0 '" + in +
+                                 L"' '" + folder / L"out.bmp'";
+    for (const std::wstring& line : {program + L"info '" + in + L"' >/dev/full",
+                                     program + L"info '" + in + L"' >&-", convert + L" >/dev/full"}) {
+        EXPECT_EQ(Shell(line).exitStatus, 1) << ToUtf8(line);
+    }
+    EXPECT_EQ(Loaded(folder / L"out.bmp").width, 96u) << "no message has got into the file";
+}
+
+TEST(ConsoleOnLinux, APictureThatBringsALibraryDownEndsOnlyItself) {
+    const TemporaryFolder folder;
+    for (const wchar_t* name : {L"a.bmp", L"b.bmp", L"c.bmp"}) SaveRandom(folder / name, 2048);
+    ASSERT_TRUE(CreateFolder(folder / L"out"));
+    // The worker is killed while it has its first result half-written.
+    const ProgramResult result = Shell(
+        L"cd '" + folder.Path() + L"' && { '" + ConsoleProgramPath() +
+        L"' batch --threads 1 --from equirectangular --to equirectangular --set Resolution1=3 --extension "
+        L"png . out & } && "
+        L"until ls -A out | grep -q part; do :; done; kill -9 $(cat /proc/$!/task/$!/children); wait $!");
+    EXPECT_EQ(result.exitStatus, 1);
+    EXPECT_NE(result.out.find("2 converted, 1 failed, 0 skipped"), std::string::npos)
+        << result.out << result.err;
+    EXPECT_NE(result.err.find("a picture library broke down on it"), std::string::npos) << result.err;
+    EXPECT_EQ(FindFiles(folder / L"out").size(), 2u);
 }
 
 TEST(ConsoleOnLinux, AMissingModuleIsTold) {

@@ -105,6 +105,7 @@ TEST_F(Console, FailuresSayWhyInOneLineAndLeaveNothingBehind) {
     folder_.Write(L"cut.png", folder_.Read(L"in.png").substr(0, 700));
     folder_.Write(L"text.jpg", "no picture");
     folder_.Write(L"no.dds", "no cube map");
+    folder_.Write(L"mine.html", "mine");
     ASSERT_TRUE(CreateFolder(folder_ / L"sub") && CreateFolder(folder_ / L"room_left.png"));
     const Arguments before = Names();
     for (const DataRow& row : DataTable("failing_commands")) {

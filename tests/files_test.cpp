@@ -130,6 +130,21 @@ TEST(ScratchFolder, EveryOneIsItsOwnAndGoesWithItsFiles) {
     for (const std::wstring& path : {one, two}) EXPECT_FALSE(FolderExists(std::wstring(FolderPart(path))));
 }
 
+#ifndef _WIN32
+TEST(ScratchFolder, NeedsNoHomeButSomeFolder) {
+    const TemporaryFolder shared;
+    for (const std::wstring& configured : {shared.Path(), std::wstring(L"/proc/none")}) {
+        setenv("HOME", "/proc/none", 1);
+        setenv("TMPDIR", ToUtf8(configured).c_str(), 1);
+        const ScratchFolder scratch;
+        EXPECT_EQ(scratch.Exists(), configured == shared.Path());
+        EXPECT_EQ(FindFiles(shared.Path()).size(), scratch.Exists() ? 1u : 0u);
+    }
+    unsetenv("TMPDIR");
+    const test::OwnTemporaryFiles temporary;  // a home again
+}
+#endif
+
 TEST(ScratchFolder, WhatAnEarlierProgramLeftGoesAfterADay) {
     const test::OwnTemporaryFiles temporary;
     const auto madeBefore = [](long long secondsAgo) {

@@ -7,11 +7,14 @@
 
 #include <filesystem>
 #include <tuple>
+#include <vector>
 
 #include "app/file_dialogs.h"
 #include "app/help_menu.h"
 #include "app/progress_box.h"
 #include "app/window_helpers.h"
+#include "platform/files.h"
+#include "platform/path_text.h"
 #include "resources/resource_ids.h"
 #include "tests/temporary_folder.h"
 #include "tests/window/window_driver.h"
@@ -83,23 +86,25 @@ TEST(FileDialogs, EachKindAsksAndGivesItsExtension) {
     EXPECT_EQ(settings.filterIndex, 6);
 }
 
-TEST(FileDialogs, ReplacingAFileIsAskedForTheNameWithItsExtension) {
+TEST(FileDialogs, WhatIsNotAcceptedIsAskedForAgainInAFolderWithAFullStop) {
     const TemporaryFolder folder;
-    folder.Write(L"pano.png", "x");
+    const std::wstring start = folder / L"john.smith v1.2";
+    ASSERT_TRUE(CreateFolder(start));
     AppState settings;
     settings.filterIndex = 5;
     std::wstring result;
+    std::vector<std::wstring> offered;
     std::jthread ask = InBackground([&] {
-        result = FileDialogs().Ask(nullptr, folder.Path(), FileDialogKind::SavePicture, L"Save", settings);
+        result = FileDialogs().Ask(nullptr, start, FileDialogKind::SavePicture, L"Save", settings,
+                                   [&](const std::wstring& path) {
+                                       offered.push_back(path);
+                                       return offered.size() == 2;
+                                   });
     });
-    for (const int answer : {IDNO, IDYES}) {
-        ASSERT_TRUE(AnswerFileDialog(WaitForDialog(L"Save"), L"pano"));
-        const HWND question = WaitForMessage();
-        EXPECT_EQ(MessageText(question), L"pano.png already exists.\nDo you want to replace it?");
-        EXPECT_TRUE(PressButton(question, answer));
-    }
+    for (int i = 0; i < 2; ++i) ASSERT_TRUE(AnswerFileDialog(WaitForDialog(L"Save"), L"pano"));
     ask.join();
-    EXPECT_EQ(result, folder / L"pano.png");
+    EXPECT_EQ(offered, std::vector<std::wstring>(2, JoinPath(start, L"pano.png")));
+    EXPECT_EQ(result, JoinPath(start, L"pano.png"));
 }
 
 TEST(FileFilters, ExtensionIsGivenOnceAndTakesTheOldOnesPlace) {

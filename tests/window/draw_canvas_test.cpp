@@ -136,6 +136,8 @@ TEST(DrawCanvas, TextKeepsToItsRectangleFromFormatToFormat) {
 TEST(Presenting, PicturesAreFittedAndCentredInTheOpaqueBackgroundUnderTheCrosshair) {
     EXPECT_EQ(FitPicture({1000, 700}, 4096, 2048), (PicturePlace{0, 100, 1000, 500}));
     EXPECT_EQ(FitPicture({1000, 700}, 100, 100), (PicturePlace{150, 0, 700, 700}));
+    for (int width = 320; width < 2560; ++width)
+        EXPECT_EQ(FitPicture({width, 9999}, 2048, 1024).width, width);
     EXPECT_EQ(FitPicture({10, 10}, 1000, 3), (PicturePlace{0, 5, 10, 0}));
     EXPECT_EQ(FitPicture({0, 700}, 10, 10), PicturePlace{});
     EXPECT_EQ(FitPicture({1000, 700}, 0, 10), PicturePlace{});

@@ -88,6 +88,10 @@ class ProgramTest : public testing::Test {
         const bool done = Eventually([&] { return program_->IsChecked(command) == checked; });
         return testing::AssertionResult(done) << command;
     }
+    /// Waits until the pixel has the colour, or has it no more.
+    bool IsColoured(int x, int y, const Color8& colour, bool has = true) const {
+        return Eventually([&] { return (PixelAt(Window(), x, y) == colour) == has; });
+    }
     /// Waits until the pixel shows the place.
     testing::AssertionResult Shows(POINT at, const Place& place) const {
         const auto shown = [&] { return Place::Of(PixelAt(Window(), at.x, at.y)); };
