@@ -5,6 +5,8 @@
 namespace skyvault {
 namespace {
 
+constexpr std::uint32_t kHasColourTable = 0x80;
+
 /// Walks the file from front to back; past its end everything reads as zero and AtEnd is true.
 class Walk {
   public:
@@ -18,7 +20,7 @@ class Walk {
         return low | Byte() << 8;
     }
     void SkipColourTable(std::uint32_t packed) {
-        if (packed & 0x80) Skip(std::size_t{3} << ((packed & 7) + 1));
+        if (packed & kHasColourTable) Skip(std::size_t{3} << ((packed & 7) + 1));
     }
     /// A chain of blocks, each led by its size, up to the empty one.
     void SkipSubBlocks() {
@@ -30,9 +32,9 @@ class Walk {
     std::size_t at_ = 0;
 };
 
-}  // namespace
-
-std::uint32_t ReadGifFrames(std::span<const std::byte> file, std::uint32_t index, GifFrame& frame) {
+/// Calls visit(index, frame) for each frame and returns how many there are.
+template <typename Visit>
+std::uint32_t WalkFrames(std::span<const std::byte> file, Visit visit) {
     constexpr std::size_t kSignatureSize = 6;
     if (file.size() < kSignatureSize || (std::memcmp(file.data(), "GIF87a", kSignatureSize) != 0 &&
                                          std::memcmp(file.data(), "GIF89a", kSignatureSize) != 0)) {
@@ -68,13 +70,28 @@ std::uint32_t ReadGifFrames(std::span<const std::byte> file, std::uint32_t index
             walk.SkipColourTable(flags);
             walk.Skip(1);  // code size
             walk.SkipSubBlocks();
-            if (count++ == index) frame = next;
+            next.coloured = ((flags | canvasFlags) & kHasColourTable) != 0;
+            visit(count++, next);
             next = GifFrame{};
         } else {
             break;
         }
     }
     return count;
+}
+
+}  // namespace
+
+std::uint32_t ReadGifFrames(std::span<const std::byte> file, std::uint32_t index, GifFrame& frame) {
+    return WalkFrames(file, [&](std::uint32_t i, const GifFrame& found) {
+        if (i == index) frame = found;
+    });
+}
+
+bool GifFramesHaveColours(std::span<const std::byte> file) {
+    bool coloured = true;
+    WalkFrames(file, [&](std::uint32_t, const GifFrame& found) { coloured = coloured && found.coloured; });
+    return coloured;
 }
 
 }  // namespace skyvault

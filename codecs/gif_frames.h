@@ -12,10 +12,14 @@ struct GifFrame {
     std::uint32_t delay = 0;  ///< hundredths of a second
     std::uint32_t disposal = 0;
     std::uint32_t left = 0, top = 0, width = 0, height = 0;
+    bool coloured = false;  ///< there is a colour table for it, its own or the canvas's
 };
 
 /// Number of frames up to the end mark or the first damage, and the asked one of them (0 is the first;
 /// untouched when there are fewer). 0 when the bytes are not a GIF file.
 std::uint32_t ReadGifFrames(std::span<const std::byte> file, std::uint32_t index, GifFrame& frame);
+
+/// Whether every frame has colours. Some decoders do not check that.
+bool GifFramesHaveColours(std::span<const std::byte> file);
 
 }  // namespace skyvault
