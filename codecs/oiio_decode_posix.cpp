@@ -3,7 +3,6 @@
 // alpha; palettes, CMYK and everything else that none of our formats can hold becomes 32-bit colour.
 
 #include <algorithm>
-#include <cmath>
 #include <cstdio>
 #include <filesystem>
 #include <memory>
@@ -12,6 +11,7 @@
 #include <vector>
 
 #include "codecs/gif_frames.h"
+#include "codecs/linear_light.h"
 #include "codecs/oiio_codec_posix.h"
 #include "codecs/picture_header.h"
 #include "image/area_scale.h"
@@ -188,17 +188,6 @@ void SpreadChannels(const Channel* from, const Plan& plan, Channel opaque, Chann
     }
 }
 
-std::uint8_t DisplayByte(float linear) {
-    if (!(linear > 0.0f)) return 0;
-    const float encoded =
-        linear <= 0.0031308f ? linear * 12.92f : 1.055f * std::pow(linear, 1.0f / 2.4f) - 0.055f;
-    return static_cast<std::uint8_t>(std::min(encoded, 1.0f) * 255.0f + 0.5f);
-}
-
-std::uint8_t PlainByte(float value) {
-    return static_cast<std::uint8_t>(std::clamp(value, 0.0f, 1.0f) * 255.0f + 0.5f);
-}
-
 /// Floats of linear light to 8-bit sRGB, red first.
 void EncodeLinear(const float* from, const Plan& plan, std::uint8_t* to, std::size_t count) {
     for (std::size_t i = 0; i < count; ++i, from += plan.channels, to += 4) {
@@ -206,7 +195,7 @@ void EncodeLinear(const float* from, const Plan& plan, std::uint8_t* to, std::si
         SpreadChannels(from, plan, 1.0f, pixel, 4, 1);
         const float divisor = plan.multiplied && pixel[3] > 0.0f ? pixel[3] : 1.0f;
         for (int channel = 0; channel < 3; ++channel) to[channel] = DisplayByte(pixel[channel] / divisor);
-        to[3] = pixel[3] == pixel[3] ? PlainByte(pixel[3]) : 0;
+        to[3] = PlainByte(pixel[3]);
     }
 }
 

@@ -16,6 +16,14 @@ enum class PictureContainer { None, Bmp, Jpeg, Png, Tiff, Gif, Heif };
 /// "JPG", "JPEG", "JPE", "JFIF" → Jpeg and so on; None for anything that cannot be written.
 PictureContainer ContainerOfExtension(const std::wstring& upperExtension);
 
+/// What a file tells about one of its frames before any of its pixels are decoded.
+struct PictureFacts {
+    PictureSize size;
+    PixelFormat format = PixelFormat::None;  ///< as the frame is decoded
+    std::uint32_t frameCount = 1;
+    std::uint64_t memory = 0;  ///< bytes that decoding takes at most, the picture among them
+};
+
 /// Decodes one frame; arguments as LoadPicture. False on any failure.
 bool DecodePicture(const std::wstring& path, std::uint32_t frame, std::uint32_t targetWidth,
                    std::uint32_t targetHeight, Image& image);

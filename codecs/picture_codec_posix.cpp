@@ -1,5 +1,5 @@
-// Which codec a picture goes to: plain BMP files are read and written by the program, all others by
-// OpenImageIO.
+// Which codec a picture goes to: plain BMP files are read and written by the program, TIFF files are read
+// through libtiff, all else goes through OpenImageIO.
 
 #include <string_view>
 #include <utility>
@@ -7,6 +7,7 @@
 #include "codecs/bmp_file_posix.h"
 #include "codecs/oiio_codec_posix.h"
 #include "codecs/picture_codec.h"
+#include "codecs/tiff_file_posix.h"
 #include "image/area_scale.h"
 
 namespace skyvault {
@@ -29,10 +30,16 @@ bool DecodePicture(const std::wstring& path, std::uint32_t frame, std::uint32_t 
                    std::uint32_t targetHeight, Image& image) {
     const PictureSize target{targetWidth, targetHeight};
     try {
-        PlainBmp bmp(path);
-        if (!bmp.IsOpen()) return DecodeWithOiio(path, frame, target, image);
         Image decoded;
-        if (frame != 0 || !bmp.Read(decoded) || !ScaleInto(target, decoded)) return false;
+        PlainBmp bmp(path);
+        if (bmp.IsOpen()) {
+            if (frame != 0 || !bmp.Read(decoded)) return false;
+        } else {
+            TiffFile tiff(path);
+            if (!tiff.IsTiff()) return DecodeWithOiio(path, frame, target, image);
+            if (!tiff.Select(frame) || !tiff.Read(decoded)) return false;
+        }
+        if (!ScaleInto(target, decoded)) return false;
         image = std::move(decoded);
         return true;
     } catch (...) {
@@ -43,8 +50,14 @@ bool DecodePicture(const std::wstring& path, std::uint32_t frame, std::uint32_t 
 bool MeasurePicture(const std::wstring& path, PictureSize& size) {
     try {
         const PlainBmp bmp(path);
-        if (!bmp.IsOpen()) return MeasureWithOiio(path, size);
-        size = bmp.Size();
+        if (bmp.IsOpen()) {
+            size = bmp.Size();
+            return true;
+        }
+        TiffFile tiff(path);
+        if (!tiff.IsTiff()) return MeasureWithOiio(path, size);
+        if (!tiff.Select(0)) return false;
+        size = tiff.Facts().size;
         return true;
     } catch (...) {
         return false;

@@ -135,15 +135,19 @@ PictureHeader ReadPictureHeader(std::span<const std::byte> start) {
     return header;
 }
 
+bool IsReadableSize(std::uint64_t width, std::uint64_t height) {
+    constexpr std::uint64_t kLongestEdge = std::uint64_t{1} << 24;
+    constexpr std::uint64_t kMostPixels = std::uint64_t{1} << 31;
+    return width >= 1 && height >= 1 && width <= kLongestEdge && height <= kLongestEdge &&
+           width * height < kMostPixels;
+}
+
 bool PlausibleSize(std::uint64_t width, std::uint64_t height, std::uint64_t fileSize) {
     constexpr std::uint64_t kAlwaysAllowed = std::uint64_t{256} << 20;
     // No codec packs ordinary pictures better than about 1000 to 1.
     constexpr std::uint64_t kBestRatio = 4096;
     constexpr std::uint64_t kBytesPerPixel = 4;
-    // Some readers count in 31 bits.
-    constexpr std::uint64_t kLongestEdge = std::uint64_t{1} << 24;
-    constexpr std::uint64_t kMostPixels = std::uint64_t{1} << 31;
-    return width <= kLongestEdge && height <= kLongestEdge && width * height < kMostPixels &&
+    return (IsReadableSize(width, height) || width * height == 0) &&
            width * height * kBytesPerPixel <= kAlwaysAllowed + kBestRatio * fileSize;
 }
 

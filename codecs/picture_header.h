@@ -24,6 +24,9 @@ inline constexpr std::size_t kPictureHeaderSize = 128;
 /// start: the file's first kPictureHeaderSize bytes, or all of a shorter file.
 PictureHeader ReadPictureHeader(std::span<const std::byte> start);
 
+/// False without a size, and for one that readers which count in 31 bits would get wrong. In pixels.
+bool IsReadableSize(std::uint64_t width, std::uint64_t height);
+
 /// False for a picture far larger than a file of this size can hold: its header is not believed, and nothing
 /// is allocated for it. Sizes in pixels and bytes.
 bool PlausibleSize(std::uint64_t width, std::uint64_t height, std::uint64_t fileSize);

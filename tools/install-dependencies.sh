@@ -19,7 +19,7 @@ package=(
     nsis zip unzip                                              # the installer, the portable zip
 )
 test=(
-    g++ pkg-config libopenimageio-dev                           # the engine and the console on Linux
+    g++ pkg-config libopenimageio-dev libtiff-dev zlib1g-dev    # the engine and the console on Linux
     clang-format clang-tidy cppcheck                            # style and static checks
 )
 

@@ -1,0 +1,92 @@
+#include "codecs/tiff_directories.h"
+
+#include <array>
+#include <unordered_set>
+
+#include "codecs/bytes.h"
+
+namespace skyvault {
+namespace {
+
+/// Numbers in the file's byte order.
+class NumberReader {
+  public:
+    NumberReader(const ReadFileAt& readAt, bool bigEndian) : readAt_(readAt), bigEndian_(bigEndian) {}
+
+    /// bytes: 2, 4 or 8. False beyond the end of the file.
+    bool Read(std::uint64_t at, std::size_t bytes, std::uint64_t& number) const {
+        std::array<std::byte, 8> stored{};
+        if (!readAt_(at, stored.data(), bytes)) return false;
+        number = 0;
+        for (std::size_t i = 0; i < bytes; ++i) {
+            number = number << 8 | std::to_integer<std::uint64_t>(stored[bigEndian_ ? i : bytes - 1 - i]);
+        }
+        return true;
+    }
+
+  private:
+    const ReadFileAt& readAt_;
+    bool bigEndian_;
+};
+
+/// The sizes of the parts of a directory.
+struct Variant {
+    std::size_t countBytes, entryBytes, offsetBytes;
+};
+constexpr Variant kClassic{2, 12, 4}, kBig{8, 20, 8};
+
+/// A file's byte order and variant; null for what is no TIFF.
+const Variant* ReadSignature(const ReadFileAt& readAt, bool& bigEndian) {
+    constexpr std::uint64_t kClassicVersion = 42, kBigVersion = 43;
+    std::array<std::byte, 2> order{};
+    if (!readAt(0, order.data(), order.size()) || order[0] != order[1]) return nullptr;
+    bigEndian = order[0] == std::byte{'M'};
+    if (!bigEndian && order[0] != std::byte{'I'}) return nullptr;
+    std::uint64_t version = 0;
+    if (!NumberReader(readAt, bigEndian).Read(2, 2, version)) return nullptr;
+    return version == kClassicVersion ? &kClassic : version == kBigVersion ? &kBig : nullptr;
+}
+
+}  // namespace
+
+std::vector<std::uint64_t> FindTiffDirectories(const ReadFileAt& readAt) {
+    constexpr std::uint64_t kMostEntries = 65535;
+    bool bigEndian = false;
+    const Variant* const variant = ReadSignature(readAt, bigEndian);
+    if (!variant) return {};
+    const NumberReader file(readAt, bigEndian);
+    std::uint64_t at = 0;
+    if (!file.Read(variant->offsetBytes, variant->offsetBytes, at)) return {};
+
+    std::vector<std::uint64_t> directories;
+    std::unordered_set<std::uint64_t> met;
+    while (at != 0 && directories.size() < kMostTiffPages && met.insert(at).second) {
+        std::uint64_t entries = 0, next = 0;
+        if (!file.Read(at, variant->countBytes, entries) || entries > kMostEntries) break;
+        const std::uint64_t end = at + variant->countBytes + entries * variant->entryBytes;
+        // The last directory of some files ends with the file, without the zero that ends the chain.
+        std::byte last{};
+        if (end < at || !readAt(end - 1, &last, 1)) break;
+        directories.push_back(at);
+        if (!file.Read(end, variant->offsetBytes, next)) break;
+        at = next;
+    }
+    return directories;
+}
+
+bool TiffDirectoryHas(const ReadFileAt& readAt, std::uint64_t directory, std::uint32_t tag) {
+    bool bigEndian = false;
+    const Variant* const variant = ReadSignature(readAt, bigEndian);
+    if (!variant) return false;
+    const NumberReader file(readAt, bigEndian);
+    std::uint64_t entries = 0, found = 0;
+    if (!file.Read(directory, variant->countBytes, entries)) return false;
+    std::uint64_t at = directory + variant->countBytes;
+    for (; entries > 0; --entries, at += variant->entryBytes) {
+        if (!file.Read(at, 2, found)) return false;
+        if (found == tag) return true;
+    }
+    return false;
+}
+
+}  // namespace skyvault
