@@ -6,6 +6,7 @@
 #include "cli/terminal.h"
 #include "cli/work_settings.h"
 #include "platform/feedback.h"
+#include "platform/memory_budget.h"
 #include "platform/parallel_rows.h"
 #include "platform/path_text.h"
 #include "projection/single_files.h"
@@ -28,7 +29,7 @@ class Reporter final : public BatchObserver {
     void OnEnd(const BatchItem& item, BatchEnd end, const ConversionResult& result) override {
         const std::wstring& source = item.sources.front();
         if (end == BatchEnd::Failed) {
-            const std::wstring reason = LineOf(result.outcome);
+            const std::wstring reason = ConsoleLineOf(result.outcome);
             const bool named = reason.find(Printable(source)) != std::wstring::npos;
             feedback_.Error(named ? reason : Quoted(source) + L": " + reason);
             return;
@@ -68,6 +69,7 @@ ExitStatus RunBatchCommand(const BatchOptions& options) {
     }
     const std::vector<BatchItem> items = ShardOfBatch(std::move(plan.items), options.shard, options.shards);
     SetThreadCount(options.threads);
+    SetMemoryBudget(options.memory);
 
     ConsoleFeedback feedback(options.quiet);
     GuardedRun run;

@@ -1,7 +1,5 @@
 #include "cli/convert.h"
 
-#include <algorithm>
-
 #include "cli/console_feedback.h"
 #include "cli/help.h"
 #include "cli/terminal.h"
@@ -12,6 +10,7 @@
 #include "generators/random.h"
 #include "platform/feedback.h"
 #include "platform/files.h"
+#include "platform/memory_budget.h"
 #include "platform/output_file.h"
 #include "platform/parallel_rows.h"
 #include "platform/path_text.h"
@@ -44,26 +43,14 @@ std::wstring FileObstacle(const std::wstring& path, const ConvertOptions& option
     return {};
 }
 
-/// A picture's description with what a panorama made of it would have; empty when it cannot be read.
-std::wstring DescribePicture(const std::wstring& path) {
-    Image picture;
-    if (!LoadPicture(path, picture).IsDone()) return {};
-    const std::wstring faceSize = std::to_wstring(picture.width / 4);
-    return PictureInfo(path, picture.width, picture.height, picture.format) + L"Frames\t\t" +
-           std::to_wstring(picture.frameCount) + L"\nPanorama\tfaces " + faceSize + L" x " + faceSize + L"\n";
-}
-
-std::wstring DescribeCubeMap(const std::wstring& path) {
-    CubeFaces faces;
-    if (!LoadDdsCubeMap(path, faces, true).IsDone()) return {};
-    const auto face =
-        std::find_if(faces.begin(), faces.end(), [](const Image& image) { return image.IsValid(); });
-    return face != faces.end() ? CubeMapInfo(path, face->width, face->format) : std::wstring();
-}
-
-std::wstring DescribeFile(const std::wstring& path) {
+/// A file's description, with what a panorama made of a picture would have.
+std::wstring Describe(const std::wstring& path, const PictureFacts& facts) {
+    const auto& [width, height] = facts.size;
     const bool cubeMap = UpperExtension(path) == L"DDS" && GetDdsKind(path) == DdsKind::CubeMap;
-    return cubeMap ? DescribeCubeMap(path) : DescribePicture(path);
+    if (cubeMap) return CubeMapInfo(path, width, facts.format);
+    const std::wstring faceSize = std::to_wstring(width / 4);
+    return PictureInfo(path, width, height, facts.format) + L"Frames\t\t" +
+           std::to_wstring(facts.frameCount) + L"\nPanorama\tfaces " + faceSize + L" x " + faceSize + L"\n";
 }
 
 std::wstring OutputObstacle(const ConvertOptions& options, const AppState& settings) {
@@ -97,6 +84,11 @@ Outcome LostFile(const ConvertOptions& options, const AppState& settings) {
 
 }  // namespace
 
+std::wstring ConsoleLineOf(const Outcome& outcome) {
+    const std::wstring line = LineOf(outcome);
+    return outcome.reason == Reason::NeedsMemory ? line + L" (--memory)" : line;
+}
+
 ExitStatus RunConvert(const ConvertOptions& options) {
     AppState settings;
     if (!LoadWorkSettings(options, settings)) return Fail(L"Could not open " + Quoted(options.settingsFile));
@@ -110,6 +102,7 @@ ExitStatus RunConvert(const ConvertOptions& options) {
     }
     if (options.seed) SetFixedSeed(*options.seed);
     SetThreadCount(options.threads);
+    SetMemoryBudget(options.memory);
 
     ConsoleFeedback feedback(options.quiet);
     ConversionResult result;
@@ -127,13 +120,16 @@ ExitStatus RunConvert(const ConvertOptions& options) {
     if (!options.quiet && !infoLog.empty()) {
         WriteText(OutputStream::Standard, infoLog + (infoLog.back() == L'\n' ? L"" : L"\n"));
     }
-    return result.outcome.IsDone() ? kDone : Fail(LineOf(result.outcome));
+    return result.outcome.IsDone() ? kDone : Fail(ConsoleLineOf(result.outcome));
 }
 
 ExitStatus RunInfo(const InfoOptions& options) {
-    const std::wstring description = DescribeFile(options.path);
-    if (description.empty()) return Fail(L"Could not open " + Quoted(options.path));
-    WriteText(OutputStream::Standard, description);
+    SetMemoryBudget(options.memory);
+    PictureFacts facts;
+    Outcome told = ReadPictureFacts(options.path, facts);
+    if (told.IsDone()) told = WithinMemoryBudget(options.path, facts.memory);
+    if (!told.IsDone()) return Fail(ConsoleLineOf(told));
+    WriteText(OutputStream::Standard, Describe(options.path, facts));
     return kDone;
 }
 

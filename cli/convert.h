@@ -10,6 +10,9 @@ namespace skyvault {
 /// else to stderr.
 ExitStatus RunConvert(const ConvertOptions& options);
 
+/// LineOf, with the option that could help.
+std::wstring ConsoleLineOf(const Outcome& outcome);
+
 /// Describes a picture on stdout.
 ExitStatus RunInfo(const InfoOptions& options);
 

@@ -3,6 +3,8 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <array>
+#include <cctype>
+#include <charconv>
 #include <memory>
 
 #include "cli/help.h"
@@ -22,6 +24,24 @@ float ParseNumber(const std::string& option, const std::string& text) {
     float value = 0;
     if (!ParseWholeFloat(FromUtf8(text), value)) Refuse(option + " takes a number, not \"" + text + "\"");
     return value;
+}
+
+/// Bytes, with K, M, G or T behind them for 1024 of them and so on.
+std::uint64_t ParseMemory(const std::string& text) {
+    constexpr std::string_view kUnits = "KMGT";
+    std::string digits = text;
+    std::size_t unit = kUnits.npos;
+    if (!digits.empty())
+        unit = kUnits.find(static_cast<char>(std::toupper(static_cast<unsigned char>(digits.back()))));
+    if (unit != kUnits.npos) digits.pop_back();
+    std::uint64_t count = 0;
+    const char* const end = digits.data() + digits.size();
+    const auto [stop, error] = std::from_chars(digits.data(), end, count);
+    const unsigned shift = unit != kUnits.npos ? 10 * (static_cast<unsigned>(unit) + 1) : 0;
+    if (error != std::errc() || stop != end || count == 0 || count << shift >> shift != count) {
+        Refuse("--memory takes a number of bytes, or one with K, M, G or T behind it, not \"" + text + "\"");
+    }
+    return count << shift;
 }
 
 HeadingPitchRoll ParseAngles(const std::string& option, const std::string& text) {
@@ -93,7 +113,7 @@ class HelpFormatter : public CLI::Formatter {
         if (name == "batch")
             return "Usage: skyvault-cli batch --from LAYOUT --to LAYOUT [OPTIONS] SOURCE_DIR "
                    "DESTINATION_DIR\n";
-        if (name == "info") return "Usage: skyvault-cli info FILE\n";
+        if (name == "info") return "Usage: skyvault-cli info [OPTIONS] FILE\n";
         return "Usage: skyvault-cli COMMAND ...\n";
     }
 };
@@ -101,11 +121,18 @@ class HelpFormatter : public CLI::Formatter {
 /// What the parser collects as text; Checked makes the real options of it.
 struct ConvertTexts {
     std::string from, to, palette, extension, settingsFile;
-    std::optional<std::string> seed, horizon, logoSize, camera, threads, shard;
+    std::optional<std::string> seed, horizon, logoSize, camera, threads, memory, shard;
     std::vector<std::string> settings, turns, files;
     WorkOptions flags;
     bool subfolders = false, skipExisting = false;
 };
+
+void DefineMemory(CLI::App& command, std::optional<std::string>& memory) {
+    command
+        .add_option("--memory", memory,
+                    "Memory a picture may take, as 1500M or 8G; without it three quarters of the machine's")
+        ->type_name("SIZE");
+}
 
 /// What convert, generate and batch share.
 void DefineWork(CLI::App& convert, ConvertTexts& texts) {
@@ -132,6 +159,7 @@ void DefineWork(CLI::App& convert, ConvertTexts& texts) {
     convert.add_flag("--mirror-front-to-back", texts.flags.mirrorFrontToBack,
                      "Shows the front half behind, too");
     convert.add_option("--threads", texts.threads, "Threads to work with; 0: one per core")->type_name("N");
+    DefineMemory(convert, texts.memory);
     convert.add_flag("-q,--quiet", texts.flags.quiet, "Prints nothing but errors");
 }
 
@@ -203,6 +231,7 @@ Options CheckedWork(ConvertTexts& texts) {
                           options.threads < 0 || options.threads > 1024)) {
         Refuse("--threads takes a number from 0 to 1024, not \"" + *texts.threads + "\"");
     }
+    if (texts.memory) options.memory = ParseMemory(*texts.memory);
     if (std::find(texts.files.begin(), texts.files.end(), "") != texts.files.end())
         Refuse("A file name is empty");
     return options;
@@ -331,8 +360,10 @@ Command ParseArguments(const std::vector<std::wstring>& arguments) {
     DefineBatch(app, batchTexts);
     CLI::App& info = *app.add_subcommand("info", "Describes a picture file");
     std::string infoPath;
+    std::optional<std::string> infoMemory;
     info.footer(InfoFooter());
     info.add_option("FILE", infoPath, "The picture")->required()->type_name("");
+    DefineMemory(info, infoMemory);
 
     std::vector<std::string> reversed;
     for (auto argument = arguments.rbegin(); argument != arguments.rend(); ++argument) {
@@ -346,7 +377,7 @@ Command ParseArguments(const std::vector<std::wstring>& arguments) {
         app.parse(reversed);
         if (command() == "info") {
             if (infoPath.empty()) Refuse("A file name is empty");
-            return InfoOptions{FromSystemBytes(infoPath)};
+            return InfoOptions{FromSystemBytes(infoPath), infoMemory ? ParseMemory(*infoMemory) : 0};
         }
         if (command() == "batch") return CheckedBatch(batchTexts);
         return command() == "generate" ? CheckedGenerate(generateTexts) : CheckedConvert(convertTexts);

@@ -37,7 +37,8 @@ struct WorkOptions {
     bool flipHorizontal = false;
     bool mirrorTopToBottom = false;
     bool mirrorFrontToBack = false;
-    int threads = 0;  ///< 0: one per core
+    int threads = 0;           ///< 0: one per core
+    std::uint64_t memory = 0;  ///< bytes that pictures may take; 0: the default
     bool quiet = false;
 };
 
@@ -62,6 +63,7 @@ struct BatchOptions : WorkOptions {
 /// skyvault-cli info
 struct InfoOptions {
     std::wstring path;
+    std::uint64_t memory = 0;  ///< as of WorkOptions
 };
 
 /// Nothing to do but to say something and end: help on stdout, a usage error on stderr.

@@ -66,7 +66,7 @@ bool PlainBmp::ReadHeader() {
     const std::size_t count = std::fread(start.data(), 1, start.size(), file_.get());
     const PictureHeader header = ReadPictureHeader({start.data(), count});
     if (count < kFileHeaderSize + kInfoHeaderSize || header.kind != PictureKind::Bmp || !header.sound ||
-        !PlausibleSize(header.width, header.height, fileSize_)) {
+        !IsReadableSize(header.width, header.height) || header.leastBytes > fileSize_) {
         return false;
     }
     const std::uint32_t headerSize = Little32(&start[14]);
@@ -101,10 +101,18 @@ bool PlainBmp::ReadPalette(std::uint64_t at, std::uint32_t count) {
     return true;
 }
 
+PictureFacts PlainBmp::Facts() const {
+    PictureFacts facts;
+    facts.size = size_;
+    facts.format = bits_ == 24 ? PixelFormat::Rgb8 : PixelFormat::Rgba8;
+    facts.memory = std::uint64_t{BytesPerPixel(facts.format)} * size_.width * size_.height;
+    return facts;
+}
+
 bool PlainBmp::Read(Image& image) {
     const std::uint64_t rowBytes = StoredRowBytes(size_.width, bits_);
     if (fileSize_ < pixelStart_ + rowBytes * size_.height) return false;
-    image = Image(size_.width, size_.height, bits_ == 24 ? PixelFormat::Rgb8 : PixelFormat::Rgba8);
+    image = Image(size_.width, size_.height, Facts().format);
     const std::uint32_t rows = RowsAtOnce(rowBytes, size_.height);
     const ByteBuffer chunk = AllocateBytes(rowBytes * rows);
     if (!image.IsValid() || !chunk) return false;

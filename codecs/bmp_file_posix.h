@@ -12,6 +12,7 @@
 #include <memory>
 #include <string>
 
+#include "codecs/picture_codec.h"
 #include "image/image.h"
 
 namespace skyvault {
@@ -24,7 +25,7 @@ class PlainBmp {
     /// False when there is no such file or it is no plain BMP; nothing else must be called then.
     bool IsOpen() const { return file_ != nullptr; }
 
-    PictureSize Size() const { return size_; }
+    PictureFacts Facts() const;
 
     /// False when the file is shorter than its picture, and without memory. To be called once.
     bool Read(Image& image);

@@ -8,6 +8,7 @@
 #include "codecs/picture_files.h"
 #include "image/pixel_rows.h"
 #include "platform/files.h"
+#include "platform/memory_budget.h"
 #include "platform/output_file.h"
 
 namespace skyvault {
@@ -197,6 +198,20 @@ bool WriteItems(const std::wstring& path, const WriteRule& rule, std::span<const
     return SaveDds(path, metadata, std::span(items).first(stored.size()));
 }
 
+/// What a readable file of the metadata becomes; its memory is that of the file's items, decompressed where
+/// they must be, and of the pictures.
+bool FactsOf(const DdsMetadata& metadata, PictureFacts& facts) {
+    const bool compressed = IsBlockCompressed(metadata.format);
+    const ReadRule* const rule = FindReadRule(compressed ? DdsFormat::Rgba8Unorm : metadata.format);
+    if (!rule || metadata.width == 0 || metadata.height == 0) return false;
+    facts.size = {metadata.width, metadata.height};
+    facts.format = rule->format;
+    facts.frameCount = 1;
+    const std::uint64_t pixels = std::uint64_t{metadata.width} * metadata.height * metadata.arraySize;
+    facts.memory = pixels * (2 * BytesPerPixel(rule->format) + (compressed ? 1 : 0));
+    return true;
+}
+
 }  // namespace
 
 DdsKind GetDdsKind(const std::wstring& path) {
@@ -210,6 +225,10 @@ DdsKind GetDdsKind(const std::wstring& path) {
 }
 
 Outcome LoadDdsCubeMap(const std::wstring& path, std::array<Image, 6>& faces, bool keepAlpha) {
+    PictureFacts facts;
+    if (!InspectDds(path, facts)) return Failure(Reason::CannotOpen, path);
+    Outcome within = WithinMemoryBudget(path, facts.memory);
+    if (!within.IsDone()) return within;
     DdsTexture texture;
     const ReadRule* rule = LoadTexture(path, IsCubeMap, texture);
     if (!rule) return Failure(Reason::CannotOpen, path);
@@ -252,6 +271,11 @@ Outcome SaveDdsCubeMap(const std::wstring& path, const FaceSource& faces, bool k
     OutputFile file(path);
     if (!WriteItems(file.TemporaryPath(), rule, items) || !file.Commit()) return file.Failed();
     return {.infoLog = CubeMapInfo(path, faceSize, format)};
+}
+
+bool InspectDds(const std::wstring& path, PictureFacts& facts) {
+    DdsMetadata metadata;
+    return ReadDdsMetadata(path, metadata) && FactsOf(metadata, facts);
 }
 
 bool ReadDdsPicture(const std::wstring& path, Image& image) {

@@ -10,6 +10,7 @@
 #include <functional>
 #include <string>
 
+#include "codecs/picture_codec.h"
 #include "image/image.h"
 #include "platform/outcome.h"
 
@@ -39,8 +40,10 @@ using FaceSource = std::function<Outcome(std::size_t face, Image& picture)>;
 /// describes the file by CubeMapInfo. The file appears under its name only when whole.
 Outcome SaveDdsCubeMap(const std::wstring& path, const FaceSource& faces, bool keepAlpha, bool compress);
 
-/// The DDS branches of LoadPicture and SavePicture (codecs/picture_files.h). Written: 8 bits as BC1, more
-/// uncompressed, in RGBA; alpha is kept when `format` has it. path of the writer: a temporary name.
+/// The DDS branches of ReadPictureFacts (of each face of a cube map, its memory for all), LoadPicture and
+/// SavePicture (codecs/picture_files.h). Written: 8 bits as BC1, more uncompressed, in RGBA; alpha is kept
+/// when `format` has it. path of the writer: a temporary name.
+bool InspectDds(const std::wstring& path, PictureFacts& facts);
 bool ReadDdsPicture(const std::wstring& path, Image& image);
 bool WriteDdsPicture(const Image& image, const std::wstring& path, PixelFormat format);
 

@@ -12,10 +12,11 @@ namespace skyvault {
 /// The module, loaded by the first call; null when that failed (CodecTrouble tells why).
 const OiioFunctions* Oiio();
 
-/// DecodePicture, MeasurePicture and EncodePicture for every kind of file OpenImageIO knows. The module
+/// DecodePicture, InspectPicture and EncodePicture for every kind of file OpenImageIO knows. The module
 /// throws nothing; a lack of memory in the program's own part may be thrown.
-bool DecodeWithOiio(const std::wstring& path, std::uint32_t frame, const PictureSize& target, Image& image);
-bool MeasureWithOiio(const std::wstring& path, PictureSize& size);
+Outcome DecodeWithOiio(const std::wstring& path, std::uint32_t frame, const PictureSize& target,
+                       Image& image);
+Outcome InspectWithOiio(const std::wstring& path, PictureFacts& facts);
 bool EncodeWithOiio(const Image& image, const std::wstring& path, PictureContainer container,
                     PixelFormat format);
 

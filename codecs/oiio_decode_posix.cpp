@@ -17,12 +17,14 @@
 #include "image/area_scale.h"
 #include "platform/file_stream.h"
 #include "platform/files.h"
+#include "platform/memory_budget.h"
 #include "platform/utf8.h"
 
 namespace skyvault {
 namespace {
 
 constexpr int kMostFrames = 65536;
+constexpr std::uint64_t kLargestFile = std::uint64_t{1} << 32;
 
 const char* OiioName(PictureKind kind) {
     switch (kind) {
@@ -59,20 +61,27 @@ bool ReadHeader(const std::wstring& path, PictureHeader& header) {
 /// An open file, set to one of its frames.
 struct OpenPicture {
     PictureHeader header;
+    std::uint64_t fileSize = 0;
     const OiioFunctions* oiio = nullptr;
     std::unique_ptr<void, void (*)(void*)> input{nullptr, [](void*) {}};
     OiioFacts facts{};
     std::uint32_t frameCount = 1;
     GifFrame gifFrame;
 
-    bool Open(const std::wstring& path, std::uint32_t frame);
+    JpegStructure jpeg;
+
+    /// Looks at the file without a codec: whether its header can be believed, and the size it tells.
+    bool Inspect(const std::wstring& path);
+    Outcome Open(const std::wstring& path, std::uint32_t frame);
     bool CountFrames(const std::wstring& path, std::uint32_t frame);
 };
+
+std::uint64_t MemoryOf(const OpenPicture& picture, PixelFormat format);
 
 bool OpenPicture::CountFrames(const std::wstring& path, std::uint32_t frame) {
     if (header.kind == PictureKind::Gif) {
         std::vector<std::byte> file;
-        if (!ReadWholeFile(path, file)) return false;
+        if (!ReadWholeFile(path, file, kLargestFile, FileUse::ReadShared)) return false;
         frameCount = ReadGifFrames(file, frame, gifFrame);
     } else {
         int count = 1;
@@ -82,31 +91,76 @@ bool OpenPicture::CountFrames(const std::wstring& path, std::uint32_t frame) {
     return frame < frameCount;
 }
 
-bool IsCut(const std::wstring& path) {
-    std::vector<std::byte> file;
-    return !ReadWholeFile(path, file) || !JpegReachesItsEnd(file);
+/// What decoding takes at most when the picture gets the format.
+std::uint64_t MemoryOf(const OpenPicture& picture, PixelFormat format) {
+    const PictureHeader& header = picture.header;
+    std::uint64_t width = header.width, height = header.height;
+    if (picture.facts.width > 0) {
+        width = static_cast<std::uint64_t>(picture.facts.width);
+        height = static_cast<std::uint64_t>(picture.facts.height);
+    }
+    std::uint64_t perPixel = BytesPerPixel(format);
+    switch (header.kind) {
+        case PictureKind::Gif:   // the canvas, and what was on it before
+        case PictureKind::Heif:  // colours with subsampling, and what becomes of them
+        case PictureKind::Webp:
+            perPixel += 8;
+            break;
+        default:
+            break;
+    }
+    // Scans that hold a part of every block leave coefficients of 16 bits between them.
+    const JpegStructure& jpeg = picture.jpeg;
+    const std::uint64_t coefficients = jpeg.progressive || jpeg.scans > 1 ? jpeg.blocks * 64 * 2 : 0;
+    return width * height * perPixel + header.unpackedBytes + coefficients;
 }
 
-bool OpenPicture::Open(const std::wstring& path, std::uint32_t frame) {
+bool OpenPicture::Inspect(const std::wstring& path) {
     // Opening a pipe would wait for its other end.
-    if (!std::filesystem::is_regular_file(ToSystemBytes(path))) return false;
-    const std::uint64_t fileSize = FileSizeOf(path);
-    if (!ReadHeader(path, header) || !PlausibleSize(header.width, header.height, fileSize)) return false;
-    if (header.kind == PictureKind::Gif && std::uint64_t{header.width} * header.height >= (1u << 29)) {
-        return false;  // its canvas in bytes is counted in 31 bits
+    if (!std::filesystem::is_regular_file(ToSystemBytes(path)) || !ReadHeader(path, header)) return false;
+    fileSize = FileSizeOf(path);
+    switch (header.kind) {
+        case PictureKind::Jpeg: {
+            std::vector<std::byte> file;
+            if (!ReadWholeFile(path, file, kLargestFile, FileUse::ReadShared)) return false;
+            jpeg = ReadJpegStructure(file);
+            header.width = jpeg.width;
+            header.height = jpeg.height;
+            return IsSoundJpeg(jpeg, fileSize);
+        }
+        case PictureKind::Bmp:
+        case PictureKind::Png:
+            return IsReadableSize(header.width, header.height) && header.leastBytes <= fileSize;
+        case PictureKind::Gif:
+            // Its canvas in bytes is counted in 31 bits.
+            if (std::uint64_t{header.width} * header.height >= (1u << 29)) return false;
+            break;
+        default:
+            break;
     }
-    if (header.kind == PictureKind::Jpeg && IsCut(path)) return false;
+    return PlausibleSize(header.width, header.height, fileSize);
+}
+
+Outcome OpenPicture::Open(const std::wstring& path, std::uint32_t frame) {
+    if (!Inspect(path)) return Failure(Reason::CannotOpen, path);
+    // Some codecs do their work, or ask for their memory, as soon as they have the file.
+    Outcome within = WithinMemoryBudget(path, MemoryOf(*this, PixelFormat::Grey8));
+    if (!within.IsDone()) return within;
     oiio = Oiio();
-    if (!oiio) return false;
+    if (!oiio) return Failure(Reason::CannotOpen, path);
     const std::string name = ToSystemBytes(path);
     input = {oiio->openInput(name.c_str(), OiioName(header.kind)), oiio->closeInput};
-    if (!input || !CountFrames(path, frame) || !oiio->selectFrame(input.get(), static_cast<int>(frame)) ||
-        !oiio->describe(input.get(), &facts)) {
-        return false;
-    }
-    return facts.width >= 1 && facts.height >= 1 && facts.depth <= 1 && facts.channels >= 1 &&
-           PlausibleSize(static_cast<std::uint64_t>(facts.width), static_cast<std::uint64_t>(facts.height),
-                         fileSize);
+    const bool open = input && CountFrames(path, frame) &&
+                      oiio->selectFrame(input.get(), static_cast<int>(frame)) &&
+                      oiio->describe(input.get(), &facts) && facts.width >= 1 && facts.height >= 1 &&
+                      facts.depth <= 1 && facts.channels >= 1;
+    const auto width = static_cast<std::uint32_t>(facts.width),
+               height = static_cast<std::uint32_t>(facts.height);
+    // Sizes that the header tells were looked at.
+    const bool believed = header.width == width && header.height == height;
+    if (!open || (!believed && !PlausibleSize(width, height, fileSize)))
+        return Failure(Reason::CannotOpen, path);
+    return {};
 }
 
 /// How the channels of a file become those of a picture.
@@ -213,12 +267,32 @@ void DivideByAlpha(Image& image) {
     }
 }
 
+/// Whether pixels are read as they are stored in the picture.
+bool ReadsInPlace(const Plan& plan) {
+    return !plan.linear && plan.channels == ChannelCount(plan.format);
+}
+
+/// What is known of an open picture.
+PictureFacts FactsOf(const OpenPicture& picture, const Plan& plan) {
+    PictureFacts facts;
+    facts.size = {static_cast<std::uint32_t>(picture.facts.width),
+                  static_cast<std::uint32_t>(picture.facts.height)};
+    facts.format = plan.format;
+    facts.frameCount = picture.frameCount;
+    facts.memory = MemoryOf(picture, plan.format);
+    if (!ReadsInPlace(plan)) {
+        facts.memory += std::uint64_t{facts.size.width} * facts.size.height *
+                        static_cast<std::uint64_t>(plan.channels) * BytesOf(plan.readAs);
+    }
+    return facts;
+}
+
 bool ReadPixels(OpenPicture& picture, const Plan& plan, Image& image) {
     const auto read = [&](void* memory) {
         return picture.oiio->readPixels(picture.input.get(), plan.channels, plan.readAs, memory);
     };
     const int toChannels = ChannelCount(image.format);
-    if (!plan.linear && plan.channels == toChannels) {
+    if (ReadsInPlace(plan)) {
         if (!read(image.pixels.get())) return false;
     } else {
         const std::size_t rowBytes = std::size_t{image.width} * plan.channels * BytesOf(plan.readAs);
@@ -247,15 +321,19 @@ bool ReadPixels(OpenPicture& picture, const Plan& plan, Image& image) {
 
 }  // namespace
 
-bool DecodeWithOiio(const std::wstring& path, std::uint32_t frame, const PictureSize& target, Image& image) {
+Outcome DecodeWithOiio(const std::wstring& path, std::uint32_t frame, const PictureSize& target,
+                       Image& image) {
     OpenPicture picture;
-    if (!picture.Open(path, frame)) return false;
-    const PictureSize size{static_cast<std::uint32_t>(picture.facts.width),
-                           static_cast<std::uint32_t>(picture.facts.height)};
+    Outcome done = picture.Open(path, frame);
+    if (!done.IsDone()) return done;
     const Plan plan = MakePlan(picture);
-    Image decoded(size.width, size.height, plan.format);
-    if (!decoded.IsValid() || !ReadPixels(picture, plan, decoded)) return false;
-    if (!ScaleInto(target, decoded)) return false;
+    const PictureFacts facts = FactsOf(picture, plan);
+    done = WithinMemoryBudget(path, facts.memory);
+    if (!done.IsDone()) return done;
+    Image decoded(facts.size.width, facts.size.height, plan.format);
+    if (!decoded.IsValid() || !ReadPixels(picture, plan, decoded) || !ScaleInto(target, decoded)) {
+        return Failure(Reason::CannotOpen, path);
+    }
     decoded.frameCount = picture.frameCount;
     if (picture.frameCount > 1) {
         constexpr std::uint32_t kMissingDelay = 10;
@@ -268,15 +346,26 @@ bool DecodeWithOiio(const std::wstring& path, std::uint32_t frame, const Picture
         decoded.frameHeight = gif.height;
     }
     image = std::move(decoded);
-    return true;
+    return {};
 }
 
-bool MeasureWithOiio(const std::wstring& path, PictureSize& size) {
+Outcome InspectWithOiio(const std::wstring& path, PictureFacts& facts) {
     OpenPicture picture;
-    if (!picture.Open(path, 0)) return false;
-    size = {static_cast<std::uint32_t>(picture.facts.width),
-            static_cast<std::uint32_t>(picture.facts.height)};
-    return true;
+    if (!picture.Inspect(path)) return Failure(Reason::CannotOpen, path);
+    if (picture.header.kind == PictureKind::Jpeg) {
+        // Opened, a progressive file would be unpacked.
+        const JpegStructure& jpeg = picture.jpeg;
+        facts.size = {jpeg.width, jpeg.height};
+        facts.format = jpeg.components == 1   ? PixelFormat::Grey8
+                       : jpeg.components == 3 ? PixelFormat::Rgb8
+                                              : PixelFormat::Rgba8;
+        facts.frameCount = 1;
+        facts.memory = MemoryOf(picture, facts.format);
+        return {};
+    }
+    Outcome done = picture.Open(path, 0);
+    if (done.IsDone()) facts = FactsOf(picture, MakePlan(picture));
+    return done;
 }
 
 }  // namespace skyvault

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "image/image.h"
+#include "platform/outcome.h"
 
 namespace skyvault {
 
@@ -24,13 +25,14 @@ struct PictureFacts {
     std::uint64_t memory = 0;  ///< bytes that decoding takes at most, the picture among them
 };
 
-/// Decodes one frame; arguments as LoadPicture. False on any failure.
-bool DecodePicture(const std::wstring& path, std::uint32_t frame, std::uint32_t targetWidth,
-                   std::uint32_t targetHeight, Image& image);
+/// Decodes one frame; arguments as LoadPicture. NeedsMemory when that takes more than the program may use
+/// (platform/memory_budget.h), CannotOpen on any other failure.
+Outcome DecodePicture(const std::wstring& path, std::uint32_t frame, std::uint32_t targetWidth,
+                      std::uint32_t targetHeight, Image& image);
 
-/// The size of the first frame as far as the codec tells it without decoding. False when it cannot open the
-/// file or does not believe its header.
-bool MeasurePicture(const std::wstring& path, PictureSize& size);
+/// What the file tells about its first frame, as far as possible without decoding. CannotOpen when it cannot
+/// be opened or its header is not believed; a codec that decodes as soon as it opens may say NeedsMemory.
+Outcome InspectPicture(const std::wstring& path, PictureFacts& facts);
 
 /// Encodes the picture in (or as near as the container allows to) the format, straight to `path`, whose
 /// extension need not match. False on any failure; a broken file may then be left, which the caller

@@ -9,6 +9,7 @@
 #include "codecs/picture_codec.h"
 #include "codecs/tiff_file_posix.h"
 #include "image/area_scale.h"
+#include "platform/memory_budget.h"
 
 namespace skyvault {
 
@@ -26,41 +27,48 @@ bool Lists(std::string_view list, std::string_view word) {
 
 }  // namespace
 
-bool DecodePicture(const std::wstring& path, std::uint32_t frame, std::uint32_t targetWidth,
-                   std::uint32_t targetHeight, Image& image) {
+Outcome DecodePicture(const std::wstring& path, std::uint32_t frame, std::uint32_t targetWidth,
+                      std::uint32_t targetHeight, Image& image) {
     const PictureSize target{targetWidth, targetHeight};
+    Outcome failed = Failure(Reason::CannotOpen, path);
     try {
         Image decoded;
         PlainBmp bmp(path);
         if (bmp.IsOpen()) {
-            if (frame != 0 || !bmp.Read(decoded)) return false;
+            if (frame != 0) return failed;
+            Outcome within = WithinMemoryBudget(path, bmp.Facts().memory);
+            if (!within.IsDone()) return within;
+            if (!bmp.Read(decoded)) return failed;
         } else {
             TiffFile tiff(path);
             if (!tiff.IsTiff()) return DecodeWithOiio(path, frame, target, image);
-            if (!tiff.Select(frame) || !tiff.Read(decoded)) return false;
+            if (!tiff.Select(frame)) return failed;
+            Outcome within = WithinMemoryBudget(path, tiff.Facts().memory);
+            if (!within.IsDone()) return within;
+            if (!tiff.Read(decoded)) return failed;
         }
-        if (!ScaleInto(target, decoded)) return false;
+        if (!ScaleInto(target, decoded)) return failed;
         image = std::move(decoded);
-        return true;
+        return {};
     } catch (...) {
-        return false;
+        return failed;
     }
 }
 
-bool MeasurePicture(const std::wstring& path, PictureSize& size) {
+Outcome InspectPicture(const std::wstring& path, PictureFacts& facts) {
     try {
         const PlainBmp bmp(path);
         if (bmp.IsOpen()) {
-            size = bmp.Size();
-            return true;
+            facts = bmp.Facts();
+            return {};
         }
         TiffFile tiff(path);
-        if (!tiff.IsTiff()) return MeasureWithOiio(path, size);
-        if (!tiff.Select(0)) return false;
-        size = tiff.Facts().size;
-        return true;
+        if (!tiff.IsTiff()) return InspectWithOiio(path, facts);
+        if (!tiff.Select(0)) return Failure(Reason::CannotOpen, path);
+        facts = tiff.Facts();
+        return {};
     } catch (...) {
-        return false;
+        return Failure(Reason::CannotOpen, path);
     }
 }
 

@@ -9,48 +9,54 @@
 #include "image/bleed_alpha.h"
 #include "platform/file_stream.h"
 #include "platform/files.h"
+#include "platform/memory_budget.h"
 #include "platform/output_file.h"
 #include "platform/path_text.h"
 
 namespace skyvault {
 namespace {
 
+// The extension chooses the reader and the writer here, and nowhere else.
+
+bool InspectTga(const std::wstring& path, PictureFacts& facts) {
+    constexpr std::size_t kBitsAt = 16;
+    std::array<std::byte, kTgaHeaderSize> header;
+    FileStream file(path, FileUse::ReadShared);
+    if (!file.IsOpen() || !file.Read(header.data(), header.size()) || !ReadTgaSize(header, facts.size)) {
+        return false;
+    }
+    facts.format = header[kBitsAt] == std::byte{32} ? PixelFormat::Rgba8 : PixelFormat::Rgb8;
+    facts.frameCount = 1;
+    facts.memory = std::uint64_t{BytesPerPixel(facts.format)} * facts.size.width * facts.size.height;
+    return true;
+}
+
+Outcome InspectByExtension(const std::wstring& path, PictureFacts& facts) {
+    const std::wstring extension = UpperExtension(path);
+    if (extension != L"TGA" && extension != L"DDS") return InspectPicture(path, facts);
+    const bool told = extension == L"TGA" ? InspectTga(path, facts) : InspectDds(path, facts);
+    return told ? Outcome{} : Failure(Reason::CannotOpen, path);
+}
+
 bool ReadTgaFile(const std::wstring& path, Image& image) {
     constexpr std::uint64_t kLargestFile = std::uint64_t{1} << 32;
-    if (path.empty()) return false;
-    FileStream file(path, FileUse::Read);
+    FileStream file(path, FileUse::ReadShared);
     if (!file.IsOpen() || file.Size() > kLargestFile) return false;
     const auto next = [&](void* to, std::size_t n) { return file.Read(to, n); };
     return ReadTga(next, static_cast<std::size_t>(file.Size()), FileNamePart(path), image);
 }
 
-// The extension chooses the reader and the writer here, and nowhere else.
-
-bool ReadByExtension(const std::wstring& path, std::uint32_t frame, const PictureSize& target, Image& image) {
+Outcome ReadByExtension(const std::wstring& path, const PictureRequest& request, Image& image) {
     const std::wstring extension = UpperExtension(path);
-    if (extension == L"TGA") return ReadTgaFile(path, image);
-    if (extension == L"DDS") return ReadDdsPicture(path, image);
-    return DecodePicture(path, frame, target.width, target.height, image);
-}
-
-bool MeasureTga(const std::wstring& path, PictureSize& size) {
-    std::array<std::byte, kTgaHeaderSize> header;
-    FileStream file(path, FileUse::Read);
-    return file.IsOpen() && file.Read(header.data(), header.size()) && ReadTgaSize(header, size);
-}
-
-bool MeasureDds(const std::wstring& path, PictureSize& size) {
-    DdsMetadata metadata;
-    if (!ReadDdsMetadata(path, metadata)) return false;
-    size = {metadata.width, metadata.height};
-    return true;
-}
-
-bool MeasureByExtension(const std::wstring& path, PictureSize& size) {
-    const std::wstring extension = UpperExtension(path);
-    if (extension == L"TGA") return MeasureTga(path, size);
-    if (extension == L"DDS") return MeasureDds(path, size);
-    return MeasurePicture(path, size);
+    if (extension != L"TGA" && extension != L"DDS") {
+        return DecodePicture(path, request.frame, request.target.width, request.target.height, image);
+    }
+    PictureFacts facts;
+    Outcome done = InspectByExtension(path, facts);
+    if (done.IsDone()) done = WithinMemoryBudget(path, facts.memory);
+    if (!done.IsDone()) return done;
+    const bool read = extension == L"TGA" ? ReadTgaFile(path, image) : ReadDdsPicture(path, image);
+    return read ? Outcome{} : Failure(Reason::CannotOpen, path);
 }
 
 Outcome WriteByExtension(const Image& image, const std::wstring& path, PixelFormat format) {
@@ -76,14 +82,19 @@ std::wstring InfoLines(const std::wstring& path, const std::wstring& resolution,
 }  // namespace
 
 Outcome LoadPicture(const std::wstring& path, Image& image, const PictureRequest& request) {
-    if (ReadByExtension(path, request.frame, request.target, image)) return {};
-    image.Clear();
-    return Failure(Reason::CannotOpen, path);
+    if (path.empty()) return Failure(Reason::CannotOpen);
+    Outcome read = ReadByExtension(path, request, image);
+    if (!read.IsDone()) image.Clear();
+    return read;
+}
+
+Outcome ReadPictureFacts(const std::wstring& path, PictureFacts& facts) {
+    return InspectByExtension(path, facts);
 }
 
 PictureSize ReadPictureSize(const std::wstring& path) {
-    PictureSize size;
-    return MeasureByExtension(path, size) ? size : PictureSize{};
+    PictureFacts facts;
+    return ReadPictureFacts(path, facts).IsDone() ? facts.size : PictureSize{};
 }
 
 Outcome SavePicture(Image& image, const std::wstring& path, PixelFormat format, bool bleed) {

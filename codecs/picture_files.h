@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <string>
 
+#include "codecs/picture_codec.h"
 #include "image/image.h"
 #include "platform/outcome.h"
 
@@ -18,8 +19,13 @@ struct PictureRequest {
     PictureSize target = {};  ///< both sizes ≥ 1: scaled while decoding to fit inside, aspect ratio kept
 };
 
-/// Reads a picture. CannotOpen, with an invalid image, on any failure.
+/// Reads a picture. NeedsMemory when that takes more than the program may use, CannotOpen on any other
+/// failure; the image is then invalid.
 Outcome LoadPicture(const std::wstring& path, Image& image, const PictureRequest& request = {});
+
+/// What a picture file tells about itself, as far as its kind allows without reading its pixels. CannotOpen
+/// when it cannot be told.
+Outcome ReadPictureFacts(const std::wstring& path, PictureFacts& facts);
 
 /// The size a picture file says it has, without reading its pixels; 0 × 0 when it cannot be told.
 PictureSize ReadPictureSize(const std::wstring& path);

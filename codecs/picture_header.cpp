@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <iterator>
 #include <limits>
 #include <string_view>
 
@@ -55,6 +56,11 @@ void ReadBmp(const Start& file, PictureHeader& header) {
         header.sound &= Little32(file.At(54)) == 0xff0000 && Little32(file.At(58)) == 0xff00 &&
                         Little32(file.At(62)) == 0xff;
     }
+    const std::uint64_t pixels = std::uint64_t{header.width} * header.height;
+    // A run of at most 255 pixels takes two bytes, and none goes on in the next row.
+    header.leastBytes = packed ? (std::uint64_t{header.width} + 254) / 255 * 2 * header.height
+                               : (std::uint64_t{header.width} * bits / 8) * header.height;
+    if (packed) header.unpackedBytes = pixels;
     header.indirect = bits <= 16;
     header.alphaUnused = bits == 32 && (headerSize < kHeaderWithAlphaMask || Little32(file.At(66)) == 0);
 }
@@ -64,6 +70,15 @@ void ReadPng(const Start& file, PictureHeader& header) {
     header.width = Big32(file.At(16));
     header.height = Big32(file.At(20));
     header.sound = file.Has(12, "IHDR"sv);
+    constexpr std::uint64_t kChannels[] = {1, 0, 3, 1, 2, 0, 4};
+    const auto colours = std::to_integer<std::size_t>(*file.At(25));
+    const std::uint64_t bits = colours < std::size(kChannels)
+                                   ? kChannels[colours] * std::to_integer<std::uint64_t>(*file.At(24))
+                                   : 0;
+    // Each row begins with its filter's number. What is deflated takes at least two bits for 258 bytes.
+    const std::uint64_t rows = (1 + (header.width * bits + 7) / 8) * header.height;
+    header.leastBytes = rows / 1032;
+    if (*file.At(28) != std::byte{0}) header.unpackedBytes = rows;  // interlaced
     header.indirect = *file.At(24) < std::byte{8} || *file.At(25) == kPalette;
 }
 
@@ -74,6 +89,19 @@ void ReadGif(const Start& file, PictureHeader& header) {
     header.indirect = true;
 }
 
+void ReadWebp(const Start& file, PictureHeader& header) {
+    if (file.Has(12, "VP8X"sv)) {
+        header.width = (Little32(file.At(24)) & 0xffffff) + 1;
+        header.height = (Little32(file.At(26)) >> 8) + 1;
+    } else if (file.Has(12, "VP8L"sv)) {
+        header.width = (Little32(file.At(21)) & 0x3fff) + 1;
+        header.height = (Little32(file.At(21)) >> 14 & 0x3fff) + 1;
+    } else if (file.Has(12, "VP8 "sv)) {
+        header.width = Little16(file.At(26)) & 0x3fff;
+        header.height = Little16(file.At(28)) & 0x3fff;
+    }
+}
+
 bool IsHeif(const Start& file) {
     if (!file.Has(4, "ftyp"sv)) return false;
     for (const std::string_view brand : {"heic"sv, "heix"sv, "hevc"sv, "mif1"sv, "msf1"sv, "avif"sv}) {
@@ -82,7 +110,8 @@ bool IsHeif(const Start& file) {
     return false;
 }
 
-constexpr std::byte kMarker{0xff}, kStartOfImage{0xd8}, kEndOfImage{0xd9}, kTemporary{0x01};
+constexpr std::byte kMarker{0xff}, kStartOfImage{0xd8}, kEndOfImage{0xd9}, kTemporary{0x01},
+    kStartOfScan{0xda};
 
 /// Restart markers, stuffed zeros and repeated 0xFF are data of the scan they stand in.
 bool IsData(std::byte code) {
@@ -99,6 +128,55 @@ std::size_t NextMarker(std::span<const std::byte> file, std::size_t at) {
         ++at;
     }
     return file.size();
+}
+
+/// Every kind of frame, also those that are not read.
+bool IsFrame(std::byte code) {
+    constexpr std::byte kTables{0xc4}, kExtension{0xc8}, kConditioning{0xcc};
+    return code >= std::byte{0xc0} && code <= std::byte{0xcf} && code != kTables && code != kExtension &&
+           code != kConditioning;
+}
+
+/// segment: from its length on.
+void ReadJpegFrame(std::byte code, std::span<const std::byte> segment, JpegStructure& jpeg) {
+    constexpr std::size_t kHead = 8, kEach = 3;
+    const unsigned kind = std::to_integer<unsigned>(code) & 15;
+    const bool known = kind <= 2 || kind == 9 || kind == 10;  // no lossless or hierarchical ones
+    if (segment.size() < kHead || !known || segment[2] != std::byte{8}) return;
+    const std::uint32_t height = Big16(&segment[3]), width = Big16(&segment[5]);
+    const auto components = std::to_integer<std::uint32_t>(segment[7]);
+    if ((components != 1 && components != 3 && components != 4) ||
+        segment.size() < kHead + kEach * components) {
+        return;
+    }
+    std::uint32_t across = 1, down = 1;  // the finest sampling
+    const auto sampling = [&](std::uint32_t i, std::uint32_t& x, std::uint32_t& y) {
+        const auto both = std::to_integer<std::uint32_t>(segment[kHead + kEach * i + 1]);
+        x = both >> 4;
+        y = both & 15;
+        return x >= 1 && x <= 4 && y >= 1 && y <= 4;
+    };
+    for (std::uint32_t i = 0; i < components; ++i) {
+        std::uint32_t x = 0, y = 0;
+        if (!sampling(i, x, y)) return;
+        across = std::max(across, x);
+        down = std::max(down, y);
+    }
+    std::uint64_t blocks = 0;
+    for (std::uint32_t i = 0; i < components; ++i) {
+        std::uint32_t x = 0, y = 0;
+        sampling(i, x, y);
+        const auto count = [](std::uint64_t edge, std::uint32_t part, std::uint32_t whole) {
+            return (edge * part + 8 * whole - 1) / (8 * whole);
+        };
+        blocks += count(width, x, across) * count(height, y, down);
+    }
+    jpeg.width = width;
+    jpeg.height = height;
+    jpeg.components = components;
+    jpeg.blocks = blocks;
+    jpeg.progressive = kind == 2 || kind == 10;
+    jpeg.arithmetic = kind >= 9;
 }
 
 }  // namespace
@@ -125,6 +203,7 @@ PictureHeader ReadPictureHeader(std::span<const std::byte> start) {
             header.kind = PictureKind::Heif;
         } else if (file.Has(0, "RIFF"sv) && file.Has(8, "WEBP"sv)) {
             header.kind = PictureKind::Webp;
+            ReadWebp(file, header);
         }
         header.sound = header.kind != PictureKind::Unknown;
         return header;
@@ -151,18 +230,42 @@ bool PlausibleSize(std::uint64_t width, std::uint64_t height, std::uint64_t file
            width * height * kBytesPerPixel <= kAlwaysAllowed + kBestRatio * fileSize;
 }
 
-bool JpegReachesItsEnd(std::span<const std::byte> file) {
-    if (file.size() < 2 || file[0] != kMarker || file[1] != kStartOfImage) return false;
+JpegStructure ReadJpegStructure(std::span<const std::byte> file) {
+    JpegStructure jpeg;
+    if (file.size() < 2 || file[0] != kMarker || file[1] != kStartOfImage) return jpeg;
     for (std::size_t at = NextMarker(file, 2); at < file.size(); at = NextMarker(file, at)) {
         const std::byte code = file[at + 1];
-        if (code == kEndOfImage) return true;
+        if (code == kEndOfImage) {
+            jpeg.whole = true;
+            return jpeg;
+        }
         at += 2;
         if (code == kTemporary || code == kStartOfImage) continue;  // no segment behind them
-        if (at + 1 >= file.size()) return false;
+        if (at + 1 >= file.size()) return jpeg;
         // The length counts its own two bytes.
-        at += Big16(&file[at]);
+        const std::size_t length = Big16(&file[at]);
+        if (code == kStartOfScan) ++jpeg.scans;
+        if (IsFrame(code) && jpeg.components == 0) {
+            ReadJpegFrame(code, file.subspan(at, std::min(length, file.size() - at)), jpeg);
+        }
+        at += length;
     }
-    return false;
+    return jpeg;
+}
+
+bool IsSoundJpeg(const JpegStructure& jpeg, std::uint64_t fileSize) {
+    // Each costs a pass over all blocks, however small it is; ten are usual.
+    constexpr std::uint32_t kMostScans = 100;
+    // Whatever the code tables, a block of a sequential file takes a bit for its mean and one that says that
+    // there is nothing else. Progressive files tell of the latter for thousands of blocks at once, and need
+    // not tell it at all.
+    const std::uint64_t leastBits = jpeg.blocks * (jpeg.progressive ? 1 : 2);
+    return jpeg.whole && jpeg.scans <= kMostScans && IsReadableSize(jpeg.width, jpeg.height) &&
+           (jpeg.arithmetic ? PlausibleSize(jpeg.width, jpeg.height, fileSize) : leastBits / 8 <= fileSize);
+}
+
+bool JpegReachesItsEnd(std::span<const std::byte> file) {
+    return ReadJpegStructure(file).whole;
 }
 
 }  // namespace skyvault

@@ -13,9 +13,11 @@ enum class PictureKind { Unknown, Bmp, Jpeg, Png, Tiff, Gif, Heif, Webp };
 struct PictureHeader {
     PictureKind kind = PictureKind::Unknown;
     bool sound = false;                   ///< nothing in the header contradicts itself
-    std::uint32_t width = 0, height = 0;  ///< 0 for the kinds that tell it further on: JPEG, TIFF, HEIF, WebP
+    std::uint32_t width = 0, height = 0;  ///< 0 for the kinds that tell it further on: JPEG, TIFF, HEIF
     bool indirect = false;     ///< a palette, or fewer than 8 bits a channel: pixels no format of ours holds
     bool alphaUnused = false;  ///< four channels whose fourth has no meaning
+    std::uint64_t leastBytes = 0;     ///< no whole file of this picture is smaller (BMP, PNG; else 0)
+    std::uint64_t unpackedBytes = 0;  ///< what a decoder must hold beside the rows it hands out (BMP, PNG)
 };
 
 /// As many bytes of the file as ReadPictureHeader looks at.
@@ -30,6 +32,23 @@ bool IsReadableSize(std::uint64_t width, std::uint64_t height);
 /// False for a picture far larger than a file of this size can hold: its header is not believed, and nothing
 /// is allocated for it. Sizes in pixels and bytes.
 bool PlausibleSize(std::uint64_t width, std::uint64_t height, std::uint64_t fileSize);
+
+/// What the markers of a JPEG file tell.
+struct JpegStructure {
+    bool whole = false;                   ///< they lead to "end of image"
+    std::uint32_t width = 0, height = 0;  ///< 0: no frame that is read here, or one that contradicts itself
+    std::uint32_t components = 0;         ///< 1, 3 or 4
+    std::uint64_t blocks = 0;             ///< of 8 × 8 values, in all components
+    std::uint32_t scans = 0;
+    bool progressive = false;
+    bool arithmetic = false;  ///< coded in fractions of bits
+};
+
+/// Walks the file's markers; what follows "end of image" is not looked at.
+JpegStructure ReadJpegStructure(std::span<const std::byte> file);
+
+/// Whether a decoder may have the file: whole, of few enough scans, and large enough for its blocks.
+bool IsSoundJpeg(const JpegStructure& jpeg, std::uint64_t fileSize);
 
 /// True when a JPEG file's markers lead to "end of image"; what follows it is not looked at. False for cut
 /// files, whose missing part decoders fill with grey and say nothing, and for what is no JPEG.

@@ -118,7 +118,9 @@ Handle OpenHandle(Source& source) {
     if (!options) return {nullptr, TIFFClose};
     TIFFOpenOptionsSetErrorHandlerExtR(options.get(), CountError, &source);
     TIFFOpenOptionsSetWarningHandlerExtR(options.get(), CountWarning, &source);
-    const std::uint64_t most = std::min<std::uint64_t>(MemoryBudget(), PTRDIFF_MAX);
+    // Whether the picture itself is too large is found out before it is decoded.
+    constexpr std::uint64_t kAlways = std::uint64_t{64} << 20;
+    const std::uint64_t most = std::clamp<std::uint64_t>(MemoryBudget(), kAlways, PTRDIFF_MAX);
     TIFFOpenOptionsSetMaxSingleMemAlloc(options.get(), static_cast<tmsize_t>(most));
     return {TIFFClientOpenExt("", "rhm", &source, ReadSource, WriteNothing, SeekSource, KeepSource,
                               SizeOfSource, nullptr, nullptr, options.get()),

@@ -8,6 +8,7 @@
 #include "codecs/picture_header.h"
 #include "platform/debug_line.h"
 #include "platform/files.h"
+#include "platform/memory_budget.h"
 
 namespace skyvault {
 namespace {
@@ -167,6 +168,27 @@ bool NeedsByteSwap(IWICImagingFactory& factory, IWICBitmapDecoder& decoder, cons
            TiffDecoderSwapsBytes();
 }
 
+/// The format that pixels are read in: their own, or 32 bits where none of ours is.
+const WicFormat& ReadFormat(const WicFormat* listed) {
+    static const WicFormat kConverted{&GUID_WICPixelFormat32bppBGRA, PixelFormat::Rgba8, false};
+    return listed ? *listed : kConverted;
+}
+
+/// What the frame tells of itself; false when it does not, or is not believed.
+bool FactsOf(const std::wstring& path, const OpenFrame& file, PictureFacts& facts) {
+    UINT width = 0, height = 0;
+    WICPixelFormatGUID format;
+    if (FAILED(file.source->GetSize(&width, &height)) || width == 0 || height == 0 ||
+        FAILED(file.source->GetPixelFormat(&format)) || !PlausibleSize(width, height, FileSizeOf(path))) {
+        return false;
+    }
+    facts.size = {width, height};
+    facts.format = ReadFormat(FindWicFormat(format)).format;
+    facts.frameCount = file.frameCount;
+    facts.memory = std::uint64_t{BytesPerPixel(facts.format)} * width * height;
+    return true;
+}
+
 }  // namespace
 
 bool CopyWicPixels(IWICBitmapSource& whole, IWICBitmapSource& rows, Image& image) {
@@ -178,35 +200,38 @@ bool CopyWicPixels(IWICBitmapSource& whole, IWICBitmapSource& rows, Image& image
     return true;
 }
 
-bool DecodePicture(const std::wstring& path, std::uint32_t frameIndex, std::uint32_t targetWidth,
-                   std::uint32_t targetHeight, Image& image) {
+Outcome DecodePicture(const std::wstring& path, std::uint32_t frameIndex, std::uint32_t targetWidth,
+                      std::uint32_t targetHeight, Image& image) {
+    Outcome failed = Failure(Reason::CannotOpen, path);
     OpenFrame file;
-    if (!file.Open(path, frameIndex)) return false;
+    PictureFacts facts;
+    if (!file.Open(path, frameIndex) || !FactsOf(path, file, facts)) return failed;
+    Outcome within = WithinMemoryBudget(path, facts.memory);
+    if (!within.IsDone()) return within;
     IWICImagingFactory& factory = *file.factory.Get();
     const ComPtr<IWICBitmapSource>& frame = file.source;
 
     ComPtr<IWICBitmapSource> source = frame;
     if (targetWidth >= 1 && targetHeight >= 1) {
         source = ScaleToFit(factory, *frame.Get(), targetWidth, targetHeight);
-        if (!source) return false;
+        if (!source) return failed;
     }
     UINT width = 0, height = 0;
     WICPixelFormatGUID frameFormat;
     if (FAILED(source->GetSize(&width, &height)) || width == 0 || height == 0 ||
         FAILED(frame->GetPixelFormat(&frameFormat)) || !PlausibleSize(width, height, FileSizeOf(path))) {
-        return false;
+        return failed;
     }
 
-    static const WicFormat kConverted{&GUID_WICPixelFormat32bppBGRA, PixelFormat::Rgba8, false};
     const WicFormat* listed = FindWicFormat(frameFormat);
-    const WicFormat& format = listed ? *listed : kConverted;
+    const WicFormat& format = ReadFormat(listed);
     const ComPtr<IWICBitmapSource> rows = InFormat(frame, *format.guid);
     const ComPtr<IWICBitmapSource> whole =
         source.Get() == frame.Get() ? rows : InFormat(source, *format.guid);
-    if (!rows || !whole) return false;
+    if (!rows || !whole) return failed;
 
     Image decoded(width, height, format.format);
-    if (!decoded.IsValid() || !CopyWicPixels(*whole.Get(), *rows.Get(), decoded)) return false;
+    if (!decoded.IsValid() || !CopyWicPixels(*whole.Get(), *rows.Get(), decoded)) return failed;
     if (NeedsByteSwap(factory, *file.decoder.Get(), path, listed)) {
         SwapBytesOf16(decoded.pixels.get(), decoded.ByteCount());
     }
@@ -214,18 +239,13 @@ bool DecodePicture(const std::wstring& path, std::uint32_t frameIndex, std::uint
     decoded.frameCount = file.frameCount;
     if (file.frameCount > 1) ReadFrameInformation(*file.decode.Get(), decoded);
     image = std::move(decoded);
-    return true;
+    return {};
 }
 
-bool MeasurePicture(const std::wstring& path, PictureSize& size) {
+Outcome InspectPicture(const std::wstring& path, PictureFacts& facts) {
     OpenFrame file;
-    UINT width = 0, height = 0;
-    if (!file.Open(path, 0) || FAILED(file.source->GetSize(&width, &height)) || width == 0 || height == 0 ||
-        !PlausibleSize(width, height, FileSizeOf(path))) {
-        return false;
-    }
-    size = {width, height};
-    return true;
+    const bool told = file.Open(path, 0) && FactsOf(path, file, facts);
+    return told ? Outcome{} : Failure(Reason::CannotOpen, path);
 }
 
 }  // namespace skyvault

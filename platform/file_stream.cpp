@@ -15,11 +15,12 @@ constexpr std::uint32_t kMillisecondsBetween = 100;
 
 std::atomic<bool> shareAndFailAtOnce{false};
 
-bool OpenPatiently(FileHandle& handle, const std::wstring& path, bool write) {
+bool OpenPatiently(FileHandle& handle, const std::wstring& path, FileUse use) {
+    const bool write = use == FileUse::Write;
     if (path.empty()) return false;
     for (int attempt = 0; attempt < kAttempts; ++attempt) {
         const bool atOnce = shareAndFailAtOnce;
-        if (handle.Open(path, write, atOnce && !write)) return true;
+        if (handle.Open(path, write, use == FileUse::ReadShared || (atOnce && !write))) return true;
         if (atOnce) return false;
         SleepMilliseconds(kMillisecondsBetween);
     }
@@ -42,7 +43,7 @@ void SetShareAndFailAtOnce(bool on) {
 FileStream::FileStream(const std::wstring& path, FileUse use) {
     auto state = std::make_unique<State>();
     state->writing = use == FileUse::Write;
-    if (!OpenPatiently(state->handle, path, state->writing)) return;
+    if (!OpenPatiently(state->handle, path, use)) return;
     state_ = std::move(state);
 }
 
@@ -94,9 +95,10 @@ bool FileStream::Close() {
     return ok;
 }
 
-bool ReadWholeFile(const std::wstring& path, std::vector<std::byte>& bytes, std::uint64_t limit) {
+bool ReadWholeFile(const std::wstring& path, std::vector<std::byte>& bytes, std::uint64_t limit,
+                   FileUse use) {
     bytes.clear();
-    FileStream file(path, FileUse::Read);
+    FileStream file(path, use);
     if (!file.IsOpen()) return false;
     const std::uint64_t size = file.Size();
     if (size > limit) return false;

@@ -15,8 +15,9 @@ namespace skyvault {
 void SetShareAndFailAtOnce(bool on);
 
 enum class FileUse {
-    Read,   ///< must exist
-    Write,  ///< created, or opened over an older one; holds exactly what was written once closed
+    Read,        ///< must exist; nobody else may have it open, unless the switch is on
+    ReadShared,  ///< must exist; other readers are welcome
+    Write,       ///< created, or opened over an older one; holds exactly what was written once closed
 };
 
 class FileStream {
@@ -52,6 +53,6 @@ class FileStream {
 /// The whole file as bytes; false when it cannot be opened, is larger than `limit` bytes or cannot be
 /// read to its end.
 bool ReadWholeFile(const std::wstring& path, std::vector<std::byte>& bytes,
-                   std::uint64_t limit = std::uint64_t{1} << 32);
+                   std::uint64_t limit = std::uint64_t{1} << 32, FileUse use = FileUse::Read);
 
 }  // namespace skyvault

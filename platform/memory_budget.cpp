@@ -17,6 +17,15 @@ std::uint64_t MemoryBudget() {
     return machine != 0 ? machine / 4 * 3 : std::numeric_limits<std::uint64_t>::max();
 }
 
+Outcome WithinMemoryBudget(const std::wstring& file, std::uint64_t bytes) {
+    const std::uint64_t allowed = MemoryBudget();
+    if (bytes <= allowed) return {};
+    Outcome outcome = Failure(Reason::NeedsMemory, file);
+    outcome.bytesNeeded = bytes;
+    outcome.bytesAllowed = allowed;
+    return outcome;
+}
+
 void SetMemoryBudget(std::uint64_t bytes) {
     budget = bytes;
 }

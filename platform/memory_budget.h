@@ -3,6 +3,9 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
+
+#include "platform/outcome.h"
 
 namespace skyvault {
 
@@ -11,6 +14,9 @@ std::uint64_t MemoryBudget();
 
 /// 0: back to the default.
 void SetMemoryBudget(std::uint64_t bytes);
+
+/// Done, or NeedsMemory of the file when reading it takes more than the budget.
+Outcome WithinMemoryBudget(const std::wstring& file, std::uint64_t bytes);
 
 /// What the machine has, in bytes; 0 when the system does not tell.
 std::uint64_t MachineMemory();

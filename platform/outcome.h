@@ -2,6 +2,7 @@
 // or writes. session/messages.h words it for the user.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <utility>
 
@@ -10,6 +11,7 @@ namespace skyvault {
 enum class Reason {
     Done,
     NoMemory,         ///< what there was memory for may be there
+    NeedsMemory,      ///< a picture whose decoding takes bytesNeeded, of which bytesAllowed may be used
     CannotOpen,       ///< no such file, or nothing that can be read
     CannotWrite,      ///< an older file of that name stays as it was
     LibraryFailed,    ///< a picture library broke down on the file
@@ -53,6 +55,7 @@ struct [[nodiscard]] Outcome {
     std::wstring infoLog = {};    ///< describes what was written, in tab-separated lines
     std::wstring otherFile = {};  ///< of reasons that are about two files
     Cause cause = Cause::Unknown;
+    std::uint64_t bytesNeeded = 0, bytesAllowed = 0;
 
     bool IsDone() const { return reason == Reason::Done; }
 };

@@ -1,5 +1,7 @@
 #include "session/messages.h"
 
+#include <cstdint>
+
 #include "platform/path_text.h"
 
 namespace skyvault {
@@ -31,6 +33,18 @@ const wchar_t* TextOf(Cause cause) {
     return L"";
 }
 
+/// Tenths of a gigabyte, or whole megabytes; what is needed is never told as less, what is allowed never as
+/// more than it is.
+std::wstring MemoryText(std::uint64_t bytes, bool roundUp) {
+    constexpr std::uint64_t kMega = std::uint64_t{1} << 20, kGiga = std::uint64_t{1} << 30;
+    const bool giga = bytes >= kGiga;
+    const std::uint64_t whole = giga ? kGiga : kMega, parts = giga ? 10 : 1;
+    const std::uint64_t rest = bytes % whole * parts;
+    const std::uint64_t count = bytes / whole * parts + rest / whole + (roundUp && rest % whole != 0 ? 1 : 0);
+    if (!giga) return std::to_wstring(count) + L" MB";
+    return std::to_wstring(count / 10) + L"." + std::to_wstring(count % 10) + L" GB";
+}
+
 }  // namespace
 
 std::wstring MessageOf(const Outcome& outcome) {
@@ -41,6 +55,9 @@ std::wstring MessageOf(const Outcome& outcome) {
             return {};
         case Reason::NoMemory:
             return L"Out of memory";
+        case Reason::NeedsMemory:
+            return file + L" needs " + MemoryText(outcome.bytesNeeded, true) + L" of memory, of which " +
+                   MemoryText(outcome.bytesAllowed, false) + L" may be used";
         case Reason::CannotOpen:
             return L"Could not open " + file;
         case Reason::LibraryFailed:

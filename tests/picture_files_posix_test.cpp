@@ -35,11 +35,12 @@ TEST(PictureFilesPosix, FloatsAreShownAsOnAScreenHalvesKeptAndNothingIsTurned) {
 void ExpectBothReadTheSame(const std::wstring& path, const Bytes& file, const std::string& what) {
     ASSERT_TRUE(WriteFile(path, file)) << what;
     Image ours, theirs;
-    const bool read = DecodePicture(path, 0, 0, 0, ours);
-    ASSERT_EQ(read, DecodeWithOiio(path, 0, {}, theirs)) << what;
-    PictureSize size, theirSize;
-    ASSERT_EQ(MeasurePicture(path, size), MeasureWithOiio(path, theirSize)) << what;
-    ASSERT_EQ(size, theirSize) << what;
+    const bool read = DecodePicture(path, 0, 0, 0, ours).IsDone();
+    ASSERT_EQ(read, DecodeWithOiio(path, 0, {}, theirs).IsDone()) << what;
+    PictureFacts facts, theirFacts;
+    ASSERT_EQ(InspectPicture(path, facts).IsDone(), InspectWithOiio(path, theirFacts).IsDone()) << what;
+    ASSERT_EQ(facts.size, theirFacts.size) << what;
+    ASSERT_EQ(facts.format, theirFacts.format) << what;
     if (!read) return;
     ASSERT_TRUE(SameBytes(ours, theirs)) << what;
 }
