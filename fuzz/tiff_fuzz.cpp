@@ -4,11 +4,8 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "fuzz/require.h"
-
-#ifndef _WIN32
-
 #include "codecs/tiff_file_posix.h"
+#include "fuzz/require.h"
 
 using namespace skyvault;
 
@@ -34,11 +31,3 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     return 0;
 }
-
-#else
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t*, std::size_t) {
-    return 0;
-}
-
-#endif
