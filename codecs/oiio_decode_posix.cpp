@@ -11,7 +11,6 @@
 #include <vector>
 
 #include "codecs/gif_frames.h"
-#include "codecs/linear_light.h"
 #include "codecs/oiio_codec_posix.h"
 #include "codecs/picture_header.h"
 #include "image/area_scale.h"
@@ -34,14 +33,13 @@ const char* OiioName(PictureKind kind) {
             return "jpeg";
         case PictureKind::Png:
             return "png";
-        case PictureKind::Tiff:
-            return "tiff";
         case PictureKind::Gif:
             return "gif";
         case PictureKind::Heif:
             return "heif";
         case PictureKind::Webp:
             return "webp";
+        case PictureKind::Tiff:  // not through this library
         case PictureKind::Unknown:
             break;
     }
@@ -142,7 +140,7 @@ bool OpenPicture::Inspect(const std::wstring& path) {
 }
 
 Outcome OpenPicture::Open(const std::wstring& path, std::uint32_t frame) {
-    if (!Inspect(path)) return Failure(Reason::CannotOpen, path);
+    if (!Inspect(path) || !OiioName(header.kind)) return Failure(Reason::CannotOpen, path);
     // Some codecs do their work, or ask for their memory, as soon as they have the file.
     Outcome within = WithinMemoryBudget(path, MemoryOf(*this, PixelFormat::Grey8));
     if (!within.IsDone()) return within;
@@ -170,27 +168,15 @@ struct Plan {
     int channels;             ///< how many of the file's channels are read: 1 to 4
     bool alpha;               ///< the last of them is alpha
     bool multiplied = false;  ///< colours have been multiplied by alpha
-    bool linear = false;      ///< 32-bit floats, linear light
 };
 
 std::size_t BytesOf(OiioChannel channel) {
-    switch (channel) {
-        case OiioChannel::Byte:
-            return 1;
-        case OiioChannel::Float:
-            return 4;
-        default:
-            return 2;
-    }
+    return channel == OiioChannel::Byte ? 1 : 2;
 }
 
 /// True for files whose pixels none of the nine formats stores.
 bool IsIndirect(const OpenPicture& picture) {
-    enum Photometric { MinIsWhite = 0, MinIsBlack = 1, Rgb = 2 };
-    const OiioFacts& facts = picture.facts;
-    if (picture.header.indirect || facts.colourSpaceTold) return true;  // the latter is told for CMYK only
-    if (picture.header.kind != PictureKind::Tiff) return false;
-    return facts.photometric > Rgb || (facts.bitsPerSample != 8 && facts.bitsPerSample != 16);
+    return picture.header.indirect || picture.facts.colourSpaceTold;  // the latter is told for CMYK only
 }
 
 Plan MakePlan(const OpenPicture& picture) {
@@ -203,11 +189,9 @@ Plan MakePlan(const OpenPicture& picture) {
                  (picture.header.kind == PictureKind::Gif && plan.channels == 4);
     if (picture.header.alphaUnused) plan.alpha = false;
     if (!plan.alpha) plan.channels = plan.channels >= 3 ? 3 : 1;
-    const bool mayBeMultiplied = picture.header.kind == PictureKind::Tiff ||
-                                 picture.header.kind == PictureKind::Webp ||
-                                 picture.header.kind == PictureKind::Heif;
+    const bool mayBeMultiplied =
+        picture.header.kind == PictureKind::Webp || picture.header.kind == PictureKind::Heif;
     plan.multiplied = plan.alpha && mayBeMultiplied && !facts.alphaUnassociated;
-    plan.linear = facts.stored == OiioChannel::Float;
 
     const bool grey = plan.channels == 1;
     if (!IsIndirect(picture) && !plan.multiplied && !picture.header.alphaUnused) {
@@ -227,7 +211,7 @@ Plan MakePlan(const OpenPicture& picture) {
     } else {
         plan.format = Rgba8;
     }
-    plan.readAs = plan.linear ? OiioChannel::Float : OiioChannelOf(plan.format);
+    plan.readAs = OiioChannelOf(plan.format);
     return plan;
 }
 
@@ -239,17 +223,6 @@ void SpreadChannels(const Channel* from, const Plan& plan, Channel opaque, Chann
     for (std::size_t i = 0; i < count; ++i, from += plan.channels, to += toChannels) {
         for (int channel = 0; channel < 3; ++channel) to[channel] = from[grey ? 0 : channel];
         if (toChannels == 4) to[3] = plan.alpha ? from[plan.channels - 1] : opaque;
-    }
-}
-
-/// Floats of linear light to 8-bit sRGB, red first.
-void EncodeLinear(const float* from, const Plan& plan, std::uint8_t* to, std::size_t count) {
-    for (std::size_t i = 0; i < count; ++i, from += plan.channels, to += 4) {
-        float pixel[4];
-        SpreadChannels(from, plan, 1.0f, pixel, 4, 1);
-        const float divisor = plan.multiplied && pixel[3] > 0.0f ? pixel[3] : 1.0f;
-        for (int channel = 0; channel < 3; ++channel) to[channel] = DisplayByte(pixel[channel] / divisor);
-        to[3] = PlainByte(pixel[3]);
     }
 }
 
@@ -269,7 +242,7 @@ void DivideByAlpha(Image& image) {
 
 /// Whether pixels are read as they are stored in the picture.
 bool ReadsInPlace(const Plan& plan) {
-    return !plan.linear && plan.channels == ChannelCount(plan.format);
+    return plan.channels == ChannelCount(plan.format);
 }
 
 /// What is known of an open picture.
@@ -301,10 +274,7 @@ bool ReadPixels(OpenPicture& picture, const Plan& plan, Image& image) {
         for (std::uint32_t y = 0; y < image.height; ++y) {
             const std::byte* const from = memory.get() + rowBytes * y;
             std::byte* const to = image.Row(y);
-            if (plan.linear) {
-                EncodeLinear(reinterpret_cast<const float*>(from), plan, reinterpret_cast<std::uint8_t*>(to),
-                             image.width);
-            } else if (BytesOf(plan.readAs) == 1) {
+            if (BytesOf(plan.readAs) == 1) {
                 SpreadChannels(reinterpret_cast<const std::uint8_t*>(from), plan, std::uint8_t{255},
                                reinterpret_cast<std::uint8_t*>(to), toChannels, image.width);
             } else {
@@ -314,7 +284,7 @@ bool ReadPixels(OpenPicture& picture, const Plan& plan, Image& image) {
             }
         }
     }
-    if (plan.multiplied && !plan.linear) DivideByAlpha(image);
+    if (plan.multiplied) DivideByAlpha(image);
     if (ChannelType(image.format) == ChannelKind::Int8) image.SwapRedAndBlue();
     return true;
 }

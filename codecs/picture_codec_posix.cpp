@@ -89,12 +89,13 @@ std::vector<std::wstring> ReadableExtensions() {
         std::vector<std::wstring> extensions;
     };
     static const Row kRows[] = {
-        {"gif", {L"GIF"}},           {"jpeg", {L"JPG", L"JPEG", L"JPE", L"JFIF"}}, {"png", {L"PNG"}},
-        {"tiff", {L"TIF", L"TIFF"}}, {"heif", {L"HEIC", L"HEIF", L"AVIF"}},        {"webp", {L"WEBP"}},
+        {"gif", {L"GIF"}},   {"jpeg", {L"JPG", L"JPEG", L"JPE", L"JFIF"}},
+        {"png", {L"PNG"}},   {"heif", {L"HEIC", L"HEIF", L"AVIF"}},
+        {"webp", {L"WEBP"}},
     };
     const OiioFunctions* const oiio = Oiio();
     const std::string_view installed = oiio ? oiio->readableKinds() : "";
-    std::vector<std::wstring> extensions = {L"BMP", L"DIB"};  // read without it
+    std::vector<std::wstring> extensions = {L"BMP", L"DIB", L"TIF", L"TIFF"};  // read without it
     for (const Row& row : kRows) {
         if (!Lists(installed, row.kind)) continue;
         extensions.insert(extensions.end(), row.extensions.begin(), row.extensions.end());

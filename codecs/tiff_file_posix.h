@@ -1,7 +1,7 @@
 // TIFF files through libtiff itself: what a file stores and no more, and nothing of a damaged one.
 //
 // Grey and colour of 8 and 16 bits and of halves come as they are stored, with the alpha that colours are not
-// multiplied by, all else as 32-bit colour (PlanTiff tells which). Every strip or tile must lie in the file
+// multiplied by, all else as 32-bit colour (tiff_samples.h). Every strip or tile must lie in the file
 // and be large enough for what it unpacks to; the first error of the library refuses the picture.
 #pragma once
 

@@ -1,10 +1,10 @@
 #include "codecs/tiff_samples.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 
 #include "codecs/bytes.h"
-#include "codecs/linear_light.h"
 
 namespace skyvault {
 namespace {
@@ -34,6 +34,19 @@ std::uint32_t PackedBits(const std::byte* row, std::size_t at, std::uint32_t bit
         value = value << 1 | (std::to_integer<std::uint32_t>(row[at / 8]) >> (7 - at % 8) & 1);
     }
     return value;
+}
+
+/// Linear light, full at 1, as sRGB; NaN is dark.
+std::uint8_t DisplayByte(float linear) {
+    if (!(linear > 0.0f)) return 0;
+    const float encoded =
+        linear <= 0.0031308f ? linear * 12.92f : 1.055f * std::pow(linear, 1.0f / 2.4f) - 0.055f;
+    return static_cast<std::uint8_t>(std::min(encoded, 1.0f) * 255.0f + 0.5f);
+}
+
+/// Full at 1; NaN is nothing.
+std::uint8_t PlainByte(float value) {
+    return value == value ? static_cast<std::uint8_t>(std::clamp(value, 0.0f, 1.0f) * 255.0f + 0.5f) : 0;
 }
 
 /// Samples of whole bytes, in the machine's order, every step-th.

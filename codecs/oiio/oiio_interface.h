@@ -20,8 +20,6 @@ struct OiioFacts {
     OiioChannel stored;
     bool colourSpaceTold;    ///< JPEG: of other pixels than grey and RGB only
     bool alphaUnassociated;  ///< colours are not multiplied by alpha
-    int photometric;         ///< TIFF's number; 2 where there is none
-    int bitsPerSample;       ///< 8 where the file does not tell
 };
 
 /// Kinds of files have OpenImageIO's names ("bmp", "jpeg" …), paths are UTF-8. Functions that return a
@@ -49,7 +47,7 @@ struct OiioFunctions {
     bool (*closeOutput)(void* output);
 };
 
-inline constexpr std::uint32_t kOiioVersion = 1;
+inline constexpr std::uint32_t kOiioVersion = 2;
 
 /// The one symbol of the module: `const OiioFunctions* skyvaultOiio()`.
 inline constexpr const char* kOiioSymbol = "skyvaultOiio";

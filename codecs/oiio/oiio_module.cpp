@@ -109,7 +109,6 @@ bool SelectFrame(void* input, int frame) {
 bool Describe(void* input, OiioFacts* facts) {
     return Guarded([&] {
         const OIIO::ImageSpec spec = static_cast<Input*>(input)->file->spec();
-        constexpr int kRgb = 2;
         *facts = {spec.width,
                   spec.height,
                   spec.depth,
@@ -117,9 +116,7 @@ bool Describe(void* input, OiioFacts* facts) {
                   spec.alpha_channel,
                   ChannelOf(spec.format),
                   !spec.get_string_attribute("jpeg:ColorSpace").empty(),
-                  spec.get_int_attribute("oiio:UnassociatedAlpha", 0) != 0,
-                  spec.get_int_attribute("tiff:PhotometricInterpretation", kRgb),
-                  spec.get_int_attribute("oiio:BitsPerSample", 8)};
+                  spec.get_int_attribute("oiio:UnassociatedAlpha", 0) != 0};
         return true;
     });
 }

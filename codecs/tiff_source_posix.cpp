@@ -1,0 +1,106 @@
+#include "codecs/tiff_source_posix.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdarg>
+#include <cstring>
+
+#include "platform/memory_budget.h"
+#include "platform/utf8.h"
+
+namespace skyvault {
+
+TiffSource::TiffSource(const std::wstring& path) {
+    // Opening a pipe must not wait for its other end.
+    descriptor_ = open(ToSystemBytes(path).c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    struct stat status {};
+    if (descriptor_ < 0 || fstat(descriptor_, &status) != 0 || !S_ISREG(status.st_mode)) return;
+    size_ = static_cast<std::uint64_t>(status.st_size);
+}
+
+TiffSource::~TiffSource() {
+    if (descriptor_ >= 0) close(descriptor_);
+}
+
+std::size_t TiffSource::ReadSome(std::uint64_t at, void* to, std::size_t n) const {
+    if (at >= size_) return 0;
+    n = static_cast<std::size_t>(std::min<std::uint64_t>(n, size_ - at));
+    if (descriptor_ < 0) {
+        std::memcpy(to, memory_.data() + at, n);
+        return n;
+    }
+    std::size_t done = 0;
+    while (done < n) {
+        const ssize_t count =
+            pread(descriptor_, static_cast<char*>(to) + done, n - done, static_cast<off_t>(at + done));
+        if (count < 0 && errno == EINTR) continue;
+        if (count <= 0) break;
+        done += static_cast<std::size_t>(count);
+    }
+    return done;
+}
+
+namespace {
+
+TiffSource& SourceOf(thandle_t handle) {
+    return *static_cast<TiffSource*>(handle);
+}
+
+tmsize_t ReadSource(thandle_t handle, void* to, tmsize_t n) {
+    TiffSource& source = SourceOf(handle);
+    const std::size_t count = n > 0 ? source.ReadSome(source.position, to, static_cast<std::size_t>(n)) : 0;
+    source.position += count;
+    return static_cast<tmsize_t>(count);
+}
+
+tmsize_t WriteNothing(thandle_t, void*, tmsize_t) {
+    return -1;
+}
+
+toff_t SeekSource(thandle_t handle, toff_t offset, int whence) {
+    TiffSource& source = SourceOf(handle);
+    const std::uint64_t from = whence == SEEK_CUR ? source.position : whence == SEEK_END ? source.Size() : 0;
+    return source.position = from + offset;
+}
+
+int KeepSource(thandle_t) {
+    return 0;
+}
+
+toff_t SizeOfSource(thandle_t handle) {
+    return SourceOf(handle).Size();
+}
+
+// Nothing is printed: messages are only counted.
+int CountError(TIFF*, void* source, const char*, const char*, va_list) {
+    ++static_cast<TiffSource*>(source)->errors;
+    return 1;
+}
+
+int CountWarning(TIFF*, void* source, const char*, const char*, va_list) {
+    ++static_cast<TiffSource*>(source)->warnings;
+    return 1;
+}
+
+}  // namespace
+
+TiffHandle OpenTiff(TiffSource& source) {
+    const std::unique_ptr<TIFFOpenOptions, void (*)(TIFFOpenOptions*)> options(TIFFOpenOptionsAlloc(),
+                                                                               TIFFOpenOptionsFree);
+    if (!options) return {nullptr, TIFFClose};
+    TIFFOpenOptionsSetErrorHandlerExtR(options.get(), CountError, &source);
+    TIFFOpenOptionsSetWarningHandlerExtR(options.get(), CountWarning, &source);
+    // Whether the picture itself is too large is found out before it is decoded.
+    constexpr std::uint64_t kAlways = std::uint64_t{64} << 20;
+    const std::uint64_t most = std::clamp<std::uint64_t>(MemoryBudget(), kAlways, PTRDIFF_MAX);
+    TIFFOpenOptionsSetMaxSingleMemAlloc(options.get(), static_cast<tmsize_t>(most));
+    return {TIFFClientOpenExt("", "rhm", &source, ReadSource, WriteNothing, SeekSource, KeepSource,
+                              SizeOfSource, nullptr, nullptr, options.get()),
+            TIFFClose};
+}
+
+}  // namespace skyvault
