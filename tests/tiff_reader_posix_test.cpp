@@ -6,6 +6,7 @@
 
 #include "codecs/picture_codec.h"
 #include "codecs/tiff_file_posix.h"
+#include "platform/utf8.h"
 #include "tests/made_files.h"
 
 namespace skyvault::test {
@@ -230,6 +231,26 @@ TEST(TiffReader, DamagedFilesAreRefused) {
     for (const auto& [what, tags] : rows) {
         EXPECT_FALSE(Read(MakeTiff(OneStrip(4, 4, 48, with(tags)), pixels), image)) << what;
     }
+}
+
+TEST(TiffReader, EveryCompressionIsReadAndDamageThatIsOnlyWarnedOfRefused) {
+    for (const wchar_t* name : {L"g3", L"g4", L"jpeg", L"jpegt", L"lzma", L"sep", L"webp", L"ycc",
+                                L"cmyktiled", L"bigzstd", L"zip16", L"pal", L"float"}) {
+        const std::wstring folder = FromUtf8(SKYVAULT_SOURCE_DIR "/fuzz/corpus/tiff/");
+        const Bytes whole = ReadFile(folder + name + L".tif");
+        Image image;
+        ASSERT_TRUE(Read(whole, image)) << ToUtf8(name);
+        EXPECT_EQ(image.width, 13u);
+        EXPECT_EQ(image.height, 9u);
+    }
+    // The last bytes of a JPEG strip, which its decoder would fill with grey.
+    Bytes jpeg = ReadFile(FromUtf8(SKYVAULT_SOURCE_DIR "/fuzz/corpus/tiff/jpeg.tif"));
+    const Bytes endMarker = {0xff, 0xd9};
+    const auto end = std::find_end(jpeg.begin(), jpeg.end(), endMarker.begin(), endMarker.end());
+    ASSERT_NE(end, jpeg.end());
+    std::fill(end - 20, end + 2, std::uint8_t{0});
+    Image image;
+    EXPECT_FALSE(Read(jpeg, image));
 }
 
 TEST(TiffReader, PagesAreCountedOnceEachAlsoInALoop) {
