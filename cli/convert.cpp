@@ -43,6 +43,12 @@ std::wstring FileObstacle(const std::wstring& path, const ConvertOptions& option
     return {};
 }
 
+/// What a picture tells about itself; a failure also for one that could not be read with the memory allowed.
+Outcome ReadableFacts(const std::wstring& path, PictureFacts& facts) {
+    Outcome told = ReadPictureFacts(path, facts);
+    return told.IsDone() ? WithinMemoryBudget(path, facts.memory) : told;
+}
+
 /// A file's description, with what a panorama made of a picture would have.
 std::wstring Describe(const std::wstring& path, const PictureFacts& facts) {
     const auto& [width, height] = facts.size;
@@ -97,12 +103,14 @@ ExitStatus RunConvert(const ConvertOptions& options) {
     const Outcome lost = LostFile(options, settings);
     if (!lost.IsDone()) return Fail(LineOf(lost));
     RemoveAbandonedOutputs(std::wstring(FolderPart(options.output)));
-    if (IsGenerator(*options.from) && ReadPictureSize(options.inputs.front()) == PictureSize{}) {
-        return Fail(L"Could not open " + Quoted(options.inputs.front()));
+    SetMemoryBudget(options.memory);
+    if (IsGenerator(*options.from)) {
+        PictureFacts facts;
+        const Outcome readable = ReadableFacts(options.inputs.front(), facts);
+        if (!readable.IsDone()) return Fail(ConsoleLineOf(readable));
     }
     if (options.seed) SetFixedSeed(*options.seed);
     SetThreadCount(options.threads);
-    SetMemoryBudget(options.memory);
 
     ConsoleFeedback feedback(options.quiet);
     ConversionResult result;
@@ -126,8 +134,7 @@ ExitStatus RunConvert(const ConvertOptions& options) {
 ExitStatus RunInfo(const InfoOptions& options) {
     SetMemoryBudget(options.memory);
     PictureFacts facts;
-    Outcome told = ReadPictureFacts(options.path, facts);
-    if (told.IsDone()) told = WithinMemoryBudget(options.path, facts.memory);
+    const Outcome told = ReadableFacts(options.path, facts);
     if (!told.IsDone()) return Fail(ConsoleLineOf(told));
     WriteText(OutputStream::Standard, Describe(options.path, facts));
     return kDone;
