@@ -56,11 +56,11 @@ void ReadBmp(const Start& file, PictureHeader& header) {
         header.sound &= Little32(file.At(54)) == 0xff0000 && Little32(file.At(58)) == 0xff00 &&
                         Little32(file.At(62)) == 0xff;
     }
-    const std::uint64_t pixels = std::uint64_t{header.width} * header.height;
+    const std::uint64_t width = header.width;
     // A run of at most 255 pixels takes two bytes, and none goes on in the next row.
-    header.leastBytes = packed ? (std::uint64_t{header.width} + 254) / 255 * 2 * header.height
-                               : (std::uint64_t{header.width} * bits / 8) * header.height;
-    if (packed) header.unpackedBytes = pixels;
+    const std::uint64_t rowBytes = packed ? (width + 254) / 255 * 2 : width * bits / 8;
+    header.leastBytes = rowBytes * header.height;
+    header.unpackedBytes = packed ? width * header.height : 0;
     header.indirect = bits <= 16;
     header.alphaUnused = bits == 32 && (headerSize < kHeaderWithAlphaMask || Little32(file.At(66)) == 0);
 }
