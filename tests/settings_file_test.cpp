@@ -8,7 +8,6 @@
 #include "settings/settings_table.h"
 #include "settings/text_file.h"
 #include "tests/data_table.h"
-#include "tests/own_temporary_files.h"
 #include "tests/temporary_folder.h"
 
 namespace skyvault {
