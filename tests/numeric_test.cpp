@@ -58,14 +58,6 @@ TEST(Numeric, PowersOfTwoAndHalvesThatRoundAwayFromZero) {
         EXPECT_EQ(RoundHalfAway(kValues[i]), kRounded[i]) << kValues[i];
 }
 
-TEST(Numeric, LerpColourTruncatesAndKeepsEqualChannels) {
-    const Color8 a(10, 200, 77, 255), b(20, 100, 77, 0);
-    EXPECT_EQ(LerpColor8(a, b, 0.0f), a);
-    EXPECT_EQ(LerpColor8(a, b, 1.0f), b);
-    EXPECT_EQ(LerpColor8(a, b, 0.25f), Color8(12, 175, 77, 191));
-    for (float t = 0.0f; t < 1.0f; t += 0.013f) EXPECT_EQ(LerpColor8(a, b, t).blue, 77) << t;
-}
-
 TEST(Random, TheSequenceIsTheWellKnownOne) {
     // The draws of the C runtime's rand() this generator agrees with, after srand(1).
     SetRandomState(1);

@@ -1,7 +1,6 @@
 // The polyhedra: what a viewer inside sees of their faces, pictures and borders.
 #include "generators/polyhedra.h"
 
-#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <vector>
