@@ -70,8 +70,9 @@ TEST_F(FractalPlanet, ContrastReachesFurtherIntoThePalette) {
     const auto red = [](int x, int) { return Color8(static_cast<std::uint8_t>(x), 0, 0, 255); };
     const std::wstring palette = Save(test::Drawn(256, 1, PixelFormat::Rgb8, red));
     const double all = 6 * 256 * 256;
+    // What is no number counts as 0.
     for (const auto& [contrast, least, most] :
-         {std::tuple{0.0f, 0.0, 0.005}, {0.5f, 0.01, 0.15}, {1.0f, 0.15, 0.45}}) {
+         {std::tuple{NAN, 0.0, 0.005}, {0.5f, 0.01, 0.15}, {1.0f, 0.15, 0.45}}) {
         test::GeneratorPanorama t;
         t.settings.fractalRoughness = t.settings.fractalContrast = contrast;
         ASSERT_EQ(t.Generate(GenerateFractalPlanet, palette), Reason::Done);

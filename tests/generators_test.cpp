@@ -127,7 +127,7 @@ TEST(FieldKernels, APointAtThePixelItselfPullsAThousand) {
 }
 
 TEST_F(FieldGenerators, ALightFadesWithTheCosine) {
-    for (const float brightness : {0.2f, 1.0f, 1.3f}) {
+    for (const float brightness : {0.2f, 1.0f, 1.3f, NAN}) {
         t.settings.antialiasing = true;  // not for this generator
         t.settings.lightsLights = 1;
         t.settings.lightsBrightness = brightness;
@@ -138,7 +138,8 @@ TEST_F(FieldGenerators, ALightFadesWithTheCosine) {
         const Direction light = {Cos(b) * Sin(a), Sin(b), Cos(b) * Cos(a)};
         const auto isWrong = [&](const Direction& d, const Color8& colour) {
             const double cosine = static_cast<double>(std::max(0.0f, Dot(d, light)));
-            const double fades = 1.0 - (1.0 - cosine) / static_cast<double>(brightness);
+            const double fades =
+                brightness > 0 ? 1.0 - (1.0 - cosine) / static_cast<double>(brightness) : cosine;
             const float share = std::max(0.0f, static_cast<float>(fades));
             const auto channel = [&](int full) {
                 return static_cast<std::uint8_t>(share * static_cast<float>(full));

@@ -211,6 +211,12 @@ TEST_F(SessionTest, ExportWritesAndBecomesTheView) {
         ASSERT_GE(host.calls.size(), end.size());
         EXPECT_TRUE(std::equal(end.rbegin(), end.rend(), host.calls.rbegin()));
     }
+    // What could not be written is told, and is no success.
+    host.Forget();
+    host.answers = {folder / L"none/out.png"};
+    RunCommand(session, IDM_EXPORT_EQUIRECTANGULAR);
+    EXPECT_EQ(host.errors.size(), 1u);
+    EXPECT_TRUE(host.information.empty() || !host.information.back().starts_with(L"360°"));
     // The preview is what its camera sees.
     Color8 ahead[2];
     for (const bool turned : {false, true}) {
