@@ -21,17 +21,6 @@ Faces RandomFaces(std::uint32_t size, PixelFormat format) {
     return faces;
 }
 
-TEST(DdsCubeMap, TheHeaderTellsTheKind) {
-    const TemporaryFolder folder;
-    const char* const names[] = {"unusable", "picture", "volume", "cube map"};
-    for (const DataRow& row : DataGroup("dds", "kind")) {
-        ASSERT_TRUE(WriteDds(folder / L"a.dds", row[2]));
-        EXPECT_EQ(names[static_cast<int>(GetDdsKind(folder / L"a.dds"))], row[3]) << row.where;
-    }
-    EXPECT_EQ(GetDdsKind(folder / L"missing.dds"), DdsKind::Unusable);
-    EXPECT_EQ(GetDdsKind(L""), DdsKind::Unusable);
-}
-
 TEST(DdsCubeMap, FacesLieInTheFileAsPlusAndMinusXYZAndGoOnAroundTheirEdges) {
     const TemporaryFolder folder;
     Faces faces = RandomFaces(4, Rgba8);

@@ -8,40 +8,25 @@
 #include "projection/preview.h"
 #include "projection/resize_image.h"
 #include "tests/data_table.h"
-#include "tests/direction_picture.h"
+#include "tests/test_panorama.h"
 
 namespace skyvault::test {
 namespace {
 
-/// What an output pixel looks at that lies along the direction.
-Direction Turned(const Modifications& m, const Direction& d) {
-    return Transform(d, m.orientation);
-}
-
-TEST(Modifications, TurnsGoRightDownAndClockwiseInTheFrameOfTheOutput) {
-    Modifications turned, pitched, rolled;
+TEST(Modifications, TurnsAddUpInTheFrameOfTheOutput) {
+    Modifications turned;
     RotatePanorama(turned, kPi / 2, 0, 0);
-    EXPECT_NEAR(Turned(turned, {0, 0, 1}).x, 1, 1e-6) << "what was to the right";
-    RotatePanorama(pitched, 0, -kPi / 2, 0);
-    EXPECT_NEAR(Turned(pitched, {0, 0, 1}).y, 1, 1e-6) << "a negative pitch looks up";
-    RotatePanorama(rolled, 0, 0, kPi / 2);
-    EXPECT_NEAR(Turned(rolled, {1, 0, 0}).y, 1, 1e-6);
+    EXPECT_NEAR(Transform({0, 0, 1}, turned.orientation).x, 1, 1e-6) << "what was to the right";
     RotatePanorama(turned, 0, -kPi / 2, 0);
-    const Direction up = Turned(turned, {0, 0, 1});
-    EXPECT_NEAR(up.y, 1, 1e-6) << "after heading right, pitching up still looks up";
+    const Direction up = Transform({0, 0, 1}, turned.orientation);
+    EXPECT_NEAR(up.y, 1, 1e-6) << "after heading right, a negative pitch still looks up";
     EXPECT_NEAR(Transform(up, turned.inverseOrientation).z, 1, 1e-6);
 }
 
-TEST(Modifications, AFullTurnComesBackAndUpAndDownIsTheIdentity) {
-    for (const auto& [size, steps] :
-         {std::pair{StepSize::Plain, 360}, {StepSize::Coarse, 24}, {StepSize::Fine, 3600}}) {
-        Modifications m;
-        for (int i = 0; i < steps; ++i) RotatePanorama(m, TurnStep(size), 0, 0);
-        EXPECT_NEAR(Turned(m, {0.3f, 0.4f, 0.5f}).x, 0.3f, 2e-4) << steps;
-    }
+TEST(Modifications, UpAndDownIsTheIdentityAndTheHorizonHasNoLimit) {
     Modifications m;
     ChangeHorizon(m, -4);
-    EXPECT_EQ(m.horizonPower, -3) << "the horizon has no limit";
+    EXPECT_EQ(m.horizonPower, -3);
     RotatePanorama(m, 0, -TurnStep(StepSize::Fine), 0);
     EXPECT_FALSE(m.orientation.isIdentity);
     RotatePanorama(m, 0, TurnStep(StepSize::Fine), 0);

@@ -12,7 +12,6 @@
 #include "platform/path_text.h"
 #include "platform/scratch_folder.h"
 #include "tests/child_process.h"
-#include "tests/own_temporary_files.h"
 #include "tests/temporary_folder.h"
 
 namespace skyvault {

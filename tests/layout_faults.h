@@ -12,7 +12,6 @@
 #include "platform/utf8.h"
 #include "projection/single_files.h"
 #include "session/conversion.h"
-#include "tests/own_temporary_files.h"
 #include "tests/temporary_folder.h"
 #include "tests/test_panorama.h"
 

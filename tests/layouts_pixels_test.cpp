@@ -9,7 +9,6 @@
 #include "projection/disc_kernels.h"
 #include "projection/resize_image.h"
 #include "tests/data_table.h"
-#include "tests/direction_picture.h"
 #include "tests/layout_faults.h"
 #include "tests/layout_rules.h"
 #include "tests/picture_io.h"

@@ -3,15 +3,13 @@
 
 #include <atomic>
 #include <latch>
-#include <numeric>
 #include <thread>
 
-#include "platform/debug_line.h"
 #include "platform/parallel_rows.h"
 #include "platform/path_text.h"
 #include "platform/system_text.h"
 #include "platform/utf8.h"
-#include "tests/data_table.h"
+#include "tests/made_files.h"
 
 namespace skyvault {
 namespace {
@@ -37,22 +35,12 @@ TEST(Utf8, EveryCharacterOfUnicodeComesBack) {
 }
 
 TEST(Utf8, DamageBecomesReplacementCharacters) {
-    const struct {
-        std::string bytes;
-        std::wstring text;
-    } rows[] = {
-        {"a\x80z", L"a\uFFFDz"},                            // a lone continuation byte
-        {"\xC0\xAF", L"\uFFFD\uFFFD"},                      // overlong
-        {"\xE0\x9F\xBF", L"\uFFFD\uFFFD\uFFFD"},            // overlong, three bytes
-        {"\xED\xA0\x80", L"\uFFFD\uFFFD\uFFFD"},            // a surrogate
-        {"\xF4\x90\x80\x80", L"\uFFFD\uFFFD\uFFFD\uFFFD"},  // beyond the last character
-        {"\xE2\x82", L"\uFFFD"},                            // cut short by the end
-        {"\xF0\x9F\x98!", L"\uFFFD!"},                      // cut short by another character
-        {"\xFF\xC3\xA9", L"\uFFFD\u00e9"},                  // and what follows is read again
-        {std::string("a\0b", 3), std::wstring(L"a\0b", 3)},
-    };
-    for (const auto& row : rows)
-        EXPECT_EQ(FromUtf8(row.bytes), row.text) << testing::PrintToString(row.bytes);
+    for (const DataRow& row : DataTable("damaged_utf8")) {
+        const test::Bytes bytes = test::FromHex(row[1]);
+        EXPECT_EQ(FromUtf8({reinterpret_cast<const char*>(bytes.data()), bytes.size()}), FromUtf8(row[2]))
+            << row.where;
+    }
+    EXPECT_EQ(FromUtf8({"a\0b", 3}), std::wstring(L"a\0b", 3));
     EXPECT_EQ(FromUtf16(u"\xDC00\xD83D\xDE00\xD83Dz\xD83D"), L"\uFFFD\U0001F600\uFFFDz\uFFFD");
     EXPECT_EQ(ToUtf8(std::wstring{L'a', static_cast<wchar_t>(0xD800)}), "a\xEF\xBF\xBD");
 }
@@ -157,26 +145,6 @@ TEST_F(ParallelLoops, AnotherThreadsLoopTakesNoBandsFromOneThatRuns) {
         ++count;
     });
     EXPECT_EQ(count, 4);
-}
-
-TEST_F(ParallelLoops, ThousandsOfShortLoopsDoNotHang) {
-    SetThreadCount(3);
-    std::vector<int> results(6);
-    for (int loop = 0; loop < 3000; ++loop) {
-        ParallelBands(6, true, [&](int band) {
-            std::this_thread::yield();
-            results[static_cast<std::size_t>(band)] = loop + band;
-        });
-        EXPECT_EQ(std::accumulate(results.begin(), results.end(), 0), 6 * loop + 15);
-    }
-}
-
-TEST(DebugLine, ACaptureSeesOnlyItsOwnTime) {
-    for (const wchar_t* const line : {L"one\n", L"two\n"}) {
-        const DebugLineCapture capture;
-        DebugLine(line);
-        EXPECT_EQ(capture.Text(), line);
-    }
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "image/area_scale.h"
 #include "projection/build_faces.h"
 #include "tests/made_files.h"
 
@@ -68,12 +69,13 @@ TEST(ResizeImage, TheFastHalvingIsTheAverageOfWhatIsVisible) {
     }
 }
 
-TEST(ResizeImage, ConstantPicturesStayConstantInEveryFormat) {
+TEST(ResizeImage, ConstantPicturesStayConstantInEveryFormatHoweverTheyAreScaled) {
     for (const PixelFormat format : AllFormats()) {
-        const Color8 colour(200, 100, 50, 255);
+        const Image constant = Filled(37, 23, format, Color8(200, 100, 50, 255));
         for (const auto& [w, h] : {std::pair{18u, 11u}, {5u, 23u}, {37u, 1u}, {80u, 50u}, {37u, 23u}}) {
-            EXPECT_TRUE(
-                SameBytes(Averaged(Filled(37, 23, format, colour), w, h), Filled(w, h, format, colour)))
+            const Image expected = Filled(w, h, format, Color8(200, 100, 50, 255));
+            EXPECT_TRUE(SameBytes(Averaged(constant, w, h), expected)) << FormatName(format) << w << "," << h;
+            EXPECT_TRUE(SameBytes(ScaleByArea(constant, w, h), expected))
                 << FormatName(format) << w << "," << h;
         }
     }

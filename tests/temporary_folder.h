@@ -1,12 +1,15 @@
-// A new folder for one test, removed with all its files at the end.
+// A new folder for one test, removed with all its files at the end; and the program's folder for temporary
+// files, one of the tests' own.
 #pragma once
 
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <string>
 
 #include "platform/clock.h"
+#include "platform/files.h"
 #include "platform/path_text.h"
 #include "platform/utf8.h"
 
@@ -63,6 +66,28 @@ class TemporaryFolder {
 
   private:
     std::filesystem::path folder_;
+};
+
+/// From the first of them on, the user's home is a new folder and TemporaryFilesFolder() is in it, where no
+/// other process writes. (On Windows the places are the system's to choose: tests there share them.)
+class OwnTemporaryFiles {
+  public:
+    OwnTemporaryFiles() {
+#ifndef _WIN32
+        setenv("HOME", ToUtf8(Home()).c_str(), 1);
+        unsetenv("XDG_CONFIG_HOME");
+#endif
+        TemporaryFilesFolder();
+    }
+    /// True when nothing is left in it; always true on Windows.
+    bool Empty() const {
+        const bool shared = kPathSeparator == L'\\';
+        return shared || FindFiles(TemporaryFilesFolder()).empty();
+    }
+    static std::wstring Home() {
+        static const TemporaryFolder home;
+        return home.Path();
+    }
 };
 
 }  // namespace skyvault::test

@@ -4,7 +4,6 @@
 
 #include <cstdlib>
 #include <limits>
-#include <random>
 
 #include "platform/utf8.h"
 #include "settings/number_text.h"
@@ -75,24 +74,6 @@ TEST(TextFile, UnpairedSurrogatesStayWhereWideTextIsUtf16) {
     const auto kept = [&](int c) { return static_cast<wchar_t>(wideIsUtf16 ? c : 0xFFFD); };
     EXPECT_EQ(ReadLines(std::string_view("\xFF\xFEk\0\t\0\x00\xD8\t\0\xDE\xDC\x00\xD8", 14)),
               (Lines{{L"k", {kept(0xD800)}, {kept(0xDCDE), kept(0xD800)}}}));
-}
-
-TEST(TextFile, AnyTextReadsBack) {
-    const std::wstring pieces[] = {L"a", L" ",  L"\t",     L"\"",         L"\r\n",
-                                   L"<", L"&#", L"\u00e9", L"\U0001F600", L"\\"};
-    std::mt19937 random(7);
-    TextFileWriter writer(TextEncoding::Utf16Le);
-    Lines lines;
-    for (int i = 0; i < 2000; ++i) {
-        std::wstring text;
-        for (unsigned length = random() % 8; length > 0; --length)
-            text += pieces[random() % std::size(pieces)];
-        if (text == L"\t") continue;  // written bare, so it reads as two empty fields
-        lines.push_back({L"key", text, L"end"});
-        for (const std::wstring& field : lines.back()) writer.AddText(field);
-        writer.EndLine();
-    }
-    EXPECT_EQ(ReadLines(writer.Bytes()), lines);
 }
 
 TEST(NumberText, ReadsAndPrintsAnyNumber) {

@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
-#include <limits>
 #include <vector>
 
 #include "generators/palette.h"
@@ -12,8 +11,6 @@
 
 namespace skyvault {
 namespace {
-
-using test::GeneratorPanorama;
 
 Color8 PlainColour(const VoronoiSeeds& voronoi, const VoronoiLook& look, const Direction& d) {
     const SeedArrays seeds = voronoi.Arrays();
@@ -63,20 +60,16 @@ struct VoronoiTest : test::GeneratorTest {
         return seeds;
     }
 
-    static void ExpectPlain(const Panorama& panorama, const VoronoiSeeds& seeds, const VoronoiLook& look,
+    static void ExpectPlain(const VoronoiSeeds& seeds, const VoronoiLook& look, std::uint32_t size,
                             int step) {
+        test::GeneratorPanorama t;
+        PaintVoronoi({t.panorama, t.feedback, L"", PixelFormat::Rgb8, size}, seeds, look);
         const auto isWrong = [&](const Direction& d, const Color8& colour) {
             return colour != PlainColour(seeds, look, d);
         };
-        EXPECT_EQ(test::CountPixels(panorama, isWrong, step), 0)
+        EXPECT_EQ(test::CountPixels(t.panorama, isWrong, step), 0)
             << seeds.Arrays().count << " seeds, power " << (look.smooth ? look.power : 0) << ", border "
-            << look.border << ", size " << panorama.faceSize;
-    }
-    static void ExpectPlain(const VoronoiSeeds& seeds, const VoronoiLook& look, std::uint32_t size,
-                            int step) {
-        GeneratorPanorama t;
-        PaintVoronoi({t.panorama, t.feedback, L"", PixelFormat::Rgb8, size}, seeds, look);
-        ExpectPlain(t.panorama, seeds, look, step);
+            << look.border << ", size " << size;
     }
 };
 
@@ -93,25 +86,6 @@ TEST_F(VoronoiTest, EveryPixelIsThatOfAskingEverySeed) {
     }
     ExpectPlain(Draw(500), {}, 256, 17);
     ExpectPlain(Draw(500), {.border = 0.004f}, 256, 17);
-}
-
-TEST_F(VoronoiTest, SettingsReachTheSeedsWithinTheirBounds) {
-    struct Row {
-        int points, meantPoints;
-        bool smooth;
-        float power, meantPower;
-    };
-    for (const Row& row : {Row{std::numeric_limits<int>::min(), 1, false, 3.0f, 3.0f},
-                           Row{std::numeric_limits<int>::max(), 2000, false, 3.0f, 3.0f},
-                           Row{3, 3, true, -2.0f, 0.0f}, Row{3, 3, true, 1e6f, 100.0f}}) {
-        GeneratorPanorama t;
-        t.settings.voronoiPoints = row.points;
-        t.settings.voronoiSmooth = row.smooth;
-        t.settings.voronoiPower = row.power;
-        t.settings.voronoiBorder = 0.001f;
-        ASSERT_EQ(t.Generate(GenerateVoronoi, Save(palette.CopyRect())), Reason::Done);
-        ExpectPlain(t.panorama, Draw(row.meantPoints), {row.smooth, row.meantPower, 0.001f}, 29);
-    }
 }
 
 // Equal distances, exactly equal ones, and seeds that pixels look at exactly: where ruling out is hardest.
