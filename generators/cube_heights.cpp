@@ -69,6 +69,7 @@ bool CubeHeights::Build(std::uint32_t cells, float roughness, std::uint32_t seed
         cells_ = 0;
         return false;
     }
+    if (report) report(0.0f);
     const std::uint32_t spacing = std::max(1u, cells / kWaveCells);
     int number = MakeLand(spacing, roughness, seed);
     for (std::uint32_t half = spacing / 2; half >= 1; half /= 2) {

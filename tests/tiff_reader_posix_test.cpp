@@ -7,6 +7,7 @@
 #include "codecs/picture_codec.h"
 #include "codecs/tiff_file_posix.h"
 #include "platform/utf8.h"
+#include "tests/data_table.h"
 #include "tests/made_files.h"
 
 namespace skyvault::test {
@@ -23,15 +24,10 @@ enum : std::uint32_t {
     kSamples = 277,
     kRowsPerStrip,
     kByteCounts,
-    kPlanar = 284,
-    kPredictor = 317,
-    kPalette = 320,
     kTileWidth = 322,
     kTileHeight,
     kTileOffsets,
-    kTileByteCounts,
-    kExtra = 338,
-    kFormat
+    kTileByteCounts
 };
 enum : std::uint32_t { kDeflate = 8, kPackBits = 32773 };
 
@@ -80,101 +76,39 @@ bool Read(const Bytes& file, Image& image, std::uint32_t page = 0) {
     return tiff.Select(page) && tiff.Read(image) && image.format == tiff.Facts().format;
 }
 
-TEST(TiffReader, EachKindOfPixelIsShownAsItIsMeant) {
-    using enum PixelFormat;
+/// The tags of a table's cell.
+Tags TagsOf(const std::string& cell) {
     std::vector<std::uint32_t> map(768, 0);
     map[1] = 0xffff, map[256 + 1] = 0x80ff, map[512 + 2] = 0x7f00;
-    const struct {
-        const char* what;
-        Tags tags;
-        Bytes strip;  ///< two pixels
-        PixelFormat format;
-        Color8 left, right;
-    } rows[] = {
-        {"one bit where none is told", {{kPhotometric, {1}}}, {0x40}, Rgba8, {0, 0, 0, 255}, kOpaqueWhite},
-        {"min is white",
-         {{kBits, {8}}, {kPhotometric, {0}}},
-         {55, 255},
-         Rgba8,
-         {200, 200, 200, 255},
-         {0, 0, 0, 255}},
-        {"min is white, 16",
-         {{kBits, {16}}, {kPhotometric, {0}}},
-         {0, 0, 0xfe, 0xfe},
-         Rgba8,
-         kOpaqueWhite,
-         {1, 1, 1, 255}},
-        {"four bits", {{kBits, {4}}, {kPhotometric, {1}}}, {0x1f}, Rgba8, {17, 17, 17, 255}, kOpaqueWhite},
-        {"palette",
-         {{kBits, {8}}, {kPhotometric, {3}}, {kPalette, map}},
-         {1, 2},
-         Rgba8,
-         {255, 128, 0, 255},
-         {0, 0, 127, 255}},
-        {"palette and alpha",
-         {{kBits, {8, 8}}, {kSamples, {2}}, {kExtra, {2}}, {kPhotometric, {3}}, {kPalette, map}},
-         {1, 9, 2, 8},
-         Rgba8,
-         {255, 128, 0, 9},
-         {0, 0, 127, 8}},
-        {"CMYK",
-         {{kBits, {8, 8, 8, 8}}, {kSamples, {4}}, {kPhotometric, {5}}},
-         {255, 0, 0, 0, 0, 0, 155, 55},
-         Rgba8,
-         {0, 255, 255, 255},
-         {200, 200, 78, 255}},
-        {"a fourth sample of no kind",
-         {{kBits, {8, 8, 8, 8}}, {kSamples, {4}}, {kPhotometric, {2}}},
-         {1, 2, 3, 4, 5, 6, 7, 8},
-         Rgba8,
-         {1, 2, 3, 4},
-         {5, 6, 7, 8}},
-        {"a fourth sample that is no alpha",
-         {{kBits, {8, 8, 8, 8}}, {kSamples, {4}}, {kPhotometric, {2}}, {kExtra, {0}}},
-         {1, 2, 3, 4, 5, 6, 7, 8},
-         Rgb8,
-         {1, 2, 3, 255},
-         {5, 6, 7, 255}},
-        {"multiplied alpha",
-         {{kBits, {8, 8, 8, 8}}, {kSamples, {4}}, {kPhotometric, {2}}, {kExtra, {1}}},
-         {50, 25, 0, 100, 9, 9, 9, 0},
-         Rgba8,
-         {128, 64, 0, 100},
-         {9, 9, 9, 0}},
-        {"samples apart",
-         {{kBits, {8, 8, 8}},
-          {kSamples, {3}},
-          {kPhotometric, {2}},
-          {kPlanar, {2}},
-          {kOffsets, {8, 10, 12}},
-          {kByteCounts, {2, 2, 2}}},
-         {1, 2, 3, 4, 5, 6},
-         Rgb8,
-         {1, 3, 5, 255},
-         {2, 4, 6, 255}},
-        {"whole numbers of 32 bits",
-         {{kBits, {32}}, {kPhotometric, {1}}},
-         {255, 255, 255, 255, 0, 0, 0, 0},
-         Rgba8,
-         kOpaqueWhite,
-         {0, 0, 0, 255}},
-        {"signed",
-         {{kBits, {8}}, {kPhotometric, {1}}, {kFormat, {2}}},
-         {0x80, 127},
-         Rgba8,
-         {0, 0, 0, 255},
-         kOpaqueWhite},
+    Tags tags;
+    std::istringstream words(cell);
+    for (std::string word; words >> word;) {
+        std::istringstream numbers(word.substr(4));
+        std::vector<std::uint32_t> values;
+        for (std::string one; word != "320=map" && std::getline(numbers, one, ',');)
+            values.push_back(ValueOf<std::uint32_t>(one));
+        tags.emplace_back(ValueOf<std::uint32_t>(word.substr(0, 3)), values.empty() ? map : values);
+    }
+    return tags;
+}
+
+TEST(TiffReader, EachKindOfPixelIsShownAsItIsMeant) {
+    const auto colour = [](const std::string& hex) {
+        const Bytes c = FromHex(hex);
+        return Color8(c[0], c[1], c[2], c[3]);
     };
-    for (const auto& row : rows) {
+    for (const auto& [where, what, tags, hex, format, left, right] :
+         TableOf<std::string, std::string, std::string, std::string, std::string, std::string>(
+             "tiff_pixels")) {
+        const Bytes strip = FromHex(hex);
         for (const bool bigEndian : {false, true}) {
-            SCOPED_TRACE(row.what);
+            SCOPED_TRACE(where);
             Image image;
-            ASSERT_TRUE(Read(MakeTiff(OneStrip(2, 1, static_cast<std::uint32_t>(row.strip.size()), row.tags),
-                                      row.strip, bigEndian),
-                             image));
-            EXPECT_EQ(image.format, row.format);
-            EXPECT_TRUE(image.GetPixel8(0, 0) == row.left && image.GetPixel8(1, 0) == row.right)
-                << +image.GetPixel8(0, 0).red << " " << +image.GetPixel8(1, 0).red;
+            const Tags all = OneStrip(2, 1, static_cast<std::uint32_t>(strip.size()), TagsOf(tags));
+            ASSERT_TRUE(Read(MakeTiff(all, strip, bigEndian), image));
+            EXPECT_EQ(image.format, format == "Rgb8" ? PixelFormat::Rgb8 : PixelFormat::Rgba8);
+            EXPECT_EQ(image.GetPixel8(0, 0), colour(left));
+            EXPECT_EQ(image.GetPixel8(1, 0), colour(right));
         }
     }
 }
