@@ -49,7 +49,7 @@ const Variant* ReadSignature(const ReadFileAt& readAt, bool& bigEndian) {
 
 }  // namespace
 
-std::vector<std::uint64_t> FindTiffDirectories(const ReadFileAt& readAt) {
+std::vector<std::uint64_t> FindTiffDirectories(const ReadFileAt& readAt, bool* loops) {
     constexpr std::uint64_t kMostEntries = 65535;
     bool bigEndian = false;
     const Variant* const variant = ReadSignature(readAt, bigEndian);
@@ -60,7 +60,11 @@ std::vector<std::uint64_t> FindTiffDirectories(const ReadFileAt& readAt) {
 
     std::vector<std::uint64_t> directories;
     std::unordered_set<std::uint64_t> met;
-    while (at != 0 && directories.size() < kMostTiffPages && met.insert(at).second) {
+    while (at != 0 && directories.size() < kMostTiffPages) {
+        if (!met.insert(at).second) {
+            if (loops != nullptr) *loops = true;
+            break;
+        }
         std::uint64_t entries = 0, next = 0;
         if (!file.Read(at, variant->countBytes, entries) || entries > kMostEntries) break;
         const std::uint64_t end = at + variant->countBytes + entries * variant->entryBytes;

@@ -16,8 +16,8 @@ inline constexpr std::size_t kMostTiffPages = 65536;
 
 /// The offset of each page's directory, in the chain's order, of classic and big files alike. The chain ends
 /// at the first directory that is met again or does not lie in the file as a whole. Empty for what is no
-/// TIFF.
-std::vector<std::uint64_t> FindTiffDirectories(const ReadFileAt& readAt);
+/// TIFF. loops: becomes true when it ends at one met again.
+std::vector<std::uint64_t> FindTiffDirectories(const ReadFileAt& readAt, bool* loops = nullptr);
 
 /// Whether the directory at that offset has the tag.
 bool TiffDirectoryHas(const ReadFileAt& readAt, std::uint64_t directory, std::uint32_t tag);

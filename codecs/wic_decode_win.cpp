@@ -3,10 +3,15 @@
 #include <shlwapi.h>
 
 #include <algorithm>
+#include <array>
 #include <limits>
+#include <vector>
 
+#include "codecs/gif_frames.h"
 #include "codecs/picture_header.h"
+#include "codecs/tiff_directories.h"
 #include "platform/debug_line.h"
+#include "platform/file_stream.h"
 #include "platform/files.h"
 #include "platform/memory_budget.h"
 
@@ -95,6 +100,28 @@ bool IsOnDisk(const std::wstring& path) {
     return onDisk;
 }
 
+/// False for what brings some decoders down with the whole program: frames without colours (GIF) and
+/// directories that lead in circles (TIFF).
+bool IsSafeToDecode(const std::wstring& path) {
+    FileStream file(path, FileUse::ReadShared);
+    std::array<std::byte, kPictureHeaderSize> start{};
+    const auto count = static_cast<std::size_t>(std::min<std::uint64_t>(start.size(), file.Size()));
+    if (!file.IsOpen() || !file.Read(start.data(), count)) return false;
+    const PictureKind kind = ReadPictureHeader({start.data(), count}).kind;
+    if (kind == PictureKind::Gif) {
+        std::vector<std::byte> bytes(static_cast<std::size_t>(file.Size()));
+        return file.Seek(0) && file.Read(bytes.data(), bytes.size()) && GifFramesHaveColours(bytes);
+    }
+    bool loops = false;
+    if (kind == PictureKind::Tiff) {
+        const auto readAt = [&](std::uint64_t at, void* to, std::size_t n) {
+            return file.Seek(at) && file.Read(to, n);
+        };
+        static_cast<void>(FindTiffDirectories(readAt, &loops));
+    }
+    return !loops;
+}
+
 /// A file and one of its frames.
 struct OpenFrame {
     ComPtr<IWICImagingFactory> factory = CreateWicFactory();
@@ -104,7 +131,7 @@ struct OpenFrame {
     ComPtr<IWICBitmapSource> source;  ///< the same
 
     bool Open(const std::wstring& path, UINT frame) {
-        if (!factory || !IsOnDisk(path) ||
+        if (!factory || !IsOnDisk(path) || !IsSafeToDecode(path) ||
             FAILED(factory->CreateDecoderFromFilename(path.c_str(), nullptr, GENERIC_READ,
                                                       WICDecodeMetadataCacheOnDemand, decoder.Put())) ||
             FAILED(decoder->GetFrameCount(&frameCount)) || frameCount == 0 ||

@@ -12,6 +12,7 @@ namespace skyvault::test {
 namespace {
 
 using enum PixelFormat;
+using namespace std::string_literals;
 
 // Where the system's own way works it is never left, so rows written by ourselves are tried here for every
 // cell of the table; the system's way holds the picture or says that it cannot.
@@ -116,6 +117,15 @@ TEST(WicFormats, EveryFormatOfOursHasOneOfTheSameMemory) {
     expect(GUID_WICPixelFormat64bppBGRA, Rgba16, true);
     EXPECT_EQ(WicFormatOf(static_cast<PixelFormat>(42)), GUID_WICPixelFormat8bppGray);
     EXPECT_EQ(FindWicFormat(GUID_WICPixelFormat32bppBGR), nullptr);
+}
+
+TEST(WicCodec, WhatBringsDecodersDownIsRefused) {
+    const TemporaryFolder folder;
+    // A frame without colours, and a directory that is its own next one.
+    const std::string gif = "GIF89a\1\0\1\0\0\0\0,\0\0\0\0\1\0\1\0\0\2\2\x4c\1\0;"s,
+                      tiff = "II*\0\x8\0\0\0\0\0\x8\0\0\0"s;
+    EXPECT_FALSE(Loaded(folder.Write(L"a.gif", gif)).IsValid());
+    EXPECT_FALSE(Loaded(folder.Write(L"a.tif", tiff)).IsValid());
 }
 
 }  // namespace
