@@ -26,8 +26,8 @@ struct PlacedFace {
 };
 
 /// Six faces of one size, none over another. Every square shows pixels of the panorama's own grid of
-/// faceSize, none averaged; their directions do not all meet the pixel they came from, so that of faces written at
-/// their own size three quarters of the pixels move by one.
+/// faceSize, none averaged; their directions do not all meet the pixel they came from, so that of faces
+/// written at their own size three quarters of the pixels move by one.
 class PlacedFaces {
   public:
     std::array<PlacedFace, kFaceCount> places;
