@@ -126,8 +126,8 @@ void OptionsDialog::OnCommand(int id, int notification) {
 
 /// Shown while the mouse rests on the control; the dialog owns the window.
 void AddToolTip(HWND dialog, int control, const wchar_t* text) {
-    const HWND tip = CreateWindowExW(WS_EX_TOPMOST, TOOLTIPS_CLASSW, nullptr, WS_POPUP | TTS_ALWAYSTIP, 0, 0, 0, 0,
-                                     dialog, nullptr, nullptr, nullptr);
+    const HWND tip = CreateWindowExW(WS_EX_TOPMOST, TOOLTIPS_CLASSW, nullptr, WS_POPUP | TTS_ALWAYSTIP, 0, 0,
+                                     0, 0, dialog, nullptr, nullptr, nullptr);
     TOOLINFOW tool{};
     tool.cbSize = sizeof tool;
     tool.uFlags = TTF_IDISHWND | TTF_SUBCLASS;
@@ -143,9 +143,10 @@ void OptionsDialog::Open() {
     SetWindowTextW(dialog_, (std::wstring(kProgramName) + L" - Options").c_str());
     SetUpOptionsControls(dialog_);
     ShowInControls(dialog_, settings_);
-    AddToolTip(dialog_, IDC_EXPORT_ALPHA,
-               L"Empty places become transparent where the photo itself has an alpha channel. A photo without one "
-               L"keeps its format, and empty places have the background colour.");
+    AddToolTip(
+        dialog_, IDC_EXPORT_ALPHA,
+        L"Empty places become transparent where the photo itself has an alpha channel. A photo without one "
+        L"keeps its format, and empty places have the background colour.");
     ShowLogo();
     CentreOverOwner(dialog_);
 }

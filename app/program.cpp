@@ -54,7 +54,8 @@ int Run(HINSTANCE instance, int showCommand) {
     // The progress box paints itself while a long command runs; without this the system would lay a
     // picture of the window as "not responding" over it after five seconds.
     DisableProcessWindowsGhosting();
-    const INITCOMMONCONTROLSEX controls{sizeof controls, ICC_STANDARD_CLASSES | ICC_PROGRESS_CLASS | ICC_BAR_CLASSES};
+    const INITCOMMONCONTROLSEX controls{sizeof controls,
+                                        ICC_STANDARD_CLASSES | ICC_PROGRESS_CLASS | ICC_BAR_CLASSES};
     InitCommonControlsEx(&controls);
 
     const MainWindowClass windowClass(instance);
