@@ -18,6 +18,7 @@ namespace {
 
 bool useWorkers = false;
 std::atomic<pid_t> runningWorker{0};
+std::atomic<bool> asked{false};  ///< to end
 
 /// What a worker tells of a panorama: that it begins, or how it ended.
 struct Report {
@@ -120,6 +121,8 @@ GuardedRun RunGuardedBatch(const BatchJob& job, const std::vector<BatchItem>& it
         }
         close(ends[0]);
         const int status = WaitFor(worker);
+        // Whoever answers that ends the program.
+        while (asked) pause();
         runningWorker = 0;
         if (status == kInterrupted) std::_Exit(kInterrupted);
         if (status == kFailed) run.wholeOutput = run.wholeOutput && ended < items.size();
@@ -138,6 +141,7 @@ GuardedRun RunGuardedBatch(const BatchJob& job, const std::vector<BatchItem>& it
 bool EndBatchWorker() {
     const pid_t worker = runningWorker;
     if (worker == 0) return false;
+    asked = true;
     kill(worker, SIGTERM);
     // Whoever else waits for it may be quicker.
     waitpid(worker, nullptr, 0);
