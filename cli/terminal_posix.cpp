@@ -40,10 +40,11 @@ bool IsTerminal(OutputStream stream) {
 
 void PrepareStreams() {
     for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
-        // Opened the wrong way round: reading and writing fail as they should.
-        if (fcntl(descriptor, F_GETFD) < 0) {
-            open("/dev/null", descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY);
-        }
+        if (fcntl(descriptor, F_GETFD) >= 0) continue;
+        // The lowest free number is this one. Opened the wrong way round: reading and writing fail as they
+        // should.
+        const int nowhere = open("/dev/null", descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+        if (nowhere != descriptor) close(nowhere);
     }
     for (const int signal : {SIGPIPE, SIGXFSZ}) std::signal(signal, SIG_IGN);
 }

@@ -193,14 +193,14 @@ void TiffRowConverter::UnpackFloats(std::span<const std::byte* const> rows, std:
 }
 
 void TiffRowConverter::ConvertIntegers(std::uint32_t count, std::byte* to) const {
-    const std::uint64_t top = top_;
+    const std::uint64_t top = std::max<std::uint64_t>(top_, 1);  // a sample has a bit at least
     for (std::uint32_t i = 0; i < count; ++i, to += 4) {
         const std::uint64_t alpha = samples_.alpha != 0 ? values_[kAlpha][i] : top;
         std::array<std::uint8_t, 3> colour;
         if (samples_.colours == TiffColours::Palette) {
             colour = samples_.palette[values_[0][i]];
         } else {
-            const std::uint64_t whole = samples_.multiplied && alpha != 0 ? alpha : top;
+            const std::uint64_t whole = samples_.multiplied && alpha > 0 ? alpha : top;
             for (std::size_t c = 0; c < 3; ++c) {
                 std::uint64_t value = values_[colourSamples_ == 1 ? 0 : c][i];
                 if (samples_.colours == TiffColours::GreyInverted) value = top - value;

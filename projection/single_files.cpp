@@ -48,6 +48,7 @@ std::wstring SingleFilePath(const std::wstring& path, int namingSystem, CubeFace
 
 std::vector<std::wstring> SingleFilePaths(const std::wstring& path, const ExportSettings& settings) {
     std::vector<std::wstring> paths;
+    paths.reserve(kFaceCount);
     for (int f = 0; f < kFaceCount; ++f) {
         paths.push_back(SingleFilePath(path, NamingSystemOf(settings), static_cast<CubeFace>(f)));
     }
