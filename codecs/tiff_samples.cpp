@@ -193,7 +193,7 @@ void TiffRowConverter::UnpackFloats(std::span<const std::byte* const> rows, std:
 }
 
 void TiffRowConverter::ConvertIntegers(std::uint32_t count, std::byte* to) const {
-    const std::uint64_t top = std::max<std::uint64_t>(top_, 1);  // a sample has a bit at least
+    const std::uint64_t top = top_ > 0 ? top_ : 1;  // a sample has a bit at least
     for (std::uint32_t i = 0; i < count; ++i, to += 4) {
         const std::uint64_t alpha = samples_.alpha != 0 ? values_[kAlpha][i] : top;
         std::array<std::uint8_t, 3> colour;
