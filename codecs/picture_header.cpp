@@ -264,8 +264,4 @@ bool IsSoundJpeg(const JpegStructure& jpeg, std::uint64_t fileSize) {
            (jpeg.arithmetic ? PlausibleSize(jpeg.width, jpeg.height, fileSize) : leastBits / 8 <= fileSize);
 }
 
-bool JpegReachesItsEnd(std::span<const std::byte> file) {
-    return ReadJpegStructure(file).whole;
-}
-
 }  // namespace skyvault

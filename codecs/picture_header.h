@@ -35,7 +35,7 @@ bool PlausibleSize(std::uint64_t width, std::uint64_t height, std::uint64_t file
 
 /// What the markers of a JPEG file tell.
 struct JpegStructure {
-    bool whole = false;                   ///< they lead to "end of image"
+    bool whole = false;  ///< they lead to "end of image"; decoders fill what is cut with grey
     std::uint32_t width = 0, height = 0;  ///< 0: no frame that is read here, or one that contradicts itself
     std::uint32_t components = 0;         ///< 1, 3 or 4
     std::uint64_t blocks = 0;             ///< of 8 × 8 values, in all components
@@ -49,9 +49,5 @@ JpegStructure ReadJpegStructure(std::span<const std::byte> file);
 
 /// Whether a decoder may have the file: whole, of few enough scans, and large enough for its blocks.
 bool IsSoundJpeg(const JpegStructure& jpeg, std::uint64_t fileSize);
-
-/// True when a JPEG file's markers lead to "end of image"; what follows it is not looked at. False for cut
-/// files, whose missing part decoders fill with grey and say nothing, and for what is no JPEG.
-bool JpegReachesItsEnd(std::span<const std::byte> file);
 
 }  // namespace skyvault

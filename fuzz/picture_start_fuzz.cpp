@@ -13,11 +13,11 @@ namespace {
 
 /// The files that reach their end are those from one length on.
 void CheckJpegEnd(std::span<const std::byte> file) {
-    const bool whole = JpegReachesItsEnd(file);
+    const bool whole = ReadJpegStructure(file).whole;
     std::size_t cut = 0, enough = file.size();
     while (whole && enough - cut > 1) {
         const std::size_t middle = cut + (enough - cut) / 2;
-        (JpegReachesItsEnd(file.first(middle)) ? enough : cut) = middle;
+        (ReadJpegStructure(file.first(middle)).whole ? enough : cut) = middle;
     }
     Require(!whole ||
             (enough >= 4 && file[enough - 2] == std::byte{0xff} && file[enough - 1] == std::byte{0xd9}));
