@@ -23,8 +23,9 @@ inline void ReadAsPictureFile(std::span<const std::byte> bytes) {
         std::filesystem::temp_directory_path() / ("skyvault-fuzz-" + std::to_string(getpid()));
     const std::wstring name = FromSystemBytes(path.string());
     std::FILE* const file = std::fopen(path.c_str(), "wb");
-    Require(file && std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size() &&
-            std::fclose(file) == 0);
+    // Of no bytes there is no address.
+    const std::size_t written = file && !bytes.empty() ? std::fwrite(bytes.data(), 1, bytes.size(), file) : 0;
+    Require(file && written == bytes.size() && std::fclose(file) == 0);
     SetMemoryBudget(std::uint64_t{64} << 20);
     PictureFacts facts;
     Image image;
