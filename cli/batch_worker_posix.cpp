@@ -112,10 +112,11 @@ GuardedRun RunGuardedBatch(const BatchJob& job, const std::vector<BatchItem>& it
         }
         runningWorker = worker;
         close(ends[1]);
-        std::size_t ended = next, begun = next;
+        std::size_t ended = next;
+        bool within = false;  // a panorama that has begun and not ended
         for (Report report; Receive(ends[0], report);) {
-            begun = report.item;
-            if (!report.end) continue;
+            within = !report.end;
+            if (within) continue;
             Count(*report.end, run.counts);
             ended = report.item + 1;
         }
@@ -126,14 +127,16 @@ GuardedRun RunGuardedBatch(const BatchJob& job, const std::vector<BatchItem>& it
         runningWorker = 0;
         if (status == kInterrupted) std::_Exit(kInterrupted);
         if (status == kFailed) run.wholeOutput = run.wholeOutput && ended < items.size();
+        const bool idle = ended == next;
         next = ended;
         if (ended == items.size()) break;
-        // It began this one and has not ended it.
-        const BatchItem& broken = items[begun];
+        // Between two of them it was no panorama's fault; one that cannot even begin is not begun for ever.
+        if (!within && !idle) continue;
+        const BatchItem& broken = items[ended];
         observer.OnEnd(broken, BatchEnd::Failed,
                        {Failure(Reason::LibraryFailed, broken.sources.front()), {}});
         Count(BatchEnd::Failed, run.counts);
-        next = begun + 1;
+        next = ended + 1;
     }
     return run;
 }

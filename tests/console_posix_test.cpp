@@ -100,8 +100,7 @@ TEST(ConsoleOnLinux, APictureThatBringsALibraryDownEndsOnlyItself) {
     // The worker is killed as soon as there is one, whatever it has done by then.
     const ProgramResult result =
         Shell(L"cd '" + folder.Path() + L"'; '" + ConsoleProgramPath() +
-              L"' batch --threads 1 --from equirectangular --to equirectangular --set Resolution1=3 . out & "
-              L"}; c=; " +
+              L"' batch --threads 1 --from equirectangular --to equirectangular . out & " +
               L"while [ -z \"$c\" ] && kill -0 $!; do read c </proc/$!/task/$!/children; done 2>/dev/null; " +
               L"kill -9 $c; wait $!");
     EXPECT_EQ(result.exitStatus, 1);
