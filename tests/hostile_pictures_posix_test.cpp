@@ -120,6 +120,7 @@ TEST(HostilePictures, FlatPicturesAreBelievedAndEmptyClaimsAreNot) {
     const Bytes flat = FromHex("89504e470d0a1a0a0000000d4948445200004000000020000100000000");
     const PictureHeader header = ReadPictureHeader(AsBytes(flat));
     EXPECT_TRUE(header.sound);
+    EXPECT_FALSE(PlausibleSize(30000, 30000, 100));
     EXPECT_LE(header.leastBytes, 16382u);
     EXPECT_GT(header.leastBytes, 16382u / 8 * 7);
     // Rows of 20000 pixels are 79 runs.

@@ -103,6 +103,14 @@ TEST_F(LostFiles, AMissingLogoIsToldOnce) {
     EXPECT_EQ(host.errors, std::vector{L"Could not open " + Quoted(settings.logo)});
     ApplyOptions(session);
     EXPECT_EQ(host.errors.size(), 2u);
+    for (const std::uint32_t size : {4u, 6u}) {
+        Image logo = RandomImage(size, size, PixelFormat::Rgb8);
+        ASSERT_TRUE(Saved(logo, settings.logo));
+        ApplyOptions(session);
+        EXPECT_EQ(session.panorama->logoPicture.width, size);
+    }
+    RemoveFile(settings.logo);
+    ApplyOptions(session);
     // Files can be written all the same, once it is known.
     Panorama& panorama = *session.panorama;
     for (const Reason reason : {Reason::Done, Reason::CannotOpen}) {
