@@ -42,7 +42,6 @@ double HeightAt(const CubeHeights& heights, const Direction& d) {
     const double n = heights.Cells();
     const double size = static_cast<double>(std::max({std::fabs(d.x), std::fabs(d.y), std::fabs(d.z)}));
     const auto across = [&](float v) { return (static_cast<double>(v) / size + 1) / 2 * n; };
-    // As FaceRowDirections has the faces.
     const double x = across(d.x), y = n - across(d.y), z = across(d.z);
     const bool upright = std::fabs(d.y) < std::max(std::fabs(d.x), std::fabs(d.z));
     CubeFace face = d.y > 0 ? CubeFace::Top : CubeFace::Bottom;

@@ -68,7 +68,6 @@ TEST(Outputs, SayWhyTheyCannotBeWritten) {
         EXPECT_EQ(outcome.file, row.path);
     }
     EXPECT_TRUE(fs::is_fifo(Of(pipe)) && fs::is_symlink(Of(loose)));
-
     const auto before = signal(SIGXFSZ, SIG_IGN);
     rlimit limit{};
     getrlimit(RLIMIT_FSIZE, &limit);
@@ -79,8 +78,7 @@ TEST(Outputs, SayWhyTheyCannotBeWritten) {
     signal(SIGXFSZ, before);
     EXPECT_EQ(full.cause, Cause::FileTooLarge);
     EXPECT_EQ(FileSizeOf(held), 3u);
-    EXPECT_EQ(FindFiles(folder.Path()).size(), 3u);  // nothing half-written stays
-
+    EXPECT_EQ(FindFiles(folder.Path()).size(), 3u);                 // nothing half-written stays
     EXPECT_TRUE(Write(folder / std::wstring(250, L'x')).IsDone());  // with room for no more beside it
 }
 
