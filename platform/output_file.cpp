@@ -126,7 +126,8 @@ Outcome OutputFile::Failed() {
 }
 
 void RemoveAbandonedOutputs(const std::wstring& folder) {
-    for (const std::wstring& name : FindFiles(folder)) {
+    // A bare file name has no folder: it lies in the current one.
+    for (const std::wstring& name : FindFiles(folder.empty() ? L"." : folder)) {
         const std::uint32_t maker = MakerOf(name);
         if (maker != 0 && !ProcessRuns(maker)) RemoveFile(JoinPath(folder, name));
     }
