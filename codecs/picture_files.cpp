@@ -97,10 +97,10 @@ PictureSize ReadPictureSize(const std::wstring& path) {
     return ReadPictureFacts(path, facts).IsDone() ? facts.size : PictureSize{};
 }
 
-Outcome SavePicture(Image& image, const std::wstring& path, PixelFormat format, bool bleed) {
-    const PixelFormat written = format == PixelFormat::None ? image.format : format;
+Outcome SavePicture(Image& image, const std::wstring& path, const PictureOptions& options) {
+    const PixelFormat written = options.format == PixelFormat::None ? image.format : options.format;
     if (path.empty()) return Failure(Reason::CannotWrite);
-    if (bleed && HasAlpha(written)) BleedAlpha(image);
+    if (options.bleed && HasAlpha(written)) BleedAlpha(image);
     if (!image.IsValid()) return Failure(Reason::CannotWrite, path);
     Outcome saved = WriteByExtension(image, path, written);
     if (!saved.IsDone()) return saved;

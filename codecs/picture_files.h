@@ -30,12 +30,18 @@ Outcome ReadPictureFacts(const std::wstring& path, PictureFacts& facts);
 /// The size a picture file says it has, without reading its pixels; 0 × 0 when it cannot be told.
 PictureSize ReadPictureSize(const std::wstring& path);
 
-/// Writes a picture, choosing the codec by the path's extension. format None writes the picture's own. bleed:
-/// spread visible colours into transparent pixels of `image` first (BleedAlpha), when the written format has
-/// alpha. The outcome describes the file in the four lines Path, Size, Resolution and Format. CannotWrite on
-/// any failure: the file appears under its name only when whole, and an older one stays untouched.
-Outcome SavePicture(Image& image, const std::wstring& path, PixelFormat format = PixelFormat::None,
-                    bool bleed = false);
+/// How a picture is written.
+struct PictureOptions {
+    PixelFormat format = PixelFormat::None;  ///< None: the picture's own
+    /// Spread visible colours into transparent pixels of the picture first (BleedAlpha), when the written
+    /// format has alpha.
+    bool bleed = false;
+};
+
+/// Writes a picture, choosing the codec by the path's extension. The outcome describes the file in the four
+/// lines Path, Size, Resolution and Format. CannotWrite on any failure: the file appears under its name only
+/// when whole, and an older one stays untouched.
+Outcome SavePicture(Image& image, const std::wstring& path, const PictureOptions& options = {});
 
 /// "512 bytes", "3 KB", "3 MB", "2 GB": whole units, truncated.
 std::wstring FileSizeText(std::uint64_t bytes);

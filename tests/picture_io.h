@@ -17,7 +17,7 @@ inline Image Loaded(const std::wstring& path, std::uint32_t frame = 0, const Pic
 /// infoLog: receives the description of the file, or nothing.
 inline bool Saved(Image& image, const std::wstring& path, PixelFormat format = PixelFormat::None,
                   std::wstring* infoLog = nullptr, bool bleed = false) {
-    const Outcome outcome = SavePicture(image, path, format, bleed);
+    const Outcome outcome = SavePicture(image, path, {.format = format, .bleed = bleed});
     if (infoLog != nullptr) *infoLog = outcome.infoLog;
     return outcome.IsDone();
 }
