@@ -119,10 +119,11 @@ ExitStatus RunConvert(const ConvertOptions& options) {
         const HeadingPitchRoll& camera = options.camera;
         result = ConvertPanorama(
             {options.from, options.inputs, options.to, options.output, ModificationsOf(options),
-             Camera{Radians(camera.heading), Radians(camera.pitch), Radians(camera.roll)}},
+             Camera{Radians(camera.heading), Radians(camera.pitch), Radians(camera.roll)},
+             options.stripMetadata},
             settings, feedback);
     }
-    for (const std::wstring& trouble : result.faceTroubles) WriteMessage(trouble);
+    for (const std::wstring& trouble : result.troubles) WriteMessage(trouble);
     const std::wstring& infoLog = result.outcome.infoLog;
     // What was written is told also when something beside it was not.
     if (!options.quiet && !infoLog.empty()) {
