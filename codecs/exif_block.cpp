@@ -103,7 +103,7 @@ void DropThumbnail(const TiffReader& reader, const TiffDirectory& main, std::vec
     if (main.endAt + 4 <= exif.size()) edit.Set32(main.endAt, 0);
 }
 
-/// A copy of the main directory behind the block's end, with one entry more.
+/// Moves the main directory behind the block's end and adds an entry.
 void AddEntry(const TiffDirectory& main, std::uint16_t tag, std::string_view text,
               std::vector<std::byte>& exif) {
     if (exif.size() % 2 != 0) exif.push_back(std::byte{0});
@@ -120,6 +120,7 @@ void AddEntry(const TiffDirectory& main, std::uint16_t tag, std::string_view tex
     };
     copy(0, before, 0);
     copy(before, count, before + 1);
+    std::fill_n(exif.begin() + static_cast<std::ptrdiff_t>(entriesAt) - 2, 2 + 12 * count + 4, std::byte{0});
     ExifEditor edit(exif);
     edit.Set16(newAt, static_cast<std::uint32_t>(count + 1));
     edit.Set16(newAt + 2 + 12 * before, tag);
