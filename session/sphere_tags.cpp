@@ -112,7 +112,7 @@ SphereTags SphereTagsOfExport(const Panorama& panorama, const Camera& camera,
         const double turned = turn.isIdentity ? 0 : HeadingOf(Transform({0, 0, 1}, turn));
         tags["PoseHeadingDegrees"] = TextOf(Heading(*heading + turned, 0.01));
     }
-    tags["PosePitchDegrees"] = tags["PoseRollDegrees"] = "0";
+    tags.insert({{"PosePitchDegrees", "0"}, {"PoseRollDegrees", "0"}});
 
     InitialView view = ViewOfCamera(camera, settings);
     const bool moved = camera.heading != 0 || camera.pitch != 0 || camera.roll != 0;
