@@ -58,10 +58,18 @@ class TreeReader {
     std::uint64_t left_ = kMostMetadataBytes;
 };
 
+/// A user's comment says in its first eight bytes how its text is stored: here in 16 bits, in the byte order
+/// of the file.
+bool IsWideComment(const TiffValue& value) {
+    constexpr std::uint16_t kUserComment = 37510;
+    return value.tag == kUserComment && TextOfBytes(value.bytes).starts_with("UNICODE");
+}
+
 void SwapValues(std::vector<TiffValue>& values) {
     for (TiffValue& value : values) {
-        const std::size_t size = std::max<std::size_t>(SizeOfNumber(value.type), 1);
-        for (std::size_t i = 0; i + size <= value.bytes.size(); i += size) {
+        const bool wide = IsWideComment(value);
+        const std::size_t size = wide ? 2 : std::max<std::size_t>(SizeOfNumber(value.type), 1);
+        for (std::size_t i = wide ? 8 : 0; i + size <= value.bytes.size(); i += size) {
             const auto from = value.bytes.begin() + static_cast<std::ptrdiff_t>(i);
             std::reverse(from, from + static_cast<std::ptrdiff_t>(size));
         }
