@@ -95,7 +95,7 @@ class DialogObserver final : public BatchObserver {
     }
     void OnEnd(const BatchItem& item, BatchEnd end, const ConversionResult& result) override {
         if (end == BatchEnd::Failed) Note(item, LineOf(result.outcome));
-        for (const std::wstring& trouble : result.faceTroubles) Note(item, trouble);
+        for (const std::wstring& trouble : result.troubles) Note(item, trouble);
     }
 
     /// A line for each of the first failures, and how many more there are.

@@ -35,7 +35,7 @@ class Reporter final : public BatchObserver {
             return;
         }
         feedback_.HideBar();
-        for (const std::wstring& trouble : result.faceTroubles) WriteMessage(trouble);
+        for (const std::wstring& trouble : result.troubles) WriteMessage(trouble);
         if (quiet_) return;
         const wchar_t* const word = end == BatchEnd::Skipped ? L"skipped" : L"converted";
         WriteText(OutputStream::Standard,
@@ -57,6 +57,7 @@ ExitStatus RunBatchCommand(const BatchOptions& options) {
     }
     BatchJob job = options.job;
     job.modifications = ModificationsOf(options);
+    job.stripMetadata = options.stripMetadata;
     const bool namesFaces = job.from->sources > 1 || job.to->sources > 1;
     if (namesFaces && NamingSystemOf(settings) != settings.fileNamingSystem) {
         WriteMessage(L"FileNamingSystem goes from 0 to 5, not " + std::to_wstring(settings.fileNamingSystem));

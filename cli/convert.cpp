@@ -5,6 +5,8 @@
 #include "cli/terminal.h"
 #include "cli/work_settings.h"
 #include "codecs/dds_cube_map.h"
+#include "codecs/exif_block.h"
+#include "codecs/icc_profile.h"
 #include "codecs/picture_codec.h"
 #include "codecs/picture_files.h"
 #include "generators/random.h"
@@ -17,6 +19,7 @@
 #include "projection/single_files.h"
 #include "session/conversion.h"
 #include "session/messages.h"
+#include "session/sphere_tags.h"
 
 namespace skyvault {
 
@@ -49,6 +52,29 @@ Outcome ReadableFacts(const std::wstring& path, PictureFacts& facts) {
     return told.IsDone() ? WithinMemoryBudget(path, facts.memory) : told;
 }
 
+/// What the photo carries, a line for each that there is.
+std::wstring DescribeMetadata(const std::wstring& path) {
+    const PhotoMetadata metadata = ReadPhotoMetadata(path);
+    const ExifFacts facts = FactsOfExif(metadata.exif);
+    const std::wstring name = NameOfProfile(metadata.icc);
+    const std::pair<const wchar_t*, std::wstring> lines[] = {
+        {L"Profile\t\t", metadata.icc.empty() ? L""
+                         : name.empty()       ? L"without a name"
+                                              : name},
+        {L"Camera\t\t", facts.camera},
+        {L"Taken\t\t", facts.taken},
+        {L"Position\t", metadata.exif.empty() ? L""
+                        : facts.position      ? L"yes"
+                                              : L"no"},
+        {L"Sphere\t\t", DescriptionOfSphere(ReadSphereTags(metadata.xmp))},
+    };
+    std::wstring text;
+    for (const auto& [title, value] : lines) {
+        if (!value.empty()) text += title + Printable(value) + L"\n";
+    }
+    return text;
+}
+
 /// A file's description, with what a panorama made of a picture would have.
 std::wstring Describe(const std::wstring& path, const PictureFacts& facts) {
     const auto& [width, height] = facts.size;
@@ -56,7 +82,8 @@ std::wstring Describe(const std::wstring& path, const PictureFacts& facts) {
     if (cubeMap) return CubeMapInfo(path, width, facts.format);
     const std::wstring faceSize = std::to_wstring(width / 4);
     return PictureInfo(path, width, height, facts.format) + L"Frames\t\t" +
-           std::to_wstring(facts.frameCount) + L"\nPanorama\tfaces " + faceSize + L" x " + faceSize + L"\n";
+           std::to_wstring(facts.frameCount) + L"\nPanorama\tfaces " + faceSize + L" x " + faceSize + L"\n" +
+           DescribeMetadata(path);
 }
 
 std::wstring OutputObstacle(const ConvertOptions& options, const AppState& settings) {
@@ -119,10 +146,11 @@ ExitStatus RunConvert(const ConvertOptions& options) {
         const HeadingPitchRoll& camera = options.camera;
         result = ConvertPanorama(
             {options.from, options.inputs, options.to, options.output, ModificationsOf(options),
-             Camera{Radians(camera.heading), Radians(camera.pitch), Radians(camera.roll)}},
+             Camera{Radians(camera.heading), Radians(camera.pitch), Radians(camera.roll)},
+             options.stripMetadata},
             settings, feedback);
     }
-    for (const std::wstring& trouble : result.faceTroubles) WriteMessage(trouble);
+    for (const std::wstring& trouble : result.troubles) WriteMessage(trouble);
     const std::wstring& infoLog = result.outcome.infoLog;
     // What was written is told also when something beside it was not.
     if (!options.quiet && !infoLog.empty()) {
@@ -137,6 +165,9 @@ ExitStatus RunInfo(const InfoOptions& options) {
     const Outcome told = ReadableFacts(options.path, facts);
     if (!told.IsDone()) return Fail(ConsoleLineOf(told));
     WriteText(OutputStream::Standard, Describe(options.path, facts));
+    for (const std::wstring& trouble : MetadataTroubles(options.path, ReadPhotoMetadata(options.path).lost)) {
+        WriteMessage(trouble);
+    }
     return kDone;
 }
 

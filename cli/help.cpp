@@ -95,8 +95,9 @@ std::string BatchFooter() {
 
 std::string InfoFooter() {
     return "Prints path, size, resolution, pixel format, number of frames, and the cube faces a\n"
-           "panorama of the picture would have; of a DDS cube map the size of its six faces.\n"
-           "Tab-separated, one a line.\n\n"
+           "panorama of the picture would have; of a DDS cube map the size of its six faces. Of a photo\n"
+           "also what it carries: colour profile, camera, when it was taken, whether it tells its\n"
+           "position, and its panorama properties. Tab-separated, one a line.\n\n"
            "Example:\n"
            "  skyvault-cli info \"Mountain lake.jpg\"";
 }

@@ -160,6 +160,8 @@ void DefineWork(CLI::App& convert, ConvertTexts& texts) {
                      "Shows the front half behind, too");
     convert.add_option("--threads", texts.threads, "Threads to work with; 0: one per core")->type_name("N");
     DefineMemory(convert, texts.memory);
+    convert.add_flag("--strip-metadata", texts.flags.stripMetadata,
+                     "Writes no EXIF, XMP and panorama properties; a colour profile stays");
     convert.add_flag("-q,--quiet", texts.flags.quiet, "Prints nothing but errors");
 }
 

@@ -39,6 +39,7 @@ struct WorkOptions {
     bool mirrorFrontToBack = false;
     int threads = 0;           ///< 0: one per core
     std::uint64_t memory = 0;  ///< bytes that pictures may take; 0: the default
+    bool stripMetadata = false;
     bool quiet = false;
 };
 

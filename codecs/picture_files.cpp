@@ -4,9 +4,11 @@
 
 #include "codecs/dds_container.h"
 #include "codecs/dds_cube_map.h"
+#include "codecs/exif_block.h"
 #include "codecs/picture_codec.h"
 #include "codecs/tga_reader.h"
 #include "image/bleed_alpha.h"
+#include "image/turn_upright.h"
 #include "platform/file_stream.h"
 #include "platform/files.h"
 #include "platform/memory_budget.h"
@@ -59,7 +61,67 @@ Outcome ReadByExtension(const std::wstring& path, const PictureRequest& request,
     return read ? Outcome{} : Failure(Reason::CannotOpen, path);
 }
 
-Outcome WriteByExtension(const Image& image, const std::wstring& path, PixelFormat format) {
+/// The program's own kinds have none.
+bool HasOrientation(const std::wstring& path) {
+    const std::wstring extension = UpperExtension(path);
+    return extension != L"TGA" && extension != L"DDS";
+}
+
+Outcome ReadUpright(const std::wstring& path, const PictureRequest& request, Image& image) {
+    const int orientation = HasOrientation(path) ? ReadOrientation(path, request.frame) : 1;
+    PictureRequest stored = request;
+    if (SwapsSides(orientation)) std::swap(stored.target.width, stored.target.height);
+    Outcome read = ReadByExtension(path, stored, image);
+    if (!read.IsDone() || orientation == 1) return read;
+    // Sides are exchanged in a copy.
+    if (SwapsSides(orientation)) read = WithinMemoryBudget(path, 2 * std::uint64_t{image.ByteCount()});
+    if (read.IsDone() && !TurnUpright(orientation, image)) return Failure(Reason::CannotOpen, path);
+    return read;
+}
+
+/// What a file of the picture is to carry.
+PhotoMetadata MetadataOf(const PictureOptions& options, const PictureSize& size) {
+    PhotoMetadata metadata = options.metadata != nullptr ? *options.metadata : PhotoMetadata();
+    SphereTags sphere;
+    if (options.sphere != nullptr) {
+        const std::string width = std::to_string(size.width), height = std::to_string(size.height);
+        sphere = *options.sphere;
+        sphere.insert({{"ProjectionType", "equirectangular"},
+                       {"UsePanoramaViewer", "True"},
+                       {"CroppedAreaImageWidthPixels", width},
+                       {"CroppedAreaImageHeightPixels", height},
+                       {"FullPanoWidthPixels", width},
+                       {"FullPanoHeightPixels", height},
+                       {"CroppedAreaLeftPixels", "0"},
+                       {"CroppedAreaTopPixels", "0"}});
+    }
+    if (!metadata.exif.empty()) {
+        metadata.exif = CorrectedExif(std::move(metadata.exif), size, "Skyvault " SKYVAULT_VERSION);
+    }
+    if (!metadata.xmp.empty()) {
+        metadata.xmp = CorrectedXmp(metadata.xmp, size, sphere);
+    } else if (!sphere.empty()) {
+        metadata.xmp = NewXmp(sphere);
+    }
+    return metadata;
+}
+
+/// Gives the target what the encoder wrote, and the metadata.
+Outcome CommitWithMetadata(const std::wstring& encoded, const std::wstring& path, PictureContainer container,
+                           PhotoMetadata metadata) {
+    OutputFile file(path);
+    Outcome outcome;
+    FileStream from(encoded, FileUse::ReadShared);
+    FileStream to(file.TemporaryPath(), FileUse::Write);
+    const ByteSink sink = [&](const void* bytes, std::size_t n) { return to.Write(bytes, n); };
+    const bool written =
+        from.IsOpen() && to.IsOpen() &&
+        WriteWithMetadata(SourceOf(from), container, std::move(metadata), sink, outcome.lost);
+    return to.Close() && written && file.Commit() ? std::move(outcome) : file.Failed();
+}
+
+Outcome WriteByExtension(const Image& image, const std::wstring& path, PixelFormat format,
+                         const PictureOptions& options) {
     const std::wstring extension = UpperExtension(path);
     const bool dds = extension == L"DDS";
     const PictureContainer container = ContainerOfExtension(extension);
@@ -67,6 +129,12 @@ Outcome WriteByExtension(const Image& image, const std::wstring& path, PixelForm
     OutputFile file(path);
     const bool written = dds ? WriteDdsPicture(image, file.TemporaryPath(), format)
                              : EncodePicture(image, file.TemporaryPath(), container, format);
+    if (written && CarriesMetadata(container)) {
+        PhotoMetadata metadata = MetadataOf(options, {image.width, image.height});
+        if (!metadata.IsEmpty()) {
+            return CommitWithMetadata(file.TemporaryPath(), path, container, std::move(metadata));
+        }
+    }
     return written && file.Commit() ? Outcome{} : file.Failed();
 }
 
@@ -83,13 +151,19 @@ std::wstring InfoLines(const std::wstring& path, const std::wstring& resolution,
 
 Outcome LoadPicture(const std::wstring& path, Image& image, const PictureRequest& request) {
     if (path.empty()) return Failure(Reason::CannotOpen);
-    Outcome read = ReadByExtension(path, request, image);
+    Outcome read = ReadUpright(path, request, image);
     if (!read.IsDone()) image.Clear();
     return read;
 }
 
 Outcome ReadPictureFacts(const std::wstring& path, PictureFacts& facts) {
-    return InspectByExtension(path, facts);
+    Outcome told = InspectByExtension(path, facts);
+    if (!told.IsDone() || !HasOrientation(path)) return told;
+    if (SwapsSides(ReadOrientation(path, 0))) {
+        std::swap(facts.size.width, facts.size.height);
+        facts.memory += std::uint64_t{BytesPerPixel(facts.format)} * facts.size.width * facts.size.height;
+    }
+    return told;
 }
 
 PictureSize ReadPictureSize(const std::wstring& path) {
@@ -102,9 +176,9 @@ Outcome SavePicture(Image& image, const std::wstring& path, const PictureOptions
     if (path.empty()) return Failure(Reason::CannotWrite);
     if (options.bleed && HasAlpha(written)) BleedAlpha(image);
     if (!image.IsValid()) return Failure(Reason::CannotWrite, path);
-    Outcome saved = WriteByExtension(image, path, written);
-    if (!saved.IsDone()) return saved;
-    return {.infoLog = PictureInfo(path, image.width, image.height, written)};
+    Outcome saved = WriteByExtension(image, path, written, options);
+    if (saved.IsDone()) saved.infoLog = PictureInfo(path, image.width, image.height, written);
+    return saved;
 }
 
 std::wstring FileSizeText(std::uint64_t bytes) {

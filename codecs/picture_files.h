@@ -7,7 +7,9 @@
 #include <cstdint>
 #include <string>
 
+#include "codecs/photo_metadata.h"
 #include "codecs/picture_codec.h"
+#include "codecs/xmp_packet.h"
 #include "image/image.h"
 #include "platform/outcome.h"
 
@@ -16,15 +18,16 @@ namespace skyvault {
 /// Which part of a picture file is wanted, and how large.
 struct PictureRequest {
     std::uint32_t frame = 0;  ///< of an animated or multi-page file
-    PictureSize target = {};  ///< both sizes ≥ 1: scaled while decoding to fit inside, aspect ratio kept
+    PictureSize target = {};  ///< of the upright picture; both sizes ≥ 1: scaled while decoding to fit
+                              ///< inside, aspect ratio kept
 };
 
-/// Reads a picture. NeedsMemory when that takes more than the program may use, CannotOpen on any other
-/// failure; the image is then invalid.
+/// Reads a picture and turns it upright, as its EXIF orientation says. NeedsMemory when that takes more than
+/// the program may use, CannotOpen on any other failure; the image is then invalid.
 Outcome LoadPicture(const std::wstring& path, Image& image, const PictureRequest& request = {});
 
-/// What a picture file tells about itself, as far as its kind allows without reading its pixels. CannotOpen
-/// when it cannot be told.
+/// What a picture file tells about itself once it stands upright, as far as its kind allows without reading
+/// its pixels. CannotOpen when it cannot be told.
 Outcome ReadPictureFacts(const std::wstring& path, PictureFacts& facts);
 
 /// The size a picture file says it has, without reading its pixels; 0 × 0 when it cannot be told.
@@ -36,11 +39,17 @@ struct PictureOptions {
     /// Spread visible colours into transparent pixels of the picture first (BleedAlpha), when the written
     /// format has alpha.
     bool bleed = false;
+    /// What the photo carried that the picture was made of: JPEG, PNG and TIFF files carry it too, corrected
+    /// for a picture of another size that stands upright.
+    const PhotoMetadata* metadata = nullptr;
+    /// Of a picture that is the whole sphere, equirectangular: the panorama properties it carries beside
+    /// those of its size. Null: none, whatever the photo had.
+    const SphereTags* sphere = nullptr;
 };
 
 /// Writes a picture, choosing the codec by the path's extension. The outcome describes the file in the four
-/// lines Path, Size, Resolution and Format. CannotWrite on any failure: the file appears under its name only
-/// when whole, and an older one stays untouched.
+/// lines Path, Size, Resolution and Format, and lists what of the metadata was left out. CannotWrite on any
+/// failure: the file appears under its name only when whole, and an older one stays untouched.
 Outcome SavePicture(Image& image, const std::wstring& path, const PictureOptions& options = {});
 
 /// "512 bytes", "3 KB", "3 MB", "2 GB": whole units, truncated.

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace skyvault {
 
@@ -56,6 +57,7 @@ struct [[nodiscard]] Outcome {
     std::wstring otherFile = {};  ///< of reasons that are about two files
     Cause cause = Cause::Unknown;
     std::uint64_t bytesNeeded = 0, bytesAllowed = 0;
+    std::vector<std::wstring> lost = {};  ///< what of a photo's metadata was left out, a clause each
 
     bool IsDone() const { return reason == Reason::Done; }
 };

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "codecs/xmp_packet.h"
 #include "platform/feedback.h"
 #include "platform/outcome.h"
 #include "projection/panorama.h"
@@ -42,6 +43,9 @@ struct ExportRequest {
     Camera camera = {};                     ///< only the preview looks through it
     std::wstring path = {};                 ///< of the file
     std::optional<ClientSize> client = {};  ///< of a view: the room there is for the picture
+
+    /// The panorama properties of an equirectangular file, or null.
+    const SphereTags* sphere = nullptr;
 
     bool IsView() const { return client.has_value(); }
 };

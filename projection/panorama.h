@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "codecs/photo_metadata.h"
 #include "image/image.h"
 #include "platform/outcome.h"
 #include "projection/cube_face.h"
@@ -24,6 +25,8 @@ struct Panorama {
     std::wstring missingLogo;  ///< the logo's path when it could not be read
     Image resultPicture;       ///< the last layout built, for a file or for the window
     Modifications modifications;
+    PhotoMetadata metadata;  ///< what the first of its photos carried; exports carry it on
+    bool sphereTags = true;  ///< equirectangular exports carry the panorama properties
 };
 
 /// The format files are written in: the source's own, else the front face's, else None.

@@ -183,8 +183,9 @@ ConversionResult ConvertItem(const BatchJob& job, const BatchItem& item, const A
     // Nothing that happens to one panorama is shown: the run goes on, and the observer hears the outcome.
     SilentFeedback silence;
     try {
-        result = ConvertPanorama({job.from, item.sources, job.to, item.output, job.modifications, {}},
-                                 settings, silence);
+        result = ConvertPanorama(
+            {job.from, item.sources, job.to, item.output, job.modifications, {}, job.stripMetadata}, settings,
+            silence);
     } catch (const std::bad_alloc&) {
         // Memory that is lacking for one panorama may be there for the next.
         result.outcome = Failure(Reason::NoMemory, item.sources.front());

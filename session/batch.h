@@ -35,6 +35,7 @@ struct BatchJob {
     std::wstring extension = L"png";  ///< of BatchExtensions(); QuickTime VR always gets mov
     bool subfolders = false;          ///< single files get a folder for each panorama
     Modifications modifications;      ///< made to every panorama
+    bool stripMetadata = false;       ///< as of Conversion
 };
 
 /// One panorama of a batch.

@@ -4,6 +4,7 @@
 #include "codecs/picture_files.h"
 #include "platform/path_text.h"
 #include "session/messages.h"
+#include "session/sphere_tags.h"
 
 namespace skyvault {
 namespace {
@@ -31,6 +32,11 @@ Outcome About(const std::wstring& file, Outcome outcome) {
     return outcome;
 }
 
+/// Whether the layout's file is the whole sphere as one equirectangular picture.
+bool IsSphere(const LayoutRow& layout) {
+    return layout.format == PanoramaFormat::Equirectangular || layout.kind == LayoutKind::Page;
+}
+
 }  // namespace
 
 Outcome ImportPanorama(const LayoutRow& layout, const std::vector<std::wstring>& paths,
@@ -40,21 +46,43 @@ Outcome ImportPanorama(const LayoutRow& layout, const std::vector<std::wstring>&
     const LayoutRow& row = CorrectedLayout(layout, panorama.path, feedback);
     const ImportRequest request{
         .format = row.format, .paths = paths, .settings = settings, .generator = settings};
+    // A generator's palette is no photo of the panorama.
+    if (row.kind == LayoutKind::Panorama && row.ownExtension == nullptr) {
+        panorama.metadata = ReadPhotoMetadata(panorama.path);
+    }
     return About(panorama.path, row.import(request, feedback, panorama));
+}
+
+std::vector<std::wstring> ImportTroubles(const Panorama& panorama, const LayoutRow& layout,
+                                         const std::vector<std::wstring>& paths) {
+    std::vector<std::wstring> troubles;
+    if (layout.sources > 1) troubles = FaceTroubles(panorama, paths);
+    for (std::wstring& line : MetadataTroubles(panorama.path, panorama.metadata.lost)) {
+        troubles.push_back(std::move(line));
+    }
+    std::wstring crop = CropTrouble(panorama.path, ReadSphereTags(panorama.metadata.xmp));
+    if (!crop.empty()) troubles.push_back(std::move(crop));
+    return troubles;
 }
 
 Outcome ExportPanorama(const LayoutRow& layout, const std::wstring& path, const Camera& camera,
                        const ExportSettings& settings, Feedback& feedback, Panorama& panorama) {
     Outcome logo = LoadLogo(panorama, settings);
     if (!logo.IsDone()) return logo;
-    const ExportRequest request{
-        .format = layout.format, .settings = settings, .camera = camera, .path = path};
+    SphereTags sphere;
+    ExportRequest request{.format = layout.format, .settings = settings, .camera = camera, .path = path};
+    if (IsSphere(layout) && panorama.sphereTags) {
+        sphere = SphereTagsOfExport(panorama, camera, settings);
+        request.sphere = &sphere;
+    }
     if (layout.write != nullptr) {
         return About(path, layout.write(panorama, request, feedback, panorama.resultPicture));
     }
     Outcome rendered = layout.render(panorama, request, feedback, panorama.resultPicture);
     if (!rendered.IsDone()) return About(path, std::move(rendered));
-    return About(path, SavePicture(panorama.resultPicture, path, {.bleed = true}));
+    return About(path,
+                 SavePicture(panorama.resultPicture, path,
+                             {.bleed = true, .metadata = &panorama.metadata, .sphere = request.sphere}));
 }
 
 Outcome RenderView(const LayoutRow& layout, const ClientSize& client, const Camera& camera,
@@ -70,10 +98,17 @@ ConversionResult ConvertPanorama(const Conversion& conversion, const AppState& s
     Panorama panorama;
     result.outcome = ImportPanorama(*conversion.from, conversion.sources, settings, feedback, panorama);
     if (!result.outcome.IsDone()) return result;
-    if (conversion.from->sources > 1) result.faceTroubles = FaceTroubles(panorama, conversion.sources);
+    result.troubles = ImportTroubles(panorama, *conversion.from, conversion.sources);
+    if (conversion.stripMetadata) {
+        panorama.metadata = {.icc = std::move(panorama.metadata.icc), .exif = {}, .xmp = {}, .lost = {}};
+        panorama.sphereTags = false;
+    }
     panorama.modifications = conversion.modifications;
     result.outcome =
         ExportPanorama(*conversion.to, conversion.output, conversion.camera, settings, feedback, panorama);
+    for (std::wstring& line : MetadataTroubles(panorama.path, result.outcome.lost)) {
+        result.troubles.push_back(std::move(line));
+    }
     return result;
 }
 

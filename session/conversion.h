@@ -15,6 +15,11 @@ namespace skyvault {
 Outcome ImportPanorama(const LayoutRow& layout, const std::vector<std::wstring>& paths,
                        const AppState& settings, Feedback& feedback, Panorama& panorama);
 
+/// What is to be said of a panorama that was imported all the same, a line each: faces that are not there or
+/// of another size, metadata that cannot be carried, a photo that is not all of the sphere.
+std::vector<std::wstring> ImportTroubles(const Panorama& panorama, const LayoutRow& layout,
+                                         const std::vector<std::wstring>& paths);
+
 /// Writes the panorama in a layout. The outcome describes what was written; resultPicture is what was
 /// rendered. A logo that cannot be read is a failure the first time; an export after it shows the disc
 /// without.
@@ -34,11 +39,13 @@ struct Conversion {
     std::wstring output;  ///< single files make their six names of it
     Modifications modifications;
     Camera camera;
+    bool stripMetadata = false;  ///< the output carries the colour profile alone
 };
 
 struct ConversionResult {
     Outcome outcome;
-    std::vector<std::wstring> faceTroubles;  ///< of single files (FaceTroubles)
+    std::vector<std::wstring>
+        troubles;  ///< what is to be said all the same (ImportTroubles, MetadataTroubles)
 };
 
 /// Reads and writes; a failure of either ends it, and so does a generator's picture that cannot be read.

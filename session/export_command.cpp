@@ -62,7 +62,11 @@ void ExportCommand(Session& session, const LayoutRow& layout) {
                                   *session.panorama);
     }
     if (exported.IsDone() || exported.reason == Reason::PageIncomplete) {
-        session.host.Information(L"360° photo successfully exported!\n\n" + exported.infoLog);
+        std::wstring text = L"360° photo successfully exported!\n\n" + exported.infoLog;
+        for (const std::wstring& trouble : MetadataTroubles(session.panorama->path, exported.lost)) {
+            text += L"\n" + trouble;
+        }
+        session.host.Information(text);
     }
     // Nobody may believe that a file is there when it is not.
     if (!exported.IsDone()) session.host.Error(MessageOf(exported));

@@ -49,8 +49,8 @@ void ImportFiles(Session& session, const std::vector<std::wstring>& paths, const
     session.host.UpdateMenuChecks();
     Refresh(session);
     std::wstring message = MessageOf(imported);
-    if (imported.IsDone() && layout.sources > 1) {
-        for (const std::wstring& trouble : FaceTroubles(*session.panorama, paths)) {
+    if (imported.IsDone()) {
+        for (const std::wstring& trouble : ImportTroubles(*session.panorama, layout, paths)) {
             message += (message.empty() ? L"" : L"\n") + trouble;
         }
     }

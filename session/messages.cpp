@@ -116,6 +116,12 @@ std::vector<std::wstring> FaceTroubles(const Panorama& panorama, const std::vect
     return lines;
 }
 
+std::vector<std::wstring> MetadataTroubles(const std::wstring& photo, const std::vector<std::wstring>& lost) {
+    std::vector<std::wstring> lines;
+    for (const std::wstring& clause : lost) lines.push_back(Quoted(photo) + L": " + clause);
+    return lines;
+}
+
 std::wstring LineOf(const Outcome& outcome) {
     if (outcome.IsDone()) return {};
     if (outcome.reason == Reason::PictureMissing) return L"Could not open " + Quoted(outcome.file);

@@ -19,4 +19,8 @@ std::wstring LineOf(const Outcome& outcome);
 /// could not be read, and faces that are no squares of the panorama's face size.
 std::vector<std::wstring> FaceTroubles(const Panorama& panorama, const std::vector<std::wstring>& paths);
 
+/// What of a photo's metadata was left out (PhotoMetadata::lost, Outcome::lost), a line each that names the
+/// photo.
+std::vector<std::wstring> MetadataTroubles(const std::wstring& photo, const std::vector<std::wstring>& lost);
+
 }  // namespace skyvault

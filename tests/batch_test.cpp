@@ -76,7 +76,7 @@ struct Listener : BatchObserver {
     void OnEnd(const BatchItem&, BatchEnd end, const ConversionResult& result) override {
         ends.push_back(end);
         reasons.push_back(LineOf(result.outcome));
-        faceTroubles += result.faceTroubles.size();
+        faceTroubles += result.troubles.size();
     }
 };
 

@@ -86,7 +86,7 @@ TEST_F(LayoutFaults, MemoryThatRunsOutLeavesWholeFilesOrTheOlderOnes) {
             EXPECT_TRUE(failed ? k < 200 : done && k > 4);
             EXPECT_TRUE(temporary.Empty());
             EXPECT_EQ(Written().size(), whole.size()) << "a file is left over";
-            if (!result.faceTroubles.empty()) continue;  // which is told; they are white
+            if (!result.troubles.empty()) continue;  // which is told; they are white
             for (const auto& [file, contents] : Written()) {
                 const bool isOld = contents == "old" && !done;
                 EXPECT_TRUE(isOld || contents == whole.at(file) || contents == plainer.at(file) ||

@@ -14,7 +14,7 @@ namespace {
 
 using enum PixelFormat;
 
-TEST(PictureFilesPosix, FloatsAreShownAsOnAScreenHalvesKeptAndNothingIsTurned) {
+TEST(PictureFilesPosix, FloatsAreShownAsOnAScreenHalvesKeptAndPhotosStandUpright) {
     const TemporaryFolder folder;
     for (const DataRow& row : DataGroup("pictures", "posix")) ExpectPixels(folder / L"picture", row);
     for (const PixelFormat format : {GreyHalf, RgbHalf, RgbaHalf}) {

@@ -10,6 +10,7 @@ build=(
     g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64        # compiler for Windows
     libcli11-dev                                                # console arguments
     libstb-dev                                                  # encoder of compressed DDS files
+    libz-mingw-w64-dev                                          # packed colour profiles in PNG files
     googletest                                                  # tests
     wine wine64 xvfb libgl1-mesa-dri                            # running the Windows build
     fonts-liberation fonts-wine                                 # its fonts

@@ -3,6 +3,7 @@
 #include "codecs/picture_files.h"
 #include "platform/files.h"
 #include "platform/path_text.h"
+#include "platform/utf8.h"
 #include "projection/equirectangular.h"
 #include "settings/text_file.h"
 
@@ -41,6 +42,23 @@ std::wstring Replaced(std::wstring text, std::wstring_view what, std::wstring_vi
     return text;
 }
 
+/// Where the viewer starts, as its address tells it too, for a photo that says where; else empty.
+std::wstring StartOf(const Panorama& panorama, const ExportRequest& request) {
+    const SphereTags photo = ReadSphereTags(panorama.metadata.xmp);
+    const bool says =
+        photo.contains("InitialViewHeadingDegrees") || photo.contains("InitialViewPitchDegrees");
+    if (!says || request.sphere == nullptr) return {};
+    const auto value = [&](const char* name) {
+        const auto tag = request.sphere->find(name);
+        return tag == request.sphere->end() ? std::wstring() : FromUtf8(tag->second);
+    };
+    // The viewer counts downwards.
+    const std::wstring pitch = value("InitialViewPitchDegrees");
+    return L"heading=" + value("InitialViewHeadingDegrees") + L"&amp;pitch=" +
+           (pitch.starts_with(L'-') ? pitch.substr(1) : L"-" + pitch) + L"&amp;fov=" +
+           value("InitialHorizontalFOVDegrees");
+}
+
 }  // namespace
 
 WebPageFiles CompanionFiles(const std::wstring& picturePath) {
@@ -59,7 +77,10 @@ Outcome ExportWebPage(const Panorama& panorama, const ExportRequest& request, Fe
                       Image& result) {
     if (request.path.empty()) return Failure(Reason::CannotWrite);
     const WebPageFiles files = CompanionFiles(request.path);
-    const std::wstring page = Replaced(MediaText(L"skyvault.html"), L"[URL]", FileNamePart(request.path));
+    // The name last: it may hold anything.
+    const std::wstring page = Replaced(Replaced(MediaText(L"skyvault.html"), L"data-start=\"\"",
+                                                L"data-start=\"" + StartOf(panorama, request) + L"\""),
+                                       L"[URL]", FileNamePart(request.path));
     const std::pair<const std::wstring&, std::wstring> companions[] = {
         {files.page, page},
         {files.styleSheet, MediaText(L"skyvault.css")},
@@ -72,8 +93,12 @@ Outcome ExportWebPage(const Panorama& panorama, const ExportRequest& request, Fe
         complete = FirstFailure(std::move(complete), std::move(written));
     }
     Outcome outcome = RenderEquirectangular(panorama, request, feedback, result);
-    if (outcome.IsDone()) outcome = SavePicture(result, request.path, {.bleed = true});
+    if (outcome.IsDone()) {
+        outcome = SavePicture(result, request.path,
+                              {.bleed = true, .metadata = &panorama.metadata, .sphere = request.sphere});
+    }
     if (!outcome.IsDone()) return outcome;
+    complete.lost = std::move(outcome.lost);
     complete.infoLog = request.path;
     if (!generated.empty()) {
         complete.infoLog += L"\n\nThe following files have also been generated:" + generated;

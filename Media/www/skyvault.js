@@ -86,9 +86,10 @@ function keepWithinLimits(c) {
     c.fov = clamp(c.fov, limits.narrow, limits.wide);
 }
 
-// Takes the start view from the address; false when there is none.
+// Takes the start view from the address, else from what the photo said when the page was made; false when there
+// is none.
 function readStart() {
-    const said = new URLSearchParams(location.hash.slice(1));
+    const said = new URLSearchParams(location.hash.length > 1 ? location.hash.slice(1) : view.dataset.start);
     const number = (key) => {
         const text = said.get(key);
         return text !== null && text.trim() !== "" && isFinite(text) ? Number(text) * radian : null;
