@@ -1,7 +1,8 @@
 // Reading and writing picture files: the two entry points every picture goes through.
 //
-// "TGA" files are read by the program's own reader, "DDS" files go through codecs/dds_cube_map.h; everything
-// else is left to the platform's codecs (WIC on Windows, OpenImageIO elsewhere).
+// "TGA", "HDR" and "EXR" files are read by the program's own readers, "DDS" files go through
+// codecs/dds_cube_map.h; everything else is left to the platform's codecs (WIC on Windows, OpenImageIO
+// elsewhere).
 #pragma once
 
 #include <cstdint>
@@ -19,8 +20,8 @@ struct PictureRequest {
     PictureSize target = {};  ///< both sizes ≥ 1: scaled while decoding to fit inside, aspect ratio kept
 };
 
-/// Reads a picture. NeedsMemory when that takes more than the program may use, CannotOpen on any other
-/// failure; the image is then invalid.
+/// Reads a picture. The outcome's information tells in a line what halves could not hold. NeedsMemory when
+/// that takes more than the program may use, CannotOpen on any other failure; the image is then invalid.
 Outcome LoadPicture(const std::wstring& path, Image& image, const PictureRequest& request = {});
 
 /// What a picture file tells about itself, as far as its kind allows without reading its pixels. CannotOpen
