@@ -9,6 +9,7 @@ build=(
     cmake ninja-build ccache                                    # build system
     g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64        # compiler for Windows
     libcli11-dev                                                # console arguments
+    libz-mingw-w64-dev                                          # packed OpenEXR files
     libstb-dev                                                  # encoder of compressed DDS files
     googletest                                                  # tests
     wine wine64 xvfb libgl1-mesa-dri                            # running the Windows build
