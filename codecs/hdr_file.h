@@ -5,6 +5,7 @@
 // RgbHalf; written top row first, with runs. What was multiplied by an EXPOSURE is divided by it.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -19,6 +20,14 @@ namespace skyvault {
 
 /// As many bytes of the file as its header may take.
 inline constexpr std::size_t kHdrHeaderLimit = std::size_t{64} << 10;
+
+/// Red, green, blue and the exponent: 0, or by 128 more than that of the largest channel as a fraction.
+using HdrPixel = std::array<std::byte, 4>;
+
+/// Whether scanlines of that many pixels may have runs of their own for each channel.
+constexpr bool HdrHasChannelRuns(std::uint32_t width) {
+    return width >= 8 && width <= 32767;
+}
 
 /// start: the file's first kHdrHeaderLimit bytes, or all of a shorter file. CannotOpen when they are no
 /// header, or one of a picture that a file of fileSize bytes does not hold. The memory is that of the

@@ -4,22 +4,15 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <cstring>
 #include <string_view>
 
 #include "codecs/picture_header.h"
-#include "codecs/written_rows.h"
-#include "platform/file_stream.h"
 
 namespace skyvault {
 namespace {
 
 constexpr int kExponentBias = 128 + 8;  // of a value = byte × 2^(exponent − bias)
-constexpr std::uint32_t kLeastRunWidth = 8, kMostRunWidth = 32767;
-
-bool HasChannelRuns(std::uint32_t width) {
-    return width >= kLeastRunWidth && width <= kMostRunWidth;
-}
-
 struct Header {
     std::uint32_t width = 0, height = 0;
     bool columns = false;  ///< a scanline is a column of the picture
@@ -110,19 +103,17 @@ Outcome ReadHeader(std::span<const std::byte> start, std::uint64_t fileSize, Hea
     return sound ? Outcome{} : failed;
 }
 
-using Pixel = std::array<std::byte, 4>;
-
 /// The scanlines of a file, one after the other.
 class Scanlines {
   public:
     explicit Scanlines(std::span<const std::byte> data) : data_(data) {}
 
     /// False when the data ends before, or a run goes beyond the scanline.
-    bool Next(std::span<Pixel> line) {
+    bool Next(std::span<HdrPixel> line) {
         const auto width = static_cast<std::uint32_t>(line.size());
         if (data_.size() < 4) return false;
         const bool marked = data_[0] == std::byte{2} && data_[1] == std::byte{2} && data_[2] < std::byte{128};
-        if (!HasChannelRuns(width) || !marked) return NextOfPixels(line);
+        if (!HdrHasChannelRuns(width) || !marked) return NextOfPixels(line);
         const std::uint32_t told =
             std::to_integer<std::uint32_t>(data_[2]) << 8 | std::to_integer<std::uint32_t>(data_[3]);
         data_ = data_.subspan(4);
@@ -134,7 +125,7 @@ class Scanlines {
     }
 
   private:
-    bool NextChannel(std::span<Pixel> line, std::size_t channel) {
+    bool NextChannel(std::span<HdrPixel> line, std::size_t channel) {
         for (std::size_t x = 0; x < line.size();) {
             if (data_.empty()) return false;
             const std::size_t code = std::to_integer<std::size_t>(data_[0]);
@@ -148,12 +139,12 @@ class Scanlines {
         return true;
     }
 
-    bool NextOfPixels(std::span<Pixel> line) {
+    bool NextOfPixels(std::span<HdrPixel> line) {
         constexpr std::byte kOne{1};
         int shift = 0;  // runs that follow each other are the bytes of one number, the lowest first
         for (std::size_t x = 0; x < line.size();) {
             if (data_.size() < 4) return false;
-            const Pixel pixel = {data_[0], data_[1], data_[2], data_[3]};
+            const HdrPixel pixel = {data_[0], data_[1], data_[2], data_[3]};
             data_ = data_.subspan(4);
             if (pixel[0] != kOne || pixel[1] != kOne || pixel[2] != kOne) {
                 line[x++] = pixel;
@@ -173,51 +164,7 @@ class Scanlines {
 };
 
 std::uint64_t ScanlineBytes(const Header& header) {
-    return std::uint64_t{sizeof(Pixel)} * (header.columns ? header.height : header.width);
-}
-
-/// Red, green and blue with their common exponent. The largest takes all eight bits.
-Pixel ShareExponent(const std::array<float, 3>& colour) {
-    const float largest = std::max({colour[0], colour[1], colour[2], 0.0f});
-    int exponent = 0;
-    std::frexp(largest, &exponent);
-    // Rounded up to 256, it takes the next exponent.
-    if (std::ldexp(largest, 8 - exponent) >= 255.5f) ++exponent;
-    if (largest == 0.0f) return {};
-    Pixel pixel;
-    for (std::size_t i = 0; i < 3; ++i) {
-        const float scaled = std::ldexp(std::max(colour[i], 0.0f), 8 - exponent);
-        pixel[i] = static_cast<std::byte>(static_cast<int>(scaled + 0.5f));
-    }
-    pixel[3] = static_cast<std::byte>(exponent + 128);
-    return pixel;
-}
-
-/// Appends a channel in runs of at least four and stretches of anything else.
-void AppendChannel(std::span<const Pixel> line, std::size_t channel, std::byte*& to) {
-    constexpr std::size_t kMostRun = 127, kMostOther = 128, kLeastRun = 4;
-    const auto runAt = [&](std::size_t x) {
-        std::size_t end = x + 1;
-        while (end < line.size() && end - x < kMostRun && line[end][channel] == line[x][channel]) ++end;
-        return end - x;
-    };
-    for (std::size_t x = 0; x < line.size();) {
-        const std::size_t run = runAt(x);
-        if (run >= kLeastRun) {
-            *to++ = static_cast<std::byte>(128 + run);
-            *to++ = line[x][channel];
-            x += run;
-            continue;
-        }
-        std::size_t end = x + run;
-        while (end < line.size() && end - x < kMostOther) {
-            const std::size_t next = runAt(end);
-            if (next >= kLeastRun) break;
-            end = std::min(end + next, x + kMostOther);
-        }
-        *to++ = static_cast<std::byte>(end - x);
-        for (; x < end; ++x) *to++ = line[x][channel];
-    }
+    return std::uint64_t{sizeof(HdrPixel)} * (header.columns ? header.height : header.width);
 }
 
 }  // namespace
@@ -251,7 +198,7 @@ Outcome ReadHdr(std::span<const std::byte> file, Image& image, HalfLosses& losse
     }
     const std::uint32_t count = header.columns ? header.height : header.width;
     const std::uint32_t scanlines = header.columns ? header.width : header.height;
-    const std::span<Pixel> line(reinterpret_cast<Pixel*>(memory.get()), count);
+    const std::span<HdrPixel> line(reinterpret_cast<HdrPixel*>(memory.get()), count);
     Scanlines source(file.subspan(header.size));
     for (std::uint32_t s = 0; s < scanlines; ++s) {
         if (!source.Next(line)) return Failure(Reason::CannotOpen);
@@ -270,42 +217,6 @@ Outcome ReadHdr(std::span<const std::byte> file, Image& image, HalfLosses& losse
     picture.topDown = header.upwards ? 0 : 1;
     image = std::move(picture);
     return {};
-}
-
-bool WriteHdr(const Image& image, const std::wstring& path, PixelFormat format) {
-    const WrittenRows rows(image, format, PixelFormat::RgbHalf);
-    const std::size_t width = image.width;
-    // Stretches that are no runs take a byte more for each 128.
-    const ByteBuffer halves = AllocateBytes(6 * width), pixels = AllocateBytes(4 * width),
-                     packed = AllocateBytes(4 * (width + width / 64 + 2));
-    FileStream file(path, FileUse::Write);
-    if (!rows.Ready() || !halves || !pixels || !packed || !file.IsOpen()) return false;
-    const std::string head = "#?RADIANCE\nFORMAT=32-bit_rle_rgbe\n\n-Y " + std::to_string(image.height) +
-                             " +X " + std::to_string(width) + "\n";
-    if (!file.Write(head.data(), head.size())) return false;
-    const std::span<Pixel> line(reinterpret_cast<Pixel*>(pixels.get()), width);
-    for (std::uint32_t y = 0; y < image.height; ++y) {
-        rows.Get(y, halves.get());
-        HalfLosses unseen;
-        for (std::size_t x = 0; x < width; ++x) {
-            std::array<Half, 3> colour;
-            std::memcpy(colour.data(), halves.get() + 6 * x, 6);
-            std::array<float, 3> values;
-            for (std::size_t c = 0; c < 3; ++c)
-                values[c] = HalfToFloat(HoldInHalf(HalfToFloat(colour[c]), unseen));
-            line[x] = ShareExponent(values);
-        }
-        if (!HasChannelRuns(image.width)) {
-            if (!file.Write(line.data(), 4 * width)) return false;
-            continue;
-        }
-        std::byte* end = packed.get();
-        for (const std::size_t byte : {std::size_t{2}, std::size_t{2}, width >> 8, width & 255})
-            *end++ = static_cast<std::byte>(byte);
-        for (std::size_t channel = 0; channel < 4; ++channel) AppendChannel(line, channel, end);
-        if (!file.Write(packed.get(), static_cast<std::size_t>(end - packed.get()))) return false;
-    }
-    return file.Close();
 }
 
 }  // namespace skyvault
