@@ -87,7 +87,7 @@ Outcome AssignChannels(const std::vector<ChannelName>& names, ExrHeader& header)
                            [&](const ChannelName& channel) { return channel.name == name; });
     };
     const bool colour = has("R") || has("G") || has("B"), grey = has("Y"), alpha = has("A");
-    const Outcome notRgb = {.reason = Reason::CannotOpen, .cause = Cause::ColoursNotRgb};
+    Outcome notRgb = {.reason = Reason::CannotOpen, .cause = Cause::ColoursNotRgb};
     if (has("RY") || has("BY") || (!colour && !grey)) return notRgb;
     header.format = alpha ? PixelFormat::RgbaHalf : colour ? PixelFormat::RgbHalf : PixelFormat::GreyHalf;
     header.allChannels = !colour || (has("R") && has("G") && has("B"));
@@ -139,7 +139,7 @@ bool Fits(const ExrHeader& header, std::uint64_t fileSize) {
 }  // namespace
 
 Outcome ReadExrHeader(std::span<const std::byte> start, std::uint64_t fileSize, ExrHeader& header) {
-    const Outcome failed = Failure(Reason::CannotOpen);
+    Outcome failed = Failure(Reason::CannotOpen);
     Reader reader(start.first(std::min(start.size(), kExrHeaderLimit)));
     if (reader.Number() != kMagic) return failed;
     const std::uint32_t version = reader.Number();

@@ -2,6 +2,7 @@
 #include <array>
 #include <atomic>
 #include <cstring>
+#include <limits>
 #include <string_view>
 #include <vector>
 
@@ -152,6 +153,7 @@ bool WriteExr(const Image& image, const std::wstring& path, PixelFormat format) 
                                : grey           ? PixelFormat::GreyHalf
                                                 : PixelFormat::RgbHalf;
     const Packer packer(image, format, halves);
+    if (packer.ChunkBytes() > std::numeric_limits<std::int32_t>::max()) return false;  // none reads more
     const std::uint32_t count = (image.height - 1) / kChunkLines + 1;
     std::array<Chunk, kRound> chunks;
     for (std::uint32_t i = 0; i < std::min(count, kRound); ++i) {

@@ -79,7 +79,7 @@ bool ReadResolution(std::string_view line, Header& header) {
 Outcome ReadHeader(std::span<const std::byte> start, std::uint64_t fileSize, Header& header) {
     const std::string_view text(reinterpret_cast<const char*>(start.data()),
                                 std::min(start.size(), kHdrHeaderLimit));
-    const Outcome failed = Failure(Reason::CannotOpen);
+    Outcome failed = Failure(Reason::CannotOpen);
     if (!text.starts_with("#?")) return failed;
     std::string_view line;
     while (NextLine(text, header.size, line) && !line.empty()) {
