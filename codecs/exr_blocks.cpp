@@ -17,7 +17,7 @@ constexpr int kZipLevel = 4;
 bool UnpackRuns(std::span<const std::byte> packed, std::span<std::byte> to) {
     while (!to.empty()) {
         if (packed.size() < 2) return false;
-        const int code = std::to_integer<std::int8_t>(packed[0]);
+        const int byte = std::to_integer<int>(packed[0]), code = byte < 128 ? byte : byte - 256;
         packed = packed.subspan(1);
         const std::size_t count = static_cast<std::size_t>(code < 0 ? -code : code + 1);
         const std::size_t taken = code < 0 ? count : 1;
