@@ -15,27 +15,30 @@
 namespace skyvault {
 namespace {
 
-/// Kinds this program reads on every machine. DDS and TGA are read without a codec.
+/// Kinds this program reads on every machine. DDS, TGA, EXR and HDR are read without a codec.
 constexpr std::wstring_view kFixedPatterns = L"*.BMP;*.DDS;*.GIF;*.JPG;*.JPEG;*.PNG;*.TGA;*.TIF;*.TIFF;";
+constexpr const wchar_t* kHalfPatterns[] = {L"*.EXR;", L"*.HDR;"};
 
 struct SaveFilterRow {
     const wchar_t* name;
     const wchar_t* pattern;
     const wchar_t* extension;
 };
-constexpr std::array<SaveFilterRow, 6> kSaveFilters{{
+constexpr std::array<SaveFilterRow, 8> kSaveFilters{{
     {L"BMP (*.BMP)", L"*.BMP;", L".bmp"},
     {L"DDS (*.DDS)", L"*.DDS;", L".dds"},
     {L"GIF (*.GIF)", L"*.GIF;", L".gif"},
     {L"JPG (*.JPG)", L"*.JPG;", L".jpg"},
     {L"PNG (*.PNG)", L"*.PNG;", L".png"},
     {L"TIF (*.TIF)", L"*.TIF;", L".tif"},
+    {L"EXR (*.EXR)", L"*.EXR;", L".exr"},
+    {L"HDR (*.HDR)", L"*.HDR;", L".hdr"},
 }};
 
 /// Extensions that a chosen name loses when it is given another.
 constexpr const wchar_t* kKnownExtensions[] = {L"BMP",  L"DDS", L"GIF",  L"JPG",  L"JPEG", L"JPE",
                                                L"JFIF", L"PNG", L"TIF",  L"TIFF", L"TGA",  L"HEIC",
-                                               L"HEIF", L"MOV", L"HTML", L"HTM"};
+                                               L"HEIF", L"MOV", L"HTML", L"HTM",  L"EXR",  L"HDR"};
 
 /// What differs between the six kinds, by FileDialogKind.
 struct DialogRow {
@@ -89,6 +92,9 @@ std::wstring BuildPictureOpenFilter(const std::vector<std::wstring>& codecExtens
         if (IsWellFormedPatternList(pattern) && patterns.find(pattern) == std::wstring::npos) {
             patterns += pattern;
         }
+    }
+    for (const wchar_t* const pattern : kHalfPatterns) {
+        if (patterns.find(pattern) == std::wstring::npos) patterns += pattern;
     }
     return SingleFilter(L"Pictures", patterns) + SingleFilter(L"All files (*.*)", L"*.*");
 }

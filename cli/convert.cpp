@@ -41,7 +41,7 @@ std::wstring FileObstacle(const std::wstring& path, const ConvertOptions& option
     if (options.to->format == PanoramaFormat::DirectXDds && !dds) return start + L"its extension is not dds";
     const bool picture = options.to->ownExtension == nullptr;
     if (picture && !dds && ContainerOfExtension(extension) == PictureContainer::None) {
-        return start + L"its extension is none of bmp dds gif heic jpg png tif";
+        return start + L"its extension is none of bmp dds exr gif hdr heic jpg png tif";
     }
     return {};
 }

@@ -48,8 +48,8 @@ std::string ConvertFooter() {
     return "Layouts to read (--from):\n" + LayoutNames(IsImportLayout) + "Layouts to write (--to):\n" +
            LayoutNames(IsExportLayout) +
            "\n"
-           "OUTPUT's extension chooses the file type: bmp dds gif heic jpg png tif; for --to dds it\n"
-           "is dds. An older file is replaced once the new one is whole. The written file is\n"
+           "OUTPUT's extension chooses the file type: bmp dds exr gif hdr heic jpg png tif; for\n"
+           "--to dds it is dds. An older file is replaced once the new one is whole. The written file is\n"
            "described on stdout.\n\n"
            "Examples:\n"
            "  Turn a panorama 90 degrees to the right and level it by two degrees of roll:\n"

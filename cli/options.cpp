@@ -203,7 +203,7 @@ void DefineBatch(CLI::App& app, ConvertTexts& texts) {
     batch.add_option("--to", texts.to, "The layout to write")->required()->type_name("LAYOUT");
     batch
         .add_option("--extension", texts.extension,
-                    "File type: bmp jpg gif tif png; dds and qtvr bring their own (default: png)")
+                    "File type: bmp jpg gif tif png exr hdr; dds and qtvr bring their own (default: png)")
         ->type_name("EXT");
     batch.add_flag("--subfolders", texts.subfolders,
                    "Puts the six files of --to single-files into a folder for each panorama");
@@ -289,7 +289,7 @@ std::wstring CheckedExtension(const LayoutRow& layout, const std::string& asked)
     const std::wstring wide = FromUtf8(asked);
     const auto known = std::find(all.begin(), all.end(), wide);
     if (!asked.empty() && known == all.end()) {
-        Refuse("--extension is one of dds mov bmp jpg gif tif png, not \"" + asked + "\"");
+        Refuse("--extension is one of dds mov bmp jpg gif tif png exr hdr, not \"" + asked + "\"");
     }
     const int wanted = known != all.end() ? static_cast<int>(known - all.begin()) : -1;
     const int fitting = BatchExtensionForLayout(format, wanted);

@@ -40,6 +40,8 @@ bool FindKind(PictureContainer container, Kind& kind) {
             kind = {"heif", 16384};
             return true;
         case PictureContainer::Gif:
+        case PictureContainer::Exr:
+        case PictureContainer::Hdr:
         case PictureContainer::None:
             break;
     }

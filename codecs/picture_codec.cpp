@@ -15,7 +15,8 @@ PictureContainer ContainerOfExtension(const std::wstring& upperExtension) {
         {L"JFIF", PictureContainer::Jpeg}, {L"PNG", PictureContainer::Png},
         {L"TIF", PictureContainer::Tiff},  {L"TIFF", PictureContainer::Tiff},
         {L"GIF", PictureContainer::Gif},   {L"HEIC", PictureContainer::Heif},
-        {L"HEIF", PictureContainer::Heif},
+        {L"HEIF", PictureContainer::Heif}, {L"EXR", PictureContainer::Exr},
+        {L"HDR", PictureContainer::Hdr},
     };
     for (const Row& row : kRows) {
         if (upperExtension == row.extension) return row.container;

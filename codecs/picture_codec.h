@@ -11,8 +11,9 @@
 
 namespace skyvault {
 
-/// File kinds that can be written, chosen by upper-case extension.
-enum class PictureContainer { None, Bmp, Jpeg, Png, Tiff, Gif, Heif };
+/// File kinds that can be written, chosen by upper-case extension. Exr and Hdr are written without a codec,
+/// by SavePicture.
+enum class PictureContainer { None, Bmp, Jpeg, Png, Tiff, Gif, Heif, Exr, Hdr };
 
 /// "JPG", "JPEG", "JPE", "JFIF" → Jpeg and so on; None for anything that cannot be written.
 PictureContainer ContainerOfExtension(const std::wstring& upperExtension);

@@ -1,12 +1,19 @@
 #include "codecs/picture_files.h"
 
+#include <algorithm>
 #include <array>
+#include <span>
 
 #include "codecs/dds_container.h"
 #include "codecs/dds_cube_map.h"
 #include "codecs/exif_block.h"
+#include "codecs/exr_file.h"
+#include "codecs/exr_header.h"
+#include "codecs/hdr_file.h"
 #include "codecs/picture_codec.h"
+#include "codecs/picture_trouble.h"
 #include "codecs/tga_reader.h"
+#include "image/area_scale.h"
 #include "image/bleed_alpha.h"
 #include "image/turn_upright.h"
 #include "platform/file_stream.h"
@@ -33,8 +40,69 @@ bool InspectTga(const std::wstring& path, PictureFacts& facts) {
     return true;
 }
 
+/// A kind of picture that is read into halves.
+struct HalfKind {
+    const wchar_t* extension;
+    std::size_t headerLimit;
+    Outcome (*inspect)(std::span<const std::byte> start, std::uint64_t fileSize, PictureFacts& facts);
+    Outcome (*read)(std::span<const std::byte> file, Image& image, HalfLosses& losses);
+    bool (*write)(const Image& image, const std::wstring& path, PixelFormat format);
+};
+constexpr HalfKind kHalfKinds[] = {
+    {L"EXR", kExrHeaderLimit, InspectExr, ReadExr, WriteExr},
+    {L"HDR", kHdrHeaderLimit, InspectHdr, ReadHdr, WriteHdr},
+};
+
+/// Null for any other extension.
+const HalfKind* FindHalfKind(const std::wstring& extension) {
+    for (const HalfKind& kind : kHalfKinds) {
+        if (extension == kind.extension) return &kind;
+    }
+    return nullptr;
+}
+
+/// The outcome, about the file unless it is a success.
+Outcome OfFile(const std::wstring& path, Outcome outcome) {
+    if (!outcome.IsDone()) outcome.file = path;
+    return outcome;
+}
+
+/// Its first bytes, at most `limit`; null when they cannot be read.
+ByteBuffer ReadStart(FileStream& file, std::uint64_t limit, std::size_t& count) {
+    count = static_cast<std::size_t>(std::min(file.Size(), limit));
+    ByteBuffer bytes = AllocateBytes(count);
+    if (bytes && !file.Read(bytes.get(), count)) bytes.reset();
+    return bytes;
+}
+
+Outcome InspectHalfFile(const std::wstring& path, const HalfKind& kind, PictureFacts& facts) {
+    FileStream file(path, FileUse::ReadShared);
+    std::size_t count = 0;
+    const ByteBuffer start = ReadStart(file, kind.headerLimit, count);
+    if (!start) return Failure(Reason::CannotOpen, path);
+    return OfFile(path, kind.inspect({start.get(), count}, file.Size(), facts));
+}
+
+Outcome ReadHalfFile(const std::wstring& path, const HalfKind& kind, const PictureRequest& request,
+                     Image& image) {
+    PictureFacts facts;
+    Outcome done = InspectHalfFile(path, kind, facts);
+    if (done.IsDone()) done = WithinMemoryBudget(path, facts.memory);
+    if (!done.IsDone()) return done;
+    FileStream file(path, FileUse::ReadShared);
+    std::size_t count = 0;
+    const ByteBuffer bytes = ReadStart(file, file.Size(), count);
+    if (!bytes || request.frame != 0) return Failure(Reason::CannotOpen, path);
+    HalfLosses losses;
+    done = OfFile(path, kind.read({bytes.get(), count}, image, losses));
+    if (!done.IsDone()) return done;
+    if (!ScaleInto(request.target, image)) return Failure(Reason::CannotOpen, path);
+    return {.infoLog = TextOfLosses(path, losses)};
+}
+
 Outcome InspectByExtension(const std::wstring& path, PictureFacts& facts) {
     const std::wstring extension = UpperExtension(path);
+    if (const HalfKind* const kind = FindHalfKind(extension)) return InspectHalfFile(path, *kind, facts);
     if (extension != L"TGA" && extension != L"DDS") return InspectPicture(path, facts);
     const bool told = extension == L"TGA" ? InspectTga(path, facts) : InspectDds(path, facts);
     return told ? Outcome{} : Failure(Reason::CannotOpen, path);
@@ -50,6 +118,9 @@ bool ReadTgaFile(const std::wstring& path, Image& image) {
 
 Outcome ReadByExtension(const std::wstring& path, const PictureRequest& request, Image& image) {
     const std::wstring extension = UpperExtension(path);
+    if (const HalfKind* const kind = FindHalfKind(extension)) {
+        return ReadHalfFile(path, *kind, request, image);
+    }
     if (extension != L"TGA" && extension != L"DDS") {
         return DecodePicture(path, request.frame, request.target.width, request.target.height, image);
     }
@@ -127,8 +198,11 @@ Outcome WriteByExtension(const Image& image, const std::wstring& path, PixelForm
     const PictureContainer container = ContainerOfExtension(extension);
     if (!dds && container == PictureContainer::None) return Failure(Reason::CannotWrite, path);
     OutputFile file(path);
+    const HalfKind* const half = FindHalfKind(extension);
     const bool written = dds ? WriteDdsPicture(image, file.TemporaryPath(), format)
-                             : EncodePicture(image, file.TemporaryPath(), container, format);
+                         : half
+                             ? half->write(image, file.TemporaryPath(), format)
+                             : EncodePicture(image, file.TemporaryPath(), container, format, options.quality);
     if (written && CarriesMetadata(container)) {
         PhotoMetadata metadata = MetadataOf(options, {image.width, image.height});
         if (!metadata.IsEmpty()) {
@@ -151,13 +225,13 @@ std::wstring InfoLines(const std::wstring& path, const std::wstring& resolution,
 
 Outcome LoadPicture(const std::wstring& path, Image& image, const PictureRequest& request) {
     if (path.empty()) return Failure(Reason::CannotOpen);
-    Outcome read = ReadUpright(path, request, image);
+    Outcome read = WithCause(ReadUpright(path, request, image));
     if (!read.IsDone()) image.Clear();
     return read;
 }
 
 Outcome ReadPictureFacts(const std::wstring& path, PictureFacts& facts) {
-    Outcome told = InspectByExtension(path, facts);
+    Outcome told = WithCause(InspectByExtension(path, facts));
     if (!told.IsDone() || !HasOrientation(path)) return told;
     if (SwapsSides(ReadOrientation(path, 0))) {
         std::swap(facts.size.width, facts.size.height);

@@ -1,7 +1,8 @@
 // Reading and writing picture files: the two entry points every picture goes through.
 //
-// "TGA" files are read by the program's own reader, "DDS" files go through codecs/dds_cube_map.h; everything
-// else is left to the platform's codecs (WIC on Windows, OpenImageIO elsewhere).
+// "TGA", "HDR" and "EXR" files are read by the program's own readers, "DDS" files go through
+// codecs/dds_cube_map.h; everything else is left to the platform's codecs (WIC on Windows, OpenImageIO
+// elsewhere).
 #pragma once
 
 #include <cstdint>
@@ -22,8 +23,9 @@ struct PictureRequest {
                               ///< inside, aspect ratio kept
 };
 
-/// Reads a picture and turns it upright, as its EXIF orientation says. NeedsMemory when that takes more than
-/// the program may use, CannotOpen on any other failure; the image is then invalid.
+/// Reads a picture and turns it upright, as its EXIF orientation says. The outcome's information tells in a
+/// line what halves could not hold. NeedsMemory when that takes more than the program may use, CannotOpen,
+/// and the cause as far as it is found, on any other failure; the image is then invalid.
 Outcome LoadPicture(const std::wstring& path, Image& image, const PictureRequest& request = {});
 
 /// What a picture file tells about itself once it stands upright, as far as its kind allows without reading
@@ -39,6 +41,7 @@ struct PictureOptions {
     /// Spread visible colours into transparent pixels of the picture first (BleedAlpha), when the written
     /// format has alpha.
     bool bleed = false;
+    int quality = 0;  ///< of a JPEG, 1 to 100; 0: the encoder's default
     /// What the photo carried that the picture was made of: JPEG, PNG and TIFF files carry it too, corrected
     /// for a picture of another size that stands upright.
     const PhotoMetadata* metadata = nullptr;

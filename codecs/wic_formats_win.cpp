@@ -56,6 +56,8 @@ const GUID* WicContainerOf(PictureContainer container) {
             return &GUID_ContainerFormatGif;
         case PictureContainer::Heif:
             return &GUID_ContainerFormatHeif;
+        case PictureContainer::Exr:
+        case PictureContainer::Hdr:
         case PictureContainer::None:
             break;
     }

@@ -20,7 +20,7 @@ rm -rf "$stage" "$output/$name-portable.zip" "$output/$name-setup.exe"
 
 cmake --install "$build" --prefix "$stage" --strip >/dev/null
 # The notices that what is linked into the programs asks to be passed on.
-for package in libcli11-dev libstb-dev mingw-w64-common; do
+for package in libcli11-dev libstb-dev libz-mingw-w64-dev mingw-w64-common; do
     printf '==== %s ====\n\n' "$package"
     cat "/usr/share/doc/$package/copyright"
     echo

@@ -36,7 +36,7 @@ enum class Reason {
     CannotSaveSettings,
 };
 
-/// Why a file could not be written, as far as the system tells.
+/// Why a file could not be written, as far as the system tells, or not be read.
 enum class Cause {
     Unknown,
     NoFolder,
@@ -48,12 +48,18 @@ enum class Cause {
     NameTooLong,
     DiskFull,
     FileTooLarge,  ///< for the file system, or the limit set for the process
+    // Pictures of a kind that is read, made in a way that is not.
+    DeepPixels,     ///< several values for a pixel, at depths of their own
+    SeveralParts,   ///< several pictures in one file
+    ColoursNotRgb,  ///< luminance and chroma, XYZ, or channels without colours
+    UnknownPacking,
 };
 
 struct [[nodiscard]] Outcome {
     Reason reason = Reason::Done;
     std::wstring file = {};       ///< the one the reason is about; empty when the caller knows it
-    std::wstring infoLog = {};    ///< describes what was written, in tab-separated lines
+    std::wstring infoLog = {};    ///< describes what was written, in tab-separated lines; of a picture read,
+                                  ///< in a line, what of it could not be kept
     std::wstring otherFile = {};  ///< of reasons that are about two files
     Cause cause = Cause::Unknown;
     std::uint64_t bytesNeeded = 0, bytesAllowed = 0;

@@ -104,10 +104,10 @@ void CopySquare(const Image& picture, std::uint64_t left, std::uint64_t top, Ima
 
 }  // namespace
 
-Outcome ImportFaceLayout(const ImportRequest& request, Feedback&, Panorama& panorama) {
+Outcome ImportFaceLayout(const ImportRequest& request, Feedback& feedback, Panorama& panorama) {
     const CubeLayout& layout = LayoutOf(request.format);
     Image picture;
-    Outcome loaded = LoadPicture(request.Path(), picture);
+    Outcome loaded = LoadAndTell(request, feedback, picture);
     if (!loaded.IsDone()) return loaded;
     const std::uint32_t size = ImportedFaceSize(layout, picture);
     if (size == 0) return Failure(Reason::CannotOpen);
@@ -129,7 +129,7 @@ Outcome ImportFaceLayout(const ImportRequest& request, Feedback&, Panorama& pano
 Outcome ImportInteriorStrip(const ImportRequest& request, Feedback& feedback, Panorama& panorama) {
     const CubeLayout& layout = LayoutOf(request.format);
     Image picture;
-    Outcome loaded = LoadLayoutPicture(request, picture);
+    Outcome loaded = LoadLayoutPicture(request, feedback, picture);
     if (!loaded.IsDone()) return loaded;
     const std::uint32_t size = ImportedFaceSize(layout, picture);
     return CreateFaces(panorama, size, picture.format, feedback, [&](CubeFace which, Image& face) {

@@ -35,7 +35,7 @@ const DiscRow& RowOf(PanoramaFormat format) {
 
 Outcome ImportDisc(const ImportRequest& request, Feedback& feedback, Panorama& panorama) {
     Image picture;
-    Outcome loaded = LoadLayoutPicture(request, picture);
+    Outcome loaded = LoadLayoutPicture(request, feedback, picture);
     if (!loaded.IsDone()) return loaded;
     const DiscKernels::Pixels pixels = DiscPasses().*RowOf(request.format).pixels;
     return CreateFaces(

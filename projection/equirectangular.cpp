@@ -97,8 +97,8 @@ void MagnifiedRow(const MagnifyingGlass& glass, std::uint32_t width, std::uint32
 
 }  // namespace
 
-Outcome ImportEquirectangular(const ImportRequest& request, Feedback&, Panorama& panorama) {
-    Outcome loaded = LoadLayoutPicture(request, panorama.equirectSource);
+Outcome ImportEquirectangular(const ImportRequest& request, Feedback& feedback, Panorama& panorama) {
+    Outcome loaded = LoadLayoutPicture(request, feedback, panorama.equirectSource);
     if (!loaded.IsDone()) return loaded;
     panorama.faceSize = static_cast<std::uint32_t>(static_cast<float>(panorama.equirectSource.width) * 0.25f);
     if (panorama.faceSize > 0) return {};

@@ -28,8 +28,14 @@ void Wrap(std::int32_t* positions, int count, std::int32_t size) {
 
 }  // namespace
 
-Outcome LoadLayoutPicture(const ImportRequest& request, Image& picture) {
+Outcome LoadAndTell(const ImportRequest& request, Feedback& feedback, Image& picture) {
     Outcome loaded = LoadPicture(request.Path(), picture);
+    if (!loaded.infoLog.empty()) feedback.Information(loaded.infoLog);
+    return loaded;
+}
+
+Outcome LoadLayoutPicture(const ImportRequest& request, Feedback& feedback, Image& picture) {
+    Outcome loaded = LoadAndTell(request, feedback, picture);
     if (loaded.IsDone() && !request.settings.transparency) {
         Color8 background = request.settings.backgroundColour;
         background.alpha = 255;

@@ -10,8 +10,11 @@
 
 namespace skyvault {
 
+/// The picture in the file; what of it could not be kept is told.
+Outcome LoadAndTell(const ImportRequest& request, Feedback& feedback, Image& picture);
+
 /// The picture of a layout, composited over the background colour unless "Transparency" is on.
-Outcome LoadLayoutPicture(const ImportRequest& request, Image& picture);
+Outcome LoadLayoutPicture(const ImportRequest& request, Feedback& feedback, Image& picture);
 
 /// Makes faceSize × faceSize pictures of the six faces, one after the other, and hands each to `fill`. A face
 /// without memory stays empty and is not filled (NoMemory). Progress: "Creating cube faces...". Sets the

@@ -150,7 +150,7 @@ class SquareRows {
 
 Outcome ImportInteriorSquare(const ImportRequest& request, Feedback& feedback, Panorama& panorama) {
     Image picture;
-    Outcome loaded = LoadLayoutPicture(request, picture);
+    Outcome loaded = LoadLayoutPicture(request, feedback, picture);
     if (!loaded.IsDone()) return loaded;
     const PixelFormat format = request.settings.transparency ? WithAlpha(picture.format) : picture.format;
     const float size = static_cast<float>(picture.width);

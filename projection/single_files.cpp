@@ -60,14 +60,19 @@ bool NamesFace(std::wstring_view name, int namingSystem, CubeFace face) {
     return !affix.empty() && (GoesBehind(affix) ? name.ends_with(affix) : name.starts_with(affix));
 }
 
-Outcome ImportSingleFiles(const ImportRequest& request, Feedback&, Panorama& panorama) {
+Outcome ImportSingleFiles(const ImportRequest& request, Feedback& feedback, Panorama& panorama) {
     Outcome outcome = Failure(Reason::CannotOpen);
+    std::wstring losses;
     for (std::size_t f = 0; f < panorama.faces.size() && f < request.paths.size(); ++f) {
         Image& face = panorama.faces[f];
-        if (request.paths[f].empty() || !LoadPicture(request.paths[f], face).IsDone()) continue;
+        if (request.paths[f].empty()) continue;
+        const Outcome loaded = LoadPicture(request.paths[f], face);
+        if (!loaded.IsDone()) continue;
+        losses += loaded.infoLog;
         panorama.faceSize = face.width;
         outcome = {};
     }
+    if (!losses.empty()) feedback.Information(losses);
     return outcome;
 }
 

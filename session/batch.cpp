@@ -20,7 +20,7 @@ namespace skyvault {
 namespace {
 
 /// The types with a layout of their own come first, then the picture types.
-constexpr std::array kExtensions = {L"dds", L"mov", L"bmp", L"jpg", L"gif", L"tif", L"png"};
+constexpr std::array kExtensions = {L"dds", L"mov", L"bmp", L"jpg", L"gif", L"tif", L"png", L"exr", L"hdr"};
 constexpr int kFirstPicture = 2, kPng = 6;
 
 int IndexOfExtension(std::wstring_view extension) {
@@ -31,10 +31,10 @@ int IndexOfExtension(std::wstring_view extension) {
 /// Upper-case extensions of the files a layout is read from.
 std::set<std::wstring> SourceExtensions(const LayoutRow& layout) {
     if (layout.ownExtension != nullptr) return {UpperCase(layout.ownExtension)};
-    // The last two are read without a codec.
+    // These are read without a codec.
     std::vector<std::wstring> codecs = ReadableExtensions();
     std::set<std::wstring> extensions(codecs.begin(), codecs.end());
-    extensions.insert({L"DDS", L"TGA"});
+    extensions.insert({L"DDS", L"EXR", L"HDR", L"TGA"});
     return extensions;
 }
 

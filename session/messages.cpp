@@ -29,6 +29,14 @@ const wchar_t* TextOf(Cause cause) {
             return L": the disk is full";
         case Cause::FileTooLarge:
             return L": the file is larger than is allowed";
+        case Cause::DeepPixels:
+            return L": deep pictures are not read";
+        case Cause::SeveralParts:
+            return L": files of several parts are not read";
+        case Cause::ColoursNotRgb:
+            return L": its colours are not red, green and blue";
+        case Cause::UnknownPacking:
+            return L": its compression is not read";
     }
     return L"";
 }
@@ -59,7 +67,7 @@ std::wstring MessageOf(const Outcome& outcome) {
             return file + L" needs " + MemoryText(outcome.bytesNeeded, true) + L" of memory, of which " +
                    MemoryText(outcome.bytesAllowed, false) + L" may be used";
         case Reason::CannotOpen:
-            return L"Could not open " + file;
+            return L"Could not open " + file + TextOf(outcome.cause);
         case Reason::LibraryFailed:
             return L"Could not open " + file + L": a picture library broke down on it";
         case Reason::CannotWrite:

@@ -27,7 +27,8 @@ constexpr std::uint64_t kMega = std::uint64_t{1} << 20;
 
 TEST(HostilePictures, NeededMemoryIsToldBeforeAnyIsAskedFor) {
     const TemporaryFolder folder;
-    for (const wchar_t* extension : {L"bmp", L"png", L"jpg", L"tif", L"gif", L"tga", L"dds"}) {
+    for (const wchar_t* extension :
+         {L"bmp", L"png", L"jpg", L"tif", L"gif", L"tga", L"dds", L"exr", L"hdr"}) {
         const std::wstring path = folder / (std::wstring(L"a.") + extension);
         if (std::wstring(extension) == L"tga") {
             Bytes tga = {0, 0, 2, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 4, 0, 4, 24, 0x20};

@@ -9,6 +9,7 @@ build=(
     cmake ninja-build ccache                                    # build system
     g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64        # compiler for Windows
     libcli11-dev                                                # console arguments
+    libz-mingw-w64-dev                                          # packed OpenEXR files
     libstb-dev                                                  # encoder of compressed DDS files
     libz-mingw-w64-dev                                          # packed colour profiles in PNG files
     googletest                                                  # tests

@@ -114,7 +114,7 @@ TEST(FileFilters, ExtensionIsGivenOnceAndTakesTheOldOnesPlace) {
           Row{L"C:\\a\\pano.jpg", 5, L"C:\\a\\pano.png"}, Row{L"pano v1.2", 4, L"pano v1.2.jpg"},
           Row{L"C:\\my.jpg\\pano", 1, L"C:\\my.jpg\\pano.bmp"}, Row{L"pano", 2, L"pano.dds"},
           Row{L"pano", 3, L"pano.gif"}, Row{L"pano", 6, L"pano.tif"}, Row{L"pano", 0, L"pano.jpg"},
-          Row{L"pano", 7, L"pano.jpg"}}) {
+          Row{L"pano", 7, L"pano.exr"}, Row{L"pano.exr", 8, L"pano.hdr"}, Row{L"pano", 9, L"pano.jpg"}}) {
         EXPECT_EQ(GiveExtension(chosen, PictureSaveExtension(filter)), path) << filter;
     }
 }
