@@ -25,6 +25,8 @@ class PlainBmp {
     /// False when there is no such file or it is no plain BMP; nothing else must be called then.
     bool IsOpen() const { return file_ != nullptr; }
 
+    bool Select(std::uint32_t frame) const { return frame == 0; }
+
     PictureFacts Facts() const;
 
     /// False when the file is shorter than its picture, and without memory. To be called once.

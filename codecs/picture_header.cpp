@@ -244,7 +244,11 @@ JpegStructure ReadJpegStructure(std::span<const std::byte> file) {
         if (at + 1 >= file.size()) return jpeg;
         // The length counts its own two bytes.
         const std::size_t length = Big16(&file[at]);
-        if (code == kStartOfScan) ++jpeg.scans;
+        jpeg.endsInScan = code == kStartOfScan && at + length < file.size();
+        if (code == kStartOfScan) {
+            ++jpeg.scans;
+            if (at + 2 < file.size()) jpeg.scanned += std::to_integer<std::uint64_t>(file[at + 2]);
+        }
         if (IsFrame(code) && jpeg.components == 0) {
             ReadJpegFrame(code, file.subspan(at, std::min(length, file.size() - at)), jpeg);
         }
@@ -260,7 +264,9 @@ bool IsSoundJpeg(const JpegStructure& jpeg, std::uint64_t fileSize) {
     // there is nothing else. Progressive files tell of the latter for thousands of blocks at once, and need
     // not tell it at all.
     const std::uint64_t leastBits = jpeg.blocks * (jpeg.progressive ? 1 : 2);
-    return jpeg.whole && jpeg.scans <= kMostScans && IsReadableSize(jpeg.width, jpeg.height) &&
+    // Of fractions of bits nobody can tell where they end.
+    const bool whole = jpeg.whole || (jpeg.endsInScan && !jpeg.arithmetic && jpeg.scanned >= jpeg.components);
+    return whole && jpeg.scans <= kMostScans && IsReadableSize(jpeg.width, jpeg.height) &&
            (jpeg.arithmetic ? PlausibleSize(jpeg.width, jpeg.height, fileSize) : leastBits / 8 <= fileSize);
 }
 

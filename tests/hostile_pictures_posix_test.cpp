@@ -110,9 +110,12 @@ TEST(HostilePictures, AJpegHoldsNoMoreBlocksThanBits) {
     for (const auto& row : rows) {
         EXPECT_EQ(IsSoundJpeg(ReadJpegStructure(AsBytes(row.file)), row.file.size()), row.sound) << row.what;
     }
-    Bytes cut = MakeJpeg(kBaseline, 16, 16, 1);
-    cut.pop_back();
-    EXPECT_FALSE(IsSoundJpeg(ReadJpegStructure(AsBytes(cut)), cut.size()));
+    // Cut off with the end marker may be two bytes; before a scan's data there is no picture.
+    const Bytes whole = MakeJpeg(kBaseline, 16, 16, 1);
+    for (std::size_t size = 0; size < whole.size(); ++size) {
+        const Bytes cut(whole.data(), whole.data() + size);
+        EXPECT_EQ(IsSoundJpeg(ReadJpegStructure(AsBytes(cut)), size), size + 2 >= whole.size()) << size;
+    }
 }
 
 TEST(HostilePictures, FlatPicturesAreBelievedAndEmptyClaimsAreNot) {
