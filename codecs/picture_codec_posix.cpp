@@ -1,5 +1,5 @@
-// Which codec a picture goes to: plain BMP files are read and written by the program, JPEG files through
-// libjpeg, TIFF files are read through libtiff, all else goes through OpenImageIO.
+// Which codec a picture goes to: plain BMP files are read and written by the program, JPEG and PNG files
+// through libjpeg and libpng, TIFF files are read through libtiff, all else goes through OpenImageIO.
 
 #include <array>
 #include <string_view>
@@ -11,6 +11,7 @@
 #include "codecs/oiio_codec_posix.h"
 #include "codecs/picture_codec.h"
 #include "codecs/picture_header.h"
+#include "codecs/png_file_posix.h"
 #include "codecs/tiff_file_posix.h"
 #include "image/area_scale.h"
 #include "platform/memory_budget.h"
@@ -46,6 +47,8 @@ bool WithReader(const std::wstring& path, Function function, Outcome& done) {
         }
         case PictureKind::Jpeg:
             return run(JpegFile(source));
+        case PictureKind::Png:
+            return run(PngFile(source));
         case PictureKind::Tiff:
             return run(TiffFile(path));
         default:
@@ -105,6 +108,8 @@ bool EncodePicture(const Image& image, const std::wstring& path, PictureContaine
                 return WriteBmp(image, path, format);
             case PictureContainer::Jpeg:
                 return WriteJpeg(image, path, format, 0);
+            case PictureContainer::Png:
+                return WritePng(image, path, format);
             default:
                 return EncodeWithOiio(image, path, container, format);
         }
@@ -120,14 +125,13 @@ std::vector<std::wstring> ReadableExtensions() {
     };
     static const Row kRows[] = {
         {"gif", {L"GIF"}},
-        {"png", {L"PNG"}},
         {"heif", {L"HEIC", L"HEIF", L"AVIF"}},
         {"webp", {L"WEBP"}},
     };
     const OiioFunctions* const oiio = Oiio();
     const std::string_view installed = oiio ? oiio->readableKinds() : "";
-    std::vector<std::wstring> extensions = {L"BMP", L"DIB",  L"JPG", L"JPEG",
-                                            L"JPE", L"JFIF", L"TIF", L"TIFF"};  // read without it
+    std::vector<std::wstring> extensions = {L"BMP",  L"DIB", L"JPG", L"JPEG", L"JPE",
+                                            L"JFIF", L"PNG", L"TIF", L"TIFF"};  // read without it
     for (const Row& row : kRows) {
         if (!Lists(installed, row.kind)) continue;
         extensions.insert(extensions.end(), row.extensions.begin(), row.extensions.end());

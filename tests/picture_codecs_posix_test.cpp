@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "codecs/jpeg_file_posix.h"
+#include "codecs/png_file_posix.h"
 #include "tests/made_files.h"
 
 namespace skyvault::test {
@@ -29,6 +30,27 @@ TEST(PictureCodecs, AJpegMayLackItsEndMarkerAndNothingElse) {
                 EXPECT_EQ(Reads<JpegFile>(Bytes(file.data(), file.data() + size), image), all) << size;
                 EXPECT_TRUE(!all || SameBytes(image, whole)) << size;
             }
+        }
+    }
+}
+
+TEST(PictureCodecs, ADamagedPngIsRefused) {
+    constexpr std::size_t kSignature = 8, kEndMark = 12;
+    for (const DataRow& row : DataGroup("pictures", "stored")) {
+        if (!row[1].starts_with("png")) continue;
+        SCOPED_TRACE(row.where);
+        const Bytes file = FromHex(row[3]);
+        Image whole, image;
+        ASSERT_TRUE(Reads<PngFile>(file, whole));
+        for (std::size_t size = 0; size < file.size(); ++size) {
+            EXPECT_EQ(Reads<PngFile>(Bytes(file.data(), file.data() + size), image),
+                      size + kEndMark >= file.size())
+                << size;
+        }
+        for (std::size_t at = kSignature; at + kEndMark < file.size(); ++at) {
+            Bytes edited = file;
+            edited[at] ^= 0x20;
+            EXPECT_FALSE(Reads<PngFile>(edited, image)) << at;
         }
     }
 }
