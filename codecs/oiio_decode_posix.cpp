@@ -27,23 +27,15 @@ constexpr std::uint64_t kLargestFile = std::uint64_t{1} << 32;
 
 const char* OiioName(PictureKind kind) {
     switch (kind) {
-        case PictureKind::Bmp:
-            return "bmp";
-        case PictureKind::Jpeg:
-            return "jpeg";
-        case PictureKind::Png:
-            return "png";
         case PictureKind::Gif:
             return "gif";
         case PictureKind::Heif:
             return "heif";
         case PictureKind::Webp:
             return "webp";
-        case PictureKind::Tiff:  // not through this library
-        case PictureKind::Unknown:
-            break;
+        default:
+            return nullptr;  // not through this library
     }
-    return nullptr;
 }
 
 bool ReadHeader(const std::wstring& path, PictureHeader& header) {
@@ -65,8 +57,6 @@ struct OpenPicture {
     OiioFacts facts{};
     std::uint32_t frameCount = 1;
     GifFrame gifFrame;
-
-    JpegStructure jpeg;
 
     /// Looks at the file without a codec: whether its header can be believed, and the size it tells.
     bool Inspect(const std::wstring& path);
@@ -97,45 +87,18 @@ std::uint64_t MemoryOf(const OpenPicture& picture, PixelFormat format) {
         width = static_cast<std::uint64_t>(picture.facts.width);
         height = static_cast<std::uint64_t>(picture.facts.height);
     }
-    std::uint64_t perPixel = BytesPerPixel(format);
-    switch (header.kind) {
-        case PictureKind::Gif:   // the canvas, and what was on it before
-        case PictureKind::Heif:  // colours with subsampling, and what becomes of them
-        case PictureKind::Webp:
-            perPixel += 8;
-            break;
-        default:
-            break;
-    }
-    // Scans that hold a part of every block leave coefficients of 16 bits between them.
-    const JpegStructure& jpeg = picture.jpeg;
-    const std::uint64_t coefficients = jpeg.progressive || jpeg.scans > 1 ? jpeg.blocks * 64 * 2 : 0;
-    return width * height * perPixel + header.unpackedBytes + coefficients;
+    // Beside the picture: a GIF's canvas and what was on it before; colours with subsampling, and what
+    // becomes of them.
+    return width * height * (BytesPerPixel(format) + 8);
 }
 
 bool OpenPicture::Inspect(const std::wstring& path) {
     // Opening a pipe would wait for its other end.
     if (!std::filesystem::is_regular_file(ToSystemBytes(path)) || !ReadHeader(path, header)) return false;
     fileSize = FileSizeOf(path);
-    switch (header.kind) {
-        case PictureKind::Jpeg: {
-            std::vector<std::byte> file;
-            if (!ReadWholeFile(path, file, kLargestFile, FileUse::ReadShared)) return false;
-            jpeg = ReadJpegStructure(file);
-            header.width = jpeg.width;
-            header.height = jpeg.height;
-            return IsSoundJpeg(jpeg, fileSize);
-        }
-        case PictureKind::Bmp:
-        case PictureKind::Png:
-            return IsReadableSize(header.width, header.height) && header.leastBytes <= fileSize;
-        case PictureKind::Gif:
-            // Its canvas in bytes is counted in 31 bits.
-            if (std::uint64_t{header.width} * header.height >= (1u << 29)) return false;
-            break;
-        default:
-            break;
-    }
+    // A GIF's canvas in bytes is counted in 31 bits.
+    if (header.kind == PictureKind::Gif && std::uint64_t{header.width} * header.height >= (1u << 29))
+        return false;
     return PlausibleSize(header.width, header.height, fileSize);
 }
 
@@ -174,11 +137,6 @@ std::size_t BytesOf(OiioChannel channel) {
     return channel == OiioChannel::Byte ? 1 : 2;
 }
 
-/// True for files whose pixels none of the nine formats stores.
-bool IsIndirect(const OpenPicture& picture) {
-    return picture.header.indirect || picture.facts.colourSpaceTold;  // the latter is told for CMYK only
-}
-
 Plan MakePlan(const OpenPicture& picture) {
     using enum PixelFormat;
     const OiioFacts& facts = picture.facts;
@@ -187,14 +145,14 @@ Plan MakePlan(const OpenPicture& picture) {
     // The GIF reader puts the alpha channel one too far.
     plan.alpha = (facts.alphaChannel == plan.channels - 1 && plan.channels % 2 == 0) ||
                  (picture.header.kind == PictureKind::Gif && plan.channels == 4);
-    if (picture.header.alphaUnused) plan.alpha = false;
     if (!plan.alpha) plan.channels = plan.channels >= 3 ? 3 : 1;
     const bool mayBeMultiplied =
         picture.header.kind == PictureKind::Webp || picture.header.kind == PictureKind::Heif;
     plan.multiplied = plan.alpha && mayBeMultiplied && !facts.alphaUnassociated;
 
     const bool grey = plan.channels == 1;
-    if (!IsIndirect(picture) && !plan.multiplied && !picture.header.alphaUnused) {
+    // A GIF's pixels are those of a palette, which none of the nine formats stores.
+    if (picture.header.kind != PictureKind::Gif && !plan.multiplied) {
         switch (facts.stored) {
             case OiioChannel::Byte:
                 plan.format = plan.alpha ? Rgba8 : grey ? Grey8 : Rgb8;
@@ -321,18 +279,6 @@ Outcome DecodeWithOiio(const std::wstring& path, std::uint32_t frame, const Pict
 
 Outcome InspectWithOiio(const std::wstring& path, PictureFacts& facts) {
     OpenPicture picture;
-    if (!picture.Inspect(path)) return Failure(Reason::CannotOpen, path);
-    if (picture.header.kind == PictureKind::Jpeg) {
-        // Opened, a progressive file would be unpacked.
-        const JpegStructure& jpeg = picture.jpeg;
-        facts.size = {jpeg.width, jpeg.height};
-        facts.format = jpeg.components == 1   ? PixelFormat::Grey8
-                       : jpeg.components == 3 ? PixelFormat::Rgb8
-                                              : PixelFormat::Rgba8;
-        facts.frameCount = 1;
-        facts.memory = MemoryOf(picture, facts.format);
-        return {};
-    }
     Outcome done = picture.Open(path, 0);
     if (done.IsDone()) facts = FactsOf(picture, MakePlan(picture));
     return done;

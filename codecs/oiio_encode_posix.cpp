@@ -23,43 +23,23 @@ struct Kind {
 bool FindKind(PictureContainer container, Kind& kind) {
     constexpr std::uint32_t kNoLimit = 0x7fffffff;
     switch (container) {
-        case PictureContainer::Bmp:
-            kind = {"bmp", kNoLimit};
-            return true;
-        // The writer ends the process for anything larger.
-        case PictureContainer::Jpeg:
-            kind = {"jpeg", 65500};
-            return true;
-        case PictureContainer::Png:
-            kind = {"png", 1000000};
-            return true;
         case PictureContainer::Tiff:
             kind = {"tiff", kNoLimit};
             return true;
         case PictureContainer::Heif:
             kind = {"heif", 16384};
             return true;
-        case PictureContainer::Gif:
-        case PictureContainer::None:
-            break;
+        default:
+            return false;
     }
-    return false;
 }
 
 /// The format that the kind of file stores for a wanted one.
 PixelFormat FileFormat(PictureContainer container, PixelFormat wanted) {
     using enum PixelFormat;
-    const bool grey = ChannelCount(wanted) == 1;
     switch (container) {
-        case PictureContainer::Bmp:
         case PictureContainer::Heif:
             return Rgb8;
-        case PictureContainer::Jpeg:
-            return grey ? Grey8 : Rgb8;
-        case PictureContainer::Png:
-            if (ChannelType(wanted) == ChannelKind::Half)
-                return HasAlpha(wanted) ? Rgba16 : grey ? Grey16 : Rgb16;
-            return wanted;
         default:
             return wanted;
     }

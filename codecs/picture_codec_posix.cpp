@@ -41,10 +41,8 @@ bool WithReader(const std::wstring& path, Function function, Outcome& done) {
         return true;
     };
     switch (ReadPictureHeader({start.data(), count}).kind) {
-        case PictureKind::Bmp: {
-            PlainBmp file(path);
-            return file.IsOpen() && run(file);
-        }
+        case PictureKind::Bmp:
+            return run(BmpFile(source));
         case PictureKind::Jpeg:
             return run(JpegFile(source));
         case PictureKind::Png:

@@ -14,10 +14,7 @@ struct PictureHeader {
     PictureKind kind = PictureKind::Unknown;
     bool sound = false;                   ///< nothing in the header contradicts itself
     std::uint32_t width = 0, height = 0;  ///< 0 for the kinds that tell it further on: JPEG, TIFF, HEIF
-    bool indirect = false;     ///< a palette, or fewer than 8 bits a channel: pixels no format of ours holds
-    bool alphaUnused = false;  ///< four channels whose fourth has no meaning
-    std::uint64_t leastBytes = 0;     ///< no whole file of this picture is smaller (BMP, PNG; else 0)
-    std::uint64_t unpackedBytes = 0;  ///< what a decoder must hold beside the rows it hands out (BMP, PNG)
+    std::uint64_t leastBytes = 0;         ///< no whole file of this picture is smaller (BMP, PNG; else 0)
 };
 
 /// As many bytes of the file as ReadPictureHeader looks at.

@@ -1,6 +1,7 @@
 #include "codecs/png_file_posix.h"
 
 #include <png.h>
+#include <zlib.h>
 
 #include <algorithm>
 #include <array>
@@ -185,8 +186,10 @@ struct Writer {
                                                : PNG_COLOR_TYPE_RGB;
         png_set_IHDR(png, info, image.width, image.height, IsWide(stored) ? 16 : 8, colours,
                      PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
-        png_set_compression_level(png, 4);
-        png_set_filter(png, PNG_FILTER_TYPE_BASE, PNG_ALL_FILTERS);
+        // Of photos smaller than with any level up to 4, in a fifth of the time (docs/performance.md).
+        png_set_compression_level(png, 1);
+        png_set_compression_strategy(png, Z_RLE);
+        png_set_filter(png, PNG_FILTER_TYPE_BASE, PNG_FILTER_SUB | PNG_FILTER_UP);
         png_write_info(png, info);
         if (IsWide(stored)) png_set_swap(png);
         if (!IsWide(stored) && !IsGrey(stored)) png_set_bgr(png);

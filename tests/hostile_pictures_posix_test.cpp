@@ -131,7 +131,6 @@ TEST(HostilePictures, FlatPicturesAreBelievedAndEmptyClaimsAreNot) {
     packed[30] = 1;
     const PictureHeader runs = ReadPictureHeader(AsBytes(packed));
     EXPECT_EQ(runs.leastBytes, 20000u * 79 * 2);
-    EXPECT_EQ(runs.unpackedBytes, 20000u * 20000);
 
     const TemporaryFolder folder;
     ASSERT_TRUE(WriteFile(folder / L"a.bmp", packed));

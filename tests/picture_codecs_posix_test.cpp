@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "codecs/bmp_file_posix.h"
 #include "codecs/jpeg_file_posix.h"
 #include "codecs/png_file_posix.h"
 #include "tests/made_files.h"
@@ -51,6 +52,59 @@ TEST(PictureCodecs, ADamagedPngIsRefused) {
             Bytes edited = file;
             edited[at] ^= 0x20;
             EXPECT_FALSE(Reads<PngFile>(edited, image)) << at;
+        }
+    }
+}
+
+TEST(PictureCodecs, NoByteOfABmpsPixelsMayBeMissing) {
+    for (const char* group : {"stored", "posix"}) {
+        for (const DataRow& row : DataGroup("pictures", group)) {
+            if (!row[1].starts_with("bmp")) continue;
+            SCOPED_TRACE(row.where);
+            const Bytes file = FromHex(row[3]);
+            Image whole, image;
+            ASSERT_TRUE(Reads<BmpFile>(file, whole));
+            const bool runs = row[1].find("runs") != std::string::npos;
+            for (std::size_t size = 0; size < file.size(); ++size) {
+                const bool read = Reads<BmpFile>(Bytes(file.data(), file.data() + size), image);
+                // Of runs the last two bytes only say that the picture is done.
+                EXPECT_TRUE(!read || (runs && SameBytes(image, whole))) << size;
+            }
+        }
+    }
+}
+
+TEST(PictureCodecs, RunsOfABmpStayInThePicture) {
+    const struct {
+        const char* codes;  // of 4 × 2 pixels
+        const char* rows;   // indices, top row first; none: refused
+    } tables[][7] = {{{"0401 0402", ""},
+                      {"0401 0000 0402", "22221111"},
+                      {"0401 0000 0402 0000 0001", "22221111"},
+                      {"0501 0000 0402 0001", ""},
+                      {"0003 010203 00 0001", "00001230"},
+                      {"0101 0002 0301 0001", "00001000"},
+                      {"0101 0002 0401 0001", ""}},
+                     {{"0412 0000 0434 0000 0001", "34341212"},
+                      {"0003 1230 0000 0401 0001", "01011230"},
+                      {"0005 12345000 0001", ""},
+                      {"0000 0000 0401 0001", ""},
+                      {"0401 0000 0000 0000 0001", ""},
+                      {"0002 0002 0101 0001", ""},
+                      {"0412 00", ""}}};
+    for (std::uint32_t bits : {8, 4}) {
+        Bytes palette(bits == 8 ? 1024 : 64);
+        for (std::size_t i = 0; i < palette.size(); i += 4) palette[i + 2] = static_cast<std::uint8_t>(i / 4);
+        for (const auto& [codes, rows] : tables[bits == 8 ? 0 : 1]) {
+            std::string hex = codes, indices;
+            std::erase(hex, ' ');
+            Bytes file = MakeBmp(4, 2, bits, FromHex(hex), palette);
+            file[30] = bits == 8 ? 1 : 2;
+            Image image;
+            if (Reads<BmpFile>(file, image)) {
+                ForPixels(image, [&](int x, int y) { indices += std::to_string(image.GetPixel8(x, y).red); });
+            }
+            EXPECT_EQ(indices, rows) << bits << " bits: " << codes;
         }
     }
 }

@@ -91,7 +91,6 @@ void* OpenInput(const char* path, const char* kind) {
         auto input = std::make_unique<Input>(kind);
         OIIO::ImageSpec spec, hints;
         hints.attribute("oiio:UnassociatedAlpha", 1);
-        hints.attribute("bmp:monochrome_detect", 0);
         if (!input->file || !input->file->open(path, spec, hints)) return nullptr;
         return input.release();
     });
@@ -115,7 +114,6 @@ bool Describe(void* input, OiioFacts* facts) {
                   spec.nchannels,
                   spec.alpha_channel,
                   ChannelOf(spec.format),
-                  !spec.get_string_attribute("jpeg:ColorSpace").empty(),
                   spec.get_int_attribute("oiio:UnassociatedAlpha", 0) != 0};
         return true;
     });
@@ -188,14 +186,7 @@ struct Output {
 
 void SetOptions(std::string_view kind, OIIO::ImageSpec& spec) {
     spec.attribute("oiio:UnassociatedAlpha", 1);
-    if (kind == "jpeg") {
-        spec.attribute("Compression", "jpeg:90");
-        spec.attribute("jpeg:subsampling", "4:2:0");
-    } else if (kind == "png") {
-        // All filters, with the usual 6 half as fast and 1 % smaller.
-        spec.attribute("png:compressionLevel", 4);
-        spec.attribute("png:filter", 0xf8);
-    } else if (kind == "tiff") {
+    if (kind == "tiff") {
         spec.attribute("Compression", "lzw");
         spec.attribute("tiff:half", 1);
     }
