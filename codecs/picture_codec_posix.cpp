@@ -1,5 +1,6 @@
-// Which codec a picture goes to: plain BMP files are read and written by the program, JPEG and PNG files
-// through libjpeg and libpng, TIFF files are read through libtiff, all else goes through OpenImageIO.
+// Which codec a picture goes to: BMP files are read and written by the program, JPEG, PNG and TIFF files
+// through libjpeg, libpng and libtiff, GIF files are written by the program; all else goes through
+// OpenImageIO.
 
 #include <array>
 #include <string_view>
@@ -7,12 +8,14 @@
 
 #include "codecs/bmp_file_posix.h"
 #include "codecs/file_source_posix.h"
+#include "codecs/gif_writer.h"
 #include "codecs/jpeg_file_posix.h"
 #include "codecs/oiio_codec_posix.h"
 #include "codecs/picture_codec.h"
 #include "codecs/picture_header.h"
 #include "codecs/png_file_posix.h"
 #include "codecs/tiff_file_posix.h"
+#include "codecs/tiff_write_posix.h"
 #include "image/area_scale.h"
 #include "platform/memory_budget.h"
 
@@ -52,6 +55,13 @@ bool WithReader(const std::wstring& path, Function function, Outcome& done) {
         default:
             return false;
     }
+}
+
+bool WriteGifPicture(const Image& image, const std::wstring& path, PixelFormat format) {
+    constexpr std::uint32_t kLongestEdge = 65535;
+    IndexedPicture indexed;
+    return image.width <= kLongestEdge && image.height <= kLongestEdge &&
+           MakeIndexed(image, format, indexed) && WriteGif(path, indexed, image.width, image.height);
 }
 
 template <typename File>
@@ -108,12 +118,18 @@ bool EncodePicture(const Image& image, const std::wstring& path, PictureContaine
                 return WriteJpeg(image, path, format, 0);
             case PictureContainer::Png:
                 return WritePng(image, path, format);
-            default:
-                return EncodeWithOiio(image, path, container, format);
+            case PictureContainer::Tiff:
+                return WriteTiff(image, path, format);
+            case PictureContainer::Gif:
+                return WriteGifPicture(image, path, format);
+            case PictureContainer::Heif:
+                return EncodeHeifWithOiio(image, path, format);
+            case PictureContainer::None:
+                break;
         }
     } catch (...) {
-        return false;
     }
+    return false;
 }
 
 std::vector<std::wstring> ReadableExtensions() {

@@ -119,15 +119,16 @@ TEST(ConsoleOnLinux, AMissingModuleIsTold) {
                              SaveRandom(folder / input, 64), folder / L"out.bmp"})
             .Wait();
     };
-    const ProgramResult failed = convert(L"in.png");
+    const ProgramResult failed = convert(L"in.gif");
     EXPECT_EQ(failed.exitStatus, 1);
     EXPECT_NE(failed.err.find("skyvault-cli: The picture library could not be loaded"), std::string::npos)
         << failed.err;
     EXPECT_NE(failed.err.find(ToUtf8(folder / L"skyvault-oiio.so")), std::string::npos) << failed.err;
-    // Plain BMP files need none.
-    const ProgramResult done = convert(L"in.bmp");
-    EXPECT_EQ(done.exitStatus, 0) << done.err;
-    EXPECT_EQ(done.err, "");
+    for (const wchar_t* input : {L"in.bmp", L"in.jpg", L"in.png", L"in.tif"}) {
+        const ProgramResult done = convert(input);
+        EXPECT_EQ(done.exitStatus, 0) << done.err;
+        EXPECT_EQ(done.err, "");
+    }
 }
 
 }  // namespace

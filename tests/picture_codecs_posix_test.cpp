@@ -5,6 +5,8 @@
 #include "codecs/bmp_file_posix.h"
 #include "codecs/jpeg_file_posix.h"
 #include "codecs/png_file_posix.h"
+#include "codecs/tiff_directories.h"
+#include "codecs/tiff_write_posix.h"
 #include "tests/made_files.h"
 
 namespace skyvault::test {
@@ -107,6 +109,18 @@ TEST(PictureCodecs, RunsOfABmpStayInThePicture) {
             EXPECT_EQ(indices, rows) << bits << " bits: " << codes;
         }
     }
+}
+
+TEST(PictureCodecs, ATiffTellsNoTime) {
+    constexpr std::uint32_t kWidth = 256, kDateTime = 306;
+    const TemporaryFolder folder;
+    ASSERT_TRUE(WriteTiff(SmoothPicture(PixelFormat::Rgb8), folder / L"a.tif", PixelFormat::Rgb8));
+    const FileSource file(folder / L"a.tif");
+    const ReadFileAt readAt = [&](std::uint64_t at, void* to, std::size_t n) { return file.Read(at, to, n); };
+    const std::vector<std::uint64_t> directories = FindTiffDirectories(readAt);
+    ASSERT_EQ(directories.size(), 1u);
+    EXPECT_TRUE(TiffDirectoryHas(readAt, directories[0], kWidth));
+    EXPECT_FALSE(TiffDirectoryHas(readAt, directories[0], kDateTime));
 }
 
 TEST(PictureCodecs, DamagedScansAreRefused) {

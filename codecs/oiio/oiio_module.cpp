@@ -7,7 +7,6 @@
 #include <cstdio>
 #include <memory>
 #include <string>
-#include <string_view>
 
 #include "codecs/oiio/oiio_interface.h"
 
@@ -184,21 +183,13 @@ struct Output {
     }
 };
 
-void SetOptions(std::string_view kind, OIIO::ImageSpec& spec) {
-    spec.attribute("oiio:UnassociatedAlpha", 1);
-    if (kind == "tiff") {
-        spec.attribute("Compression", "lzw");
-        spec.attribute("tiff:half", 1);
-    }
-}
-
 void* OpenOutput(const char* path, const char* kind, int width, int height, int channels, OiioChannel type) {
     return Guarded([&]() -> void* {
         PrepareOiio();
         auto output = std::make_unique<Output>(path, kind, TypeOf(type));
         if (!output->proxy.opened() || !output->file) return nullptr;
         OIIO::ImageSpec spec(width, height, channels, output->type);
-        SetOptions(kind, spec);
+        spec.attribute("oiio:UnassociatedAlpha", 1);
         OIIO::Filesystem::IOProxy* const proxy = &output->proxy;
         spec.attribute("oiio:ioproxy", OIIO::TypeDesc::PTR, &proxy);
         if (output->file->open(path, spec)) return output.release();
