@@ -108,14 +108,14 @@ Outcome InspectPicture(const std::wstring& path, PictureFacts& facts) {
 }
 
 bool EncodePicture(const Image& image, const std::wstring& path, PictureContainer container,
-                   PixelFormat format) {
+                   PixelFormat format, int quality) {
     if (BytesPerPixel(format) == 0) format = PixelFormat::Grey8;
     try {
         switch (container) {
             case PictureContainer::Bmp:
                 return WriteBmp(image, path, format);
             case PictureContainer::Jpeg:
-                return WriteJpeg(image, path, format, 0);
+                return WriteJpeg(image, path, format, quality);
             case PictureContainer::Png:
                 return WritePng(image, path, format);
             case PictureContainer::Tiff:
@@ -130,6 +130,10 @@ bool EncodePicture(const Image& image, const std::wstring& path, PictureContaine
     } catch (...) {
     }
     return false;
+}
+
+bool CanChooseQuality() {
+    return true;
 }
 
 std::vector<std::wstring> ReadableExtensions() {

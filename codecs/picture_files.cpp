@@ -59,14 +59,14 @@ Outcome ReadByExtension(const std::wstring& path, const PictureRequest& request,
     return read ? Outcome{} : Failure(Reason::CannotOpen, path);
 }
 
-Outcome WriteByExtension(const Image& image, const std::wstring& path, PixelFormat format) {
+Outcome WriteByExtension(const Image& image, const std::wstring& path, PixelFormat format, int quality) {
     const std::wstring extension = UpperExtension(path);
     const bool dds = extension == L"DDS";
     const PictureContainer container = ContainerOfExtension(extension);
     if (!dds && container == PictureContainer::None) return Failure(Reason::CannotWrite, path);
     OutputFile file(path);
     const bool written = dds ? WriteDdsPicture(image, file.TemporaryPath(), format)
-                             : EncodePicture(image, file.TemporaryPath(), container, format);
+                             : EncodePicture(image, file.TemporaryPath(), container, format, quality);
     return written && file.Commit() ? Outcome{} : file.Failed();
 }
 
@@ -102,7 +102,7 @@ Outcome SavePicture(Image& image, const std::wstring& path, const PictureOptions
     if (path.empty()) return Failure(Reason::CannotWrite);
     if (options.bleed && HasAlpha(written)) BleedAlpha(image);
     if (!image.IsValid()) return Failure(Reason::CannotWrite, path);
-    Outcome saved = WriteByExtension(image, path, written);
+    Outcome saved = WriteByExtension(image, path, written, options.quality);
     if (!saved.IsDone()) return saved;
     return {.infoLog = PictureInfo(path, image.width, image.height, written)};
 }

@@ -36,6 +36,7 @@ struct PictureOptions {
     /// Spread visible colours into transparent pixels of the picture first (BleedAlpha), when the written
     /// format has alpha.
     bool bleed = false;
+    int quality = 0;  ///< of a JPEG, 1 to 100; 0: the encoder's default
 };
 
 /// Writes a picture, choosing the codec by the path's extension. The outcome describes the file in the four

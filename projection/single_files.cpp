@@ -86,7 +86,8 @@ Outcome ExportSingleFiles(const Panorama& panorama, const ExportRequest& request
         outcome = BuildFace(panorama, face, which, static_cast<std::uint32_t>(size), format,
                             EmptyColour(request.settings));
         if (!outcome.IsDone()) break;
-        outcome = SavePicture(face, SingleFilePath(request.path, system, which), {.bleed = true});
+        outcome = SavePicture(face, SingleFilePath(request.path, system, which),
+                              {.bleed = true, .quality = request.settings.jpegQuality});
         infoLog += outcome.infoLog;
     }
     if (outcome.IsDone()) outcome.infoLog = std::move(infoLog);

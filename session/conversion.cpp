@@ -54,7 +54,8 @@ Outcome ExportPanorama(const LayoutRow& layout, const std::wstring& path, const 
     }
     Outcome rendered = layout.render(panorama, request, feedback, panorama.resultPicture);
     if (!rendered.IsDone()) return About(path, std::move(rendered));
-    return About(path, SavePicture(panorama.resultPicture, path, {.bleed = true}));
+    return About(path,
+                 SavePicture(panorama.resultPicture, path, {.bleed = true, .quality = settings.jpegQuality}));
 }
 
 Outcome RenderView(const LayoutRow& layout, const ClientSize& client, const Camera& camera,

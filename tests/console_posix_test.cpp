@@ -110,6 +110,29 @@ TEST(ConsoleOnLinux, APictureThatBringsALibraryDownEndsOnlyItself) {
     EXPECT_EQ(FindFiles(folder / L"out").size(), 2u);
 }
 
+TEST(ConsoleOnLinux, AskedForQualityReachesEveryJpeg) {
+    const TemporaryFolder folder;
+    const std::wstring source = SaveRandom(folder / L"in.bmp", 128);
+    const std::pair<const wchar_t*, const wchar_t*> rows[] = {{L"equirectangular", L"a.jpg"},
+                                                              {L"single-files", L"a_top.jpg"},
+                                                              {L"qtvr", L"a.mov"},
+                                                              {L"html", L"a.jpg"}};
+    for (const auto& [layout, written] : rows) {
+        const std::wstring output = folder / (std::wstring(layout) == L"qtvr" ? L"a.mov" : L"a.jpg");
+        std::uint64_t smaller = 0;
+        for (const wchar_t* quality : {L"20", L"80", L"95"}) {
+            const ProgramResult result =
+                ChildProcess(ConsoleProgramPath(), {L"convert", L"--quiet", L"--quality", quality, L"--from",
+                                                    L"equirectangular", L"--to", layout, source, output})
+                    .Wait();
+            ASSERT_EQ(result.exitStatus, 0) << result.err;
+            const std::uint64_t size = FileSizeOf(folder / written);
+            EXPECT_GT(size, smaller) << ToUtf8(layout) << " " << ToUtf8(quality);
+            smaller = size;
+        }
+    }
+}
+
 TEST(ConsoleOnLinux, AMissingModuleIsTold) {
     const TemporaryFolder folder;
     std::filesystem::copy_file(ToUtf8(ConsoleProgramPath()), ToUtf8(folder / L"skyvault-cli"));

@@ -123,6 +123,25 @@ TEST(PictureCodecs, ATiffTellsNoTime) {
     EXPECT_FALSE(TiffDirectoryHas(readAt, directories[0], kDateTime));
 }
 
+TEST(PictureCodecs, AJpegsQualityDecidesItsSizeAndAboveNinetyItsChroma) {
+    constexpr std::uint8_t kFrame = 0xc0;
+    const TemporaryFolder folder;
+    std::size_t smaller = 0;
+    for (const int quality : {1, 50, 90, 91, 100}) {
+        ASSERT_TRUE(
+            WriteJpeg(SmoothPicture(PixelFormat::Rgb8), folder / L"a.jpg", PixelFormat::Rgb8, quality));
+        const Bytes file = ReadFile(folder / L"a.jpg"), frame = {0xff, kFrame};
+        const auto at = std::search(file.begin(), file.end(), frame.begin(), frame.end());
+        ASSERT_GT(file.end() - at, 11);
+        EXPECT_EQ(at[11], quality > 90 ? 0x11 : 0x22) << quality;
+        EXPECT_GT(file.size(), smaller) << quality;
+        smaller = file.size();
+        if (quality != 90) continue;
+        ASSERT_TRUE(WriteJpeg(SmoothPicture(PixelFormat::Rgb8), folder / L"b.jpg", PixelFormat::Rgb8, 0));
+        EXPECT_EQ(ReadFile(folder / L"b.jpg"), file);
+    }
+}
+
 TEST(PictureCodecs, DamagedScansAreRefused) {
     const TemporaryFolder folder;
     ASSERT_TRUE(WriteJpeg(SmoothPicture(PixelFormat::Rgb8), folder / L"a.jpg", PixelFormat::Rgb8, 0));

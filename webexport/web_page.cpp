@@ -72,7 +72,8 @@ Outcome ExportWebPage(const Panorama& panorama, const ExportRequest& request, Fe
         complete = FirstFailure(std::move(complete), std::move(written));
     }
     Outcome outcome = RenderEquirectangular(panorama, request, feedback, result);
-    if (outcome.IsDone()) outcome = SavePicture(result, request.path, {.bleed = true});
+    if (outcome.IsDone())
+        outcome = SavePicture(result, request.path, {.bleed = true, .quality = request.settings.jpegQuality});
     if (!outcome.IsDone()) return outcome;
     complete.infoLog = request.path;
     if (!generated.empty()) {
