@@ -17,8 +17,9 @@ enum Compression : std::uint32_t { kNone = 0, kRuns8 = 1, kRuns4 = 2, kMasks = 3
 
 /// One group of neighbouring bits.
 bool IsMask(std::uint32_t mask, std::uint32_t bits) {
+    if (mask == 0 || (bits == 16 && mask >> 16 != 0)) return false;
     const std::uint32_t run = mask >> std::countr_zero(mask);
-    return mask != 0 && (run & (run + 1)) == 0 && (bits == 32 || mask >> bits == 0);
+    return (run & (run + 1)) == 0;
 }
 
 /// A field of the header; 0 when that ends before it.

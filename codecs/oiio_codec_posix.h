@@ -12,7 +12,7 @@ namespace skyvault {
 /// The module, loaded by the first call; null when that failed (CodecTrouble tells why).
 const OiioFunctions* Oiio();
 
-/// DecodePicture and InspectPicture for GIF, HEIF and WebP, EncodePicture for HEIF. The module throws
+/// DecodePicture and InspectPicture for HEIF and WebP, EncodePicture for HEIF. The module throws
 /// nothing; a lack of memory in the program's own part may be thrown.
 Outcome DecodeWithOiio(const std::wstring& path, std::uint32_t frame, const PictureSize& target,
                        Image& image);

@@ -1,5 +1,5 @@
-// Which codec a picture goes to: BMP files are read and written by the program, JPEG, PNG and TIFF files
-// through libjpeg, libpng and libtiff, GIF files are written by the program; all else goes through
+// Which codec a picture goes to: BMP and GIF files are read and written by the program, JPEG, PNG, TIFF and
+// still WebP files through the libraries of their own; all else (HEIF, animated WebP) goes through
 // OpenImageIO.
 
 #include <array>
@@ -8,6 +8,7 @@
 
 #include "codecs/bmp_file_posix.h"
 #include "codecs/file_source_posix.h"
+#include "codecs/gif_file_posix.h"
 #include "codecs/gif_writer.h"
 #include "codecs/jpeg_file_posix.h"
 #include "codecs/oiio_codec_posix.h"
@@ -16,6 +17,7 @@
 #include "codecs/png_file_posix.h"
 #include "codecs/tiff_file_posix.h"
 #include "codecs/tiff_write_posix.h"
+#include "codecs/webp_file_posix.h"
 #include "image/area_scale.h"
 #include "platform/memory_budget.h"
 
@@ -50,6 +52,12 @@ bool WithReader(const std::wstring& path, Function function, Outcome& done) {
             return run(JpegFile(source));
         case PictureKind::Png:
             return run(PngFile(source));
+        case PictureKind::Gif:
+            return run(GifFile(source));
+        case PictureKind::Webp: {
+            WebpFile file(source);
+            return !file.IsAnimated() && run(file);
+        }
         case PictureKind::Tiff:
             return run(TiffFile(path));
         default:
@@ -142,14 +150,12 @@ std::vector<std::wstring> ReadableExtensions() {
         std::vector<std::wstring> extensions;
     };
     static const Row kRows[] = {
-        {"gif", {L"GIF"}},
         {"heif", {L"HEIC", L"HEIF", L"AVIF"}},
-        {"webp", {L"WEBP"}},
     };
     const OiioFunctions* const oiio = Oiio();
     const std::string_view installed = oiio ? oiio->readableKinds() : "";
-    std::vector<std::wstring> extensions = {L"BMP",  L"DIB", L"JPG", L"JPEG", L"JPE",
-                                            L"JFIF", L"PNG", L"TIF", L"TIFF"};  // read without it
+    std::vector<std::wstring> extensions = {L"BMP", L"DIB", L"JPG",  L"JPEG", L"JPE", L"JFIF",
+                                            L"PNG", L"TIF", L"TIFF", L"GIF",  L"WEBP"};  // read without it
     for (const Row& row : kRows) {
         if (!Lists(installed, row.kind)) continue;
         extensions.insert(extensions.end(), row.extensions.begin(), row.extensions.end());

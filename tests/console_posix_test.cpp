@@ -133,22 +133,37 @@ TEST(ConsoleOnLinux, AskedForQualityReachesEveryJpeg) {
     }
 }
 
+TEST(ConsoleOnLinux, TwelveProcessesReadOnePicture) {
+    const TemporaryFolder folder;
+    const std::wstring source = SaveRandom(folder / L"in.jpg", 256);
+    std::vector<std::unique_ptr<ChildProcess>> readers;
+    for (int i = 0; i < 12; ++i) {
+        const std::wstring output = folder / (L"out" + std::to_wstring(i) + L".bmp");
+        const std::vector<std::wstring> arguments = {
+            L"convert", L"--from", L"equirectangular", L"--to", L"equirectangular", source, output};
+        readers.push_back(std::make_unique<ChildProcess>(ConsoleProgramPath(), arguments));
+    }
+    for (const auto& reader : readers) {
+        const ProgramResult result = reader->Wait();
+        EXPECT_EQ(result.exitStatus, 0) << result.err;
+    }
+}
+
 TEST(ConsoleOnLinux, AMissingModuleIsTold) {
     const TemporaryFolder folder;
     std::filesystem::copy_file(ToUtf8(ConsoleProgramPath()), ToUtf8(folder / L"skyvault-cli"));
-    const auto convert = [&](const wchar_t* input) {
-        return ChildProcess(folder / L"skyvault-cli",
-                            {L"convert", L"--quiet", L"--from", L"equirectangular", L"--to", L"single-files",
-                             SaveRandom(folder / input, 64), folder / L"out.bmp"})
+    const auto convert = [&](const std::wstring& input) {
+        return ChildProcess(folder / L"skyvault-cli", {L"convert", L"--quiet", L"--from", L"equirectangular",
+                                                       L"--to", L"single-files", input, folder / L"out.bmp"})
             .Wait();
     };
-    const ProgramResult failed = convert(L"in.gif");
+    const ProgramResult failed = convert(folder.Write(L"in.heic", "1234ftypheic"));
     EXPECT_EQ(failed.exitStatus, 1);
     EXPECT_NE(failed.err.find("skyvault-cli: The picture library could not be loaded"), std::string::npos)
         << failed.err;
     EXPECT_NE(failed.err.find(ToUtf8(folder / L"skyvault-oiio.so")), std::string::npos) << failed.err;
     for (const wchar_t* input : {L"in.bmp", L"in.jpg", L"in.png", L"in.tif"}) {
-        const ProgramResult done = convert(input);
+        const ProgramResult done = convert(SaveRandom(folder / input, 64));
         EXPECT_EQ(done.exitStatus, 0) << done.err;
         EXPECT_EQ(done.err, "");
     }

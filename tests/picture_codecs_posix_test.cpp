@@ -3,10 +3,12 @@
 #include <gtest/gtest.h>
 
 #include "codecs/bmp_file_posix.h"
+#include "codecs/gif_file_posix.h"
 #include "codecs/jpeg_file_posix.h"
 #include "codecs/png_file_posix.h"
 #include "codecs/tiff_directories.h"
 #include "codecs/tiff_write_posix.h"
+#include "codecs/webp_file_posix.h"
 #include "tests/made_files.h"
 
 namespace skyvault::test {
@@ -72,6 +74,25 @@ TEST(PictureCodecs, NoByteOfABmpsPixelsMayBeMissing) {
                 // Of runs the last two bytes only say that the picture is done.
                 EXPECT_TRUE(!read || (runs && SameBytes(image, whole))) << size;
             }
+        }
+    }
+}
+
+TEST(PictureCodecs, GifAndWebpFramesAreWholeOrRefused) {
+    for (const DataRow& row : DataGroup("pictures", "posix")) {
+        const bool gif = row[1].starts_with("gif");
+        if (!gif && !row[1].starts_with("webp")) continue;
+        SCOPED_TRACE(row.where);
+        const Bytes file = FromHex(row[3]);
+        Image whole, image;
+        const auto reads = [&](const Bytes& bytes, Image& to) {
+            return gif ? Reads<GifFile>(bytes, to) : Reads<WebpFile>(bytes, to);
+        };
+        ASSERT_TRUE(reads(file, whole));
+        for (std::size_t size = 0; size < file.size(); ++size) {
+            const bool read = reads(Bytes(file.data(), file.data() + size), image);
+            EXPECT_TRUE(!read || SameBytes(image, whole)) << size;
+            EXPECT_TRUE(!read || size + 4 >= file.size()) << size;
         }
     }
 }

@@ -20,7 +20,7 @@ package=(
 )
 test=(
     g++ pkg-config libopenimageio-dev zlib1g-dev                # the engine and the console on Linux
-    libjpeg62-turbo-dev libpng-dev libtiff-dev                  # its pictures
+    libjpeg62-turbo-dev libpng-dev libtiff-dev libwebp-dev      # its pictures
     clang-format clang-tidy cppcheck                            # style and static checks
 )
 
