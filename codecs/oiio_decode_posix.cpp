@@ -10,7 +10,6 @@
 #include <utility>
 #include <vector>
 
-#include "codecs/gif_frames.h"
 #include "codecs/oiio_codec_posix.h"
 #include "codecs/picture_header.h"
 #include "image/area_scale.h"
@@ -23,12 +22,9 @@ namespace skyvault {
 namespace {
 
 constexpr int kMostFrames = 65536;
-constexpr std::uint64_t kLargestFile = std::uint64_t{1} << 32;
 
 const char* OiioName(PictureKind kind) {
     switch (kind) {
-        case PictureKind::Gif:
-            return "gif";
         case PictureKind::Heif:
             return "heif";
         case PictureKind::Webp:
@@ -56,26 +52,19 @@ struct OpenPicture {
     std::unique_ptr<void, void (*)(void*)> input{nullptr, [](void*) {}};
     OiioFacts facts{};
     std::uint32_t frameCount = 1;
-    GifFrame gifFrame;
 
     /// Looks at the file without a codec: whether its header can be believed, and the size it tells.
     bool Inspect(const std::wstring& path);
     Outcome Open(const std::wstring& path, std::uint32_t frame);
-    bool CountFrames(const std::wstring& path, std::uint32_t frame);
+    bool CountFrames(std::uint32_t frame);
 };
 
 std::uint64_t MemoryOf(const OpenPicture& picture, PixelFormat format);
 
-bool OpenPicture::CountFrames(const std::wstring& path, std::uint32_t frame) {
-    if (header.kind == PictureKind::Gif) {
-        std::vector<std::byte> file;
-        if (!ReadWholeFile(path, file, kLargestFile, FileUse::ReadShared)) return false;
-        frameCount = ReadGifFrames(file, frame, gifFrame);
-    } else {
-        int count = 1;
-        while (count < kMostFrames && oiio->selectFrame(input.get(), count)) ++count;
-        frameCount = static_cast<std::uint32_t>(count);
-    }
+bool OpenPicture::CountFrames(std::uint32_t frame) {
+    int count = 1;
+    while (count < kMostFrames && oiio->selectFrame(input.get(), count)) ++count;
+    frameCount = static_cast<std::uint32_t>(count);
     return frame < frameCount;
 }
 
@@ -96,9 +85,6 @@ bool OpenPicture::Inspect(const std::wstring& path) {
     // Opening a pipe would wait for its other end.
     if (!std::filesystem::is_regular_file(ToSystemBytes(path)) || !ReadHeader(path, header)) return false;
     fileSize = FileSizeOf(path);
-    // A GIF's canvas in bytes is counted in 31 bits.
-    if (header.kind == PictureKind::Gif && std::uint64_t{header.width} * header.height >= (1u << 29))
-        return false;
     return PlausibleSize(header.width, header.height, fileSize);
 }
 
@@ -111,7 +97,7 @@ Outcome OpenPicture::Open(const std::wstring& path, std::uint32_t frame) {
     if (!oiio) return Failure(Reason::CannotOpen, path);
     const std::string name = ToSystemBytes(path);
     input = {oiio->openInput(name.c_str(), OiioName(header.kind)), oiio->closeInput};
-    const bool open = input && CountFrames(path, frame) &&
+    const bool open = input && CountFrames(frame) &&
                       oiio->selectFrame(input.get(), static_cast<int>(frame)) &&
                       oiio->describe(input.get(), &facts) && facts.width >= 1 && facts.height >= 1 &&
                       facts.depth <= 1 && facts.channels >= 1;
@@ -142,17 +128,12 @@ Plan MakePlan(const OpenPicture& picture) {
     const OiioFacts& facts = picture.facts;
     Plan plan{};
     plan.channels = std::min(facts.channels, 4);
-    // The GIF reader puts the alpha channel one too far.
-    plan.alpha = (facts.alphaChannel == plan.channels - 1 && plan.channels % 2 == 0) ||
-                 (picture.header.kind == PictureKind::Gif && plan.channels == 4);
+    plan.alpha = facts.alphaChannel == plan.channels - 1 && plan.channels % 2 == 0;
     if (!plan.alpha) plan.channels = plan.channels >= 3 ? 3 : 1;
-    const bool mayBeMultiplied =
-        picture.header.kind == PictureKind::Webp || picture.header.kind == PictureKind::Heif;
-    plan.multiplied = plan.alpha && mayBeMultiplied && !facts.alphaUnassociated;
+    plan.multiplied = plan.alpha && !facts.alphaUnassociated;
 
     const bool grey = plan.channels == 1;
-    // A GIF's pixels are those of a palette, which none of the nine formats stores.
-    if (picture.header.kind != PictureKind::Gif && !plan.multiplied) {
+    if (!plan.multiplied) {
         switch (facts.stored) {
             case OiioChannel::Byte:
                 plan.format = plan.alpha ? Rgba8 : grey ? Grey8 : Rgb8;
@@ -263,16 +244,7 @@ Outcome DecodeWithOiio(const std::wstring& path, std::uint32_t frame, const Pict
         return Failure(Reason::CannotOpen, path);
     }
     decoded.frameCount = picture.frameCount;
-    if (picture.frameCount > 1) {
-        constexpr std::uint32_t kMissingDelay = 10;
-        const GifFrame& gif = picture.gifFrame;
-        decoded.frameDelay = 10 * (gif.delay != 0 ? gif.delay : kMissingDelay);
-        decoded.frameDisposal = gif.disposal;
-        decoded.frameLeft = gif.left;
-        decoded.frameTop = gif.top;
-        decoded.frameWidth = gif.width;
-        decoded.frameHeight = gif.height;
-    }
+    if (picture.frameCount > 1) decoded.frameDelay = 100;  // as of animations that tell none
     image = std::move(decoded);
     return {};
 }
