@@ -35,8 +35,9 @@ tmsize_t WriteTarget(thandle_t handle, void* from, tmsize_t n) {
 
 toff_t SeekTarget(thandle_t handle, toff_t offset, int whence) {
     std::FILE* const file = FileOf(handle);
-    return fseeko(file, static_cast<off_t>(offset), whence) == 0 ? static_cast<toff_t>(ftello(file))
-                                                                 : static_cast<toff_t>(-1);
+    if (fseeko(file, static_cast<off_t>(offset), whence) == 0) return static_cast<toff_t>(ftello(file));
+    ++static_cast<Target*>(handle)->errors;
+    return static_cast<toff_t>(-1);
 }
 
 int KeepTarget(thandle_t) {
@@ -120,7 +121,10 @@ bool WriteTiff(const Image& image, const std::wstring& path, PixelFormat format)
     if (!tiff) return false;
     const bool written = SetTags(tiff, image, format) && WriteStrips(tiff, image, format) && TIFFFlush(tiff);
     TIFFClose(tiff);
-    return std::fclose(target.file.release()) == 0 && written && target.errors == 0;
+    // What is still to be written is written when the library goes elsewhere in the file, and that may fail,
+    // too.
+    const bool whole = written && target.errors == 0 && !std::ferror(target.file.get());
+    return std::fclose(target.file.release()) == 0 && whole;
 }
 
 }  // namespace skyvault
