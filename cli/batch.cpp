@@ -71,6 +71,7 @@ ExitStatus RunBatchCommand(const BatchOptions& options) {
     const std::vector<BatchItem> items = ShardOfBatch(std::move(plan.items), options.shard, options.shards);
     SetThreadCount(options.threads);
     SetMemoryBudget(options.memory);
+    WarnOfQuality(options);
 
     ConsoleFeedback feedback(options.quiet);
     GuardedRun run;

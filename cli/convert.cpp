@@ -138,6 +138,7 @@ ExitStatus RunConvert(const ConvertOptions& options) {
     }
     if (options.seed) SetFixedSeed(*options.seed);
     SetThreadCount(options.threads);
+    WarnOfQuality(options);
 
     ConsoleFeedback feedback(options.quiet);
     ConversionResult result;

@@ -8,6 +8,9 @@
 #include <memory>
 
 #include "cli/help.h"
+#include "codecs/picture_codec.h"
+#include "platform/path_text.h"
+#include "platform/system_text.h"
 #include "platform/utf8.h"
 #include "settings/number_text.h"
 
@@ -121,7 +124,7 @@ class HelpFormatter : public CLI::Formatter {
 /// What the parser collects as text; Checked makes the real options of it.
 struct ConvertTexts {
     std::string from, to, palette, extension, settingsFile;
-    std::optional<std::string> seed, horizon, logoSize, camera, threads, memory, shard;
+    std::optional<std::string> seed, horizon, logoSize, camera, quality, threads, memory, shard;
     std::vector<std::string> settings, turns, files;
     WorkOptions flags;
     bool subfolders = false, skipExisting = false;
@@ -158,6 +161,10 @@ void DefineWork(CLI::App& convert, ConvertTexts& texts) {
                      "Shows the upper half below, too");
     convert.add_flag("--mirror-front-to-back", texts.flags.mirrorFrontToBack,
                      "Shows the front half behind, too");
+    convert
+        .add_option("--quality", texts.quality,
+                    "Quality of JPEG files, 1 to 100; without it the encoder's default")
+        ->type_name("Q");
     convert.add_option("--threads", texts.threads, "Threads to work with; 0: one per core")->type_name("N");
     DefineMemory(convert, texts.memory);
     convert.add_flag("--strip-metadata", texts.flags.stripMetadata,
@@ -229,6 +236,10 @@ Options CheckedWork(ConvertTexts& texts) {
             Refuse("--logo-size goes from 0 to 1, not \"" + *texts.logoSize + "\"");
         }
     }
+    if (texts.quality && (!ParseWholeInteger(FromUtf8(*texts.quality), options.quality) ||
+                          options.quality < 1 || options.quality > 100)) {
+        Refuse("--quality takes a number from 1 to 100, not \"" + *texts.quality + "\"");
+    }
     if (texts.threads && (!ParseWholeInteger(FromUtf8(*texts.threads), options.threads) ||
                           options.threads < 0 || options.threads > 1024)) {
         Refuse("--threads takes a number from 0 to 1024, not \"" + *texts.threads + "\"");
@@ -237,6 +248,15 @@ Options CheckedWork(ConvertTexts& texts) {
     if (std::find(texts.files.begin(), texts.files.end(), "") != texts.files.end())
         Refuse("A file name is empty");
     return options;
+}
+
+/// A quality is of JPEG files only, the pictures of a movie among them. extension: in capitals.
+void CheckQuality(const WorkOptions& options, const LayoutRow& layout, const std::wstring& extension) {
+    if (options.quality == 0 || layout.format == PanoramaFormat::QuickTimeVr ||
+        ContainerOfExtension(extension) == PictureContainer::Jpeg) {
+        return;
+    }
+    Refuse("--quality goes with JPEG files only (jpg, jpeg, jpe, jfif, and --to qtvr)");
 }
 
 /// Everything but where the panorama comes from.
@@ -259,6 +279,7 @@ ConvertOptions CheckedConvert(ConvertTexts& texts) {
     }
     for (std::size_t i = 0; i < inputs; ++i) options.inputs.push_back(FromSystemBytes(texts.files[i]));
     options.output = FromSystemBytes(texts.files.back());
+    CheckQuality(options, *options.to, UpperExtension(FileNamePart(options.output)));
     return options;
 }
 
@@ -279,6 +300,7 @@ ConvertOptions CheckedGenerate(ConvertTexts& texts) {
     }
     options.inputs = {FromSystemBytes(texts.palette)};
     options.output = FromSystemBytes(texts.files.back());
+    CheckQuality(options, *options.to, UpperExtension(FileNamePart(options.output)));
     return options;
 }
 
@@ -326,6 +348,7 @@ BatchOptions CheckedBatch(ConvertTexts& texts) {
     options.job.to = ParseBatchLayout("--to", texts.to);
     options.job.from = ParseBatchLayout("--from", texts.from);
     options.job.extension = CheckedExtension(*options.job.to, texts.extension);
+    CheckQuality(options, *options.job.to, UpperCase(options.job.extension));
     options.job.subfolders = texts.subfolders;
     if (texts.subfolders && options.job.to->sources == 1) {
         Refuse("--subfolders goes with --to single-files only");

@@ -37,6 +37,7 @@ struct WorkOptions {
     bool flipHorizontal = false;
     bool mirrorTopToBottom = false;
     bool mirrorFrontToBack = false;
+    int quality = 0;           ///< of JPEG files, 1 to 100; 0: the encoder's default
     int threads = 0;           ///< 0: one per core
     std::uint64_t memory = 0;  ///< bytes that pictures may take; 0: the default
     bool stripMetadata = false;

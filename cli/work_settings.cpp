@@ -1,5 +1,7 @@
 #include "cli/work_settings.h"
 
+#include "cli/console_feedback.h"
+#include "codecs/picture_codec.h"
 #include "platform/files.h"
 #include "platform/path_text.h"
 #include "settings/settings_file.h"
@@ -15,7 +17,13 @@ bool LoadWorkSettings(const WorkOptions& options, AppState& settings) {
         FollowOwnLogo(settings, ProgramFolder());
     }
     for (const auto& [setting, value] : options.settings) SetFromText(settings, *setting, value);
+    settings.jpegQuality = options.quality;
     return true;
+}
+
+void WarnOfQuality(const WorkOptions& options) {
+    if (options.quality == 0 || options.quiet || CanChooseQuality()) return;
+    WriteMessage(L"--quality has no effect: this system's JPEG encoder knows a single quality");
 }
 
 Modifications ModificationsOf(const WorkOptions& options) {

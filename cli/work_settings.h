@@ -11,6 +11,9 @@ namespace skyvault {
 /// none.
 bool LoadWorkSettings(const WorkOptions& options, AppState& settings);
 
+/// Says so on stderr, unless quiet, when a quality is asked for that this system's encoder does not know.
+void WarnOfQuality(const WorkOptions& options);
+
 Modifications ModificationsOf(const WorkOptions& options);
 
 float Radians(float degrees);

@@ -1,47 +1,46 @@
-// BMP files without compression, read and written a few hundred rows at a time, straight into and out of the
-// picture: nothing else is copied, allocated or looked at twice.
+// BMP files, read and written a few hundred rows at a time, straight into and out of the picture: nothing
+// else is copied, allocated or looked at twice.
 //
-// Read are 24- and 32-bit colour and 8-bit palettes with any of the Windows headers. All that is rarer (run
-// lengths, 16 bits and fewer, OS/2 headers, overlapping parts) is no plain BMP, and another codec's. What is
-// read is what that codec would give: 24 bits as Rgb8, the others as Rgba8, alpha from files that tell of an
-// alpha mask only.
+// Read is every kind that OS/2 and Windows know but those that are a JPEG or PNG inside, Huffman codes and
+// runs of 24-bit pixels: 24 bits as Rgb8, all else as Rgba8, with alpha from files that tell of an alpha mask
+// only.
 #pragma once
 
+#include <array>
 #include <cstdint>
-#include <cstdio>
-#include <memory>
 #include <string>
 
+#include "codecs/bmp_header.h"
+#include "codecs/file_source_posix.h"
 #include "codecs/picture_codec.h"
 #include "image/image.h"
 
 namespace skyvault {
 
-class PlainBmp {
+class BmpFile {
   public:
-    /// Opens the file and reads its header.
-    explicit PlainBmp(const std::wstring& path);
+    /// file: must outlive this.
+    explicit BmpFile(const FileSource& file) : file_(file) {}
 
-    /// False when there is no such file or it is no plain BMP; nothing else must be called then.
-    bool IsOpen() const { return file_ != nullptr; }
+    /// Reads header and palette. False for what is no BMP, for a picture larger than the file can hold, and
+    /// for all frames but 0.
+    bool Select(std::uint32_t frame);
 
-    PictureFacts Facts() const;
+    const PictureFacts& Facts() const { return facts_; }
 
-    /// False when the file is shorter than its picture, and without memory. To be called once.
+    /// False when the file is shorter than its picture, for runs that leave it, and without memory.
     bool Read(Image& image);
 
   private:
-    bool ReadHeader();
-    bool ReadPalette(std::uint64_t at, std::uint32_t count);
+    bool ReadPalette();
+    void ConvertRow(const std::byte* from, std::byte* to) const;
+    bool ReadRows(Image& image) const;
+    bool ReadRuns(Image& image) const;
 
-    std::unique_ptr<std::FILE, int (*)(std::FILE*)> file_;
-    std::uint64_t fileSize_ = 0;
-    PictureSize size_;
-    std::uint32_t bits_ = 0;
-    bool alpha_ = false;
-    bool topRowFirst_ = false;
-    std::uint64_t pixelStart_ = 0;
-    std::uint32_t palette_[256] = {};
+    const FileSource& file_;
+    BmpHeader header_;
+    PictureFacts facts_;
+    std::array<std::uint32_t, 256> palette_ = {};  // as pixels are in memory
 };
 
 /// Writes 24 bits per pixel, bottom row first, whatever the format; the picture is first converted to it.

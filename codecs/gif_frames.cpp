@@ -12,6 +12,7 @@ class Walk {
   public:
     explicit Walk(std::span<const std::byte> file) : file_(file) {}
 
+    std::size_t Position() const { return at_; }
     bool AtEnd() const { return at_ >= file_.size(); }
     void Skip(std::size_t n) { at_ = n < file_.size() - at_ ? at_ + n : file_.size(); }
     std::uint32_t Byte() { return AtEnd() ? 0 : std::to_integer<std::uint32_t>(file_[at_++]); }
@@ -44,6 +45,7 @@ std::uint32_t WalkFrames(std::span<const std::byte> file, Visit visit) {
     walk.Skip(kSignatureSize + 4);  // and the canvas size
     const std::uint32_t canvasFlags = walk.Byte();
     walk.Skip(2);
+    const std::size_t canvasColours = walk.Position();
     walk.SkipColourTable(canvasFlags);
 
     std::uint32_t count = 0;
@@ -55,9 +57,12 @@ std::uint32_t WalkFrames(std::span<const std::byte> file, Visit visit) {
             if (walk.Byte() == kGraphicControl) {
                 const std::uint32_t size = walk.Byte();
                 if (size == 0) continue;
-                next.disposal = walk.Byte() >> 2 & 7;
+                const std::uint32_t packed = walk.Byte();
+                next.disposal = packed >> 2 & 7;
                 next.delay = walk.Word();
-                walk.Skip(size > 3 ? size - 3 : 0);
+                const int colour = size > 3 ? static_cast<int>(walk.Byte()) : -1;
+                next.transparent = (packed & 1) != 0 ? colour : -1;
+                walk.Skip(size > 4 ? size - 4 : 0);
             }
             walk.SkipSubBlocks();
         } else if (block == kImage) {
@@ -67,7 +72,12 @@ std::uint32_t WalkFrames(std::span<const std::byte> file, Visit visit) {
             next.height = walk.Word();
             const std::uint32_t flags = walk.Byte();
             if (walk.AtEnd()) break;
+            const bool own = (flags & kHasColourTable) != 0;
+            next.interlaced = (flags & 0x40) != 0;
+            next.coloursAt = own ? walk.Position() : canvasColours;
+            next.colourCount = 2u << ((own ? flags : canvasFlags) & 7);
             walk.SkipColourTable(flags);
+            next.codesAt = walk.Position();
             walk.Skip(1);  // code size
             walk.SkipSubBlocks();
             next.coloured = ((flags | canvasFlags) & kHasColourTable) != 0;

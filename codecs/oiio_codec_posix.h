@@ -12,13 +12,12 @@ namespace skyvault {
 /// The module, loaded by the first call; null when that failed (CodecTrouble tells why).
 const OiioFunctions* Oiio();
 
-/// DecodePicture, InspectPicture and EncodePicture for every kind of file OpenImageIO knows. The module
-/// throws nothing; a lack of memory in the program's own part may be thrown.
+/// DecodePicture and InspectPicture for HEIF and WebP, EncodePicture for HEIF. The module throws
+/// nothing; a lack of memory in the program's own part may be thrown.
 Outcome DecodeWithOiio(const std::wstring& path, std::uint32_t frame, const PictureSize& target,
                        Image& image);
 Outcome InspectWithOiio(const std::wstring& path, PictureFacts& facts);
-bool EncodeWithOiio(const Image& image, const std::wstring& path, PictureContainer container,
-                    PixelFormat format);
+bool EncodeHeifWithOiio(const Image& image, const std::wstring& path, PixelFormat format);
 
 /// The channels of a format as the module takes them.
 OiioChannel OiioChannelOf(PixelFormat format);

@@ -10,7 +10,6 @@
 #include <utility>
 #include <vector>
 
-#include "codecs/gif_frames.h"
 #include "codecs/oiio_codec_posix.h"
 #include "codecs/picture_header.h"
 #include "image/area_scale.h"
@@ -23,27 +22,16 @@ namespace skyvault {
 namespace {
 
 constexpr int kMostFrames = 65536;
-constexpr std::uint64_t kLargestFile = std::uint64_t{1} << 32;
 
 const char* OiioName(PictureKind kind) {
     switch (kind) {
-        case PictureKind::Bmp:
-            return "bmp";
-        case PictureKind::Jpeg:
-            return "jpeg";
-        case PictureKind::Png:
-            return "png";
-        case PictureKind::Gif:
-            return "gif";
         case PictureKind::Heif:
             return "heif";
         case PictureKind::Webp:
             return "webp";
-        case PictureKind::Tiff:  // not through this library
-        case PictureKind::Unknown:
-            break;
+        default:
+            return nullptr;  // not through this library
     }
-    return nullptr;
 }
 
 bool ReadHeader(const std::wstring& path, PictureHeader& header) {
@@ -64,28 +52,19 @@ struct OpenPicture {
     std::unique_ptr<void, void (*)(void*)> input{nullptr, [](void*) {}};
     OiioFacts facts{};
     std::uint32_t frameCount = 1;
-    GifFrame gifFrame;
-
-    JpegStructure jpeg;
 
     /// Looks at the file without a codec: whether its header can be believed, and the size it tells.
     bool Inspect(const std::wstring& path);
     Outcome Open(const std::wstring& path, std::uint32_t frame);
-    bool CountFrames(const std::wstring& path, std::uint32_t frame);
+    bool CountFrames(std::uint32_t frame);
 };
 
 std::uint64_t MemoryOf(const OpenPicture& picture, PixelFormat format);
 
-bool OpenPicture::CountFrames(const std::wstring& path, std::uint32_t frame) {
-    if (header.kind == PictureKind::Gif) {
-        std::vector<std::byte> file;
-        if (!ReadWholeFile(path, file, kLargestFile, FileUse::ReadShared)) return false;
-        frameCount = ReadGifFrames(file, frame, gifFrame);
-    } else {
-        int count = 1;
-        while (count < kMostFrames && oiio->selectFrame(input.get(), count)) ++count;
-        frameCount = static_cast<std::uint32_t>(count);
-    }
+bool OpenPicture::CountFrames(std::uint32_t frame) {
+    int count = 1;
+    while (count < kMostFrames && oiio->selectFrame(input.get(), count)) ++count;
+    frameCount = static_cast<std::uint32_t>(count);
     return frame < frameCount;
 }
 
@@ -97,45 +76,15 @@ std::uint64_t MemoryOf(const OpenPicture& picture, PixelFormat format) {
         width = static_cast<std::uint64_t>(picture.facts.width);
         height = static_cast<std::uint64_t>(picture.facts.height);
     }
-    std::uint64_t perPixel = BytesPerPixel(format);
-    switch (header.kind) {
-        case PictureKind::Gif:   // the canvas, and what was on it before
-        case PictureKind::Heif:  // colours with subsampling, and what becomes of them
-        case PictureKind::Webp:
-            perPixel += 8;
-            break;
-        default:
-            break;
-    }
-    // Scans that hold a part of every block leave coefficients of 16 bits between them.
-    const JpegStructure& jpeg = picture.jpeg;
-    const std::uint64_t coefficients = jpeg.progressive || jpeg.scans > 1 ? jpeg.blocks * 64 * 2 : 0;
-    return width * height * perPixel + header.unpackedBytes + coefficients;
+    // Beside the picture: a GIF's canvas and what was on it before; colours with subsampling, and what
+    // becomes of them.
+    return width * height * (BytesPerPixel(format) + 8);
 }
 
 bool OpenPicture::Inspect(const std::wstring& path) {
     // Opening a pipe would wait for its other end.
     if (!std::filesystem::is_regular_file(ToSystemBytes(path)) || !ReadHeader(path, header)) return false;
     fileSize = FileSizeOf(path);
-    switch (header.kind) {
-        case PictureKind::Jpeg: {
-            std::vector<std::byte> file;
-            if (!ReadWholeFile(path, file, kLargestFile, FileUse::ReadShared)) return false;
-            jpeg = ReadJpegStructure(file);
-            header.width = jpeg.width;
-            header.height = jpeg.height;
-            return IsSoundJpeg(jpeg, fileSize);
-        }
-        case PictureKind::Bmp:
-        case PictureKind::Png:
-            return IsReadableSize(header.width, header.height) && header.leastBytes <= fileSize;
-        case PictureKind::Gif:
-            // Its canvas in bytes is counted in 31 bits.
-            if (std::uint64_t{header.width} * header.height >= (1u << 29)) return false;
-            break;
-        default:
-            break;
-    }
     return PlausibleSize(header.width, header.height, fileSize);
 }
 
@@ -148,7 +97,7 @@ Outcome OpenPicture::Open(const std::wstring& path, std::uint32_t frame) {
     if (!oiio) return Failure(Reason::CannotOpen, path);
     const std::string name = ToSystemBytes(path);
     input = {oiio->openInput(name.c_str(), OiioName(header.kind)), oiio->closeInput};
-    const bool open = input && CountFrames(path, frame) &&
+    const bool open = input && CountFrames(frame) &&
                       oiio->selectFrame(input.get(), static_cast<int>(frame)) &&
                       oiio->describe(input.get(), &facts) && facts.width >= 1 && facts.height >= 1 &&
                       facts.depth <= 1 && facts.channels >= 1;
@@ -174,27 +123,17 @@ std::size_t BytesOf(OiioChannel channel) {
     return channel == OiioChannel::Byte ? 1 : 2;
 }
 
-/// True for files whose pixels none of the nine formats stores.
-bool IsIndirect(const OpenPicture& picture) {
-    return picture.header.indirect || picture.facts.colourSpaceTold;  // the latter is told for CMYK only
-}
-
 Plan MakePlan(const OpenPicture& picture) {
     using enum PixelFormat;
     const OiioFacts& facts = picture.facts;
     Plan plan{};
     plan.channels = std::min(facts.channels, 4);
-    // The GIF reader puts the alpha channel one too far.
-    plan.alpha = (facts.alphaChannel == plan.channels - 1 && plan.channels % 2 == 0) ||
-                 (picture.header.kind == PictureKind::Gif && plan.channels == 4);
-    if (picture.header.alphaUnused) plan.alpha = false;
+    plan.alpha = facts.alphaChannel == plan.channels - 1 && plan.channels % 2 == 0;
     if (!plan.alpha) plan.channels = plan.channels >= 3 ? 3 : 1;
-    const bool mayBeMultiplied =
-        picture.header.kind == PictureKind::Webp || picture.header.kind == PictureKind::Heif;
-    plan.multiplied = plan.alpha && mayBeMultiplied && !facts.alphaUnassociated;
+    plan.multiplied = plan.alpha && !facts.alphaUnassociated;
 
     const bool grey = plan.channels == 1;
-    if (!IsIndirect(picture) && !plan.multiplied && !picture.header.alphaUnused) {
+    if (!plan.multiplied) {
         switch (facts.stored) {
             case OiioChannel::Byte:
                 plan.format = plan.alpha ? Rgba8 : grey ? Grey8 : Rgb8;
@@ -305,34 +244,13 @@ Outcome DecodeWithOiio(const std::wstring& path, std::uint32_t frame, const Pict
         return Failure(Reason::CannotOpen, path);
     }
     decoded.frameCount = picture.frameCount;
-    if (picture.frameCount > 1) {
-        constexpr std::uint32_t kMissingDelay = 10;
-        const GifFrame& gif = picture.gifFrame;
-        decoded.frameDelay = 10 * (gif.delay != 0 ? gif.delay : kMissingDelay);
-        decoded.frameDisposal = gif.disposal;
-        decoded.frameLeft = gif.left;
-        decoded.frameTop = gif.top;
-        decoded.frameWidth = gif.width;
-        decoded.frameHeight = gif.height;
-    }
+    if (picture.frameCount > 1) decoded.frameDelay = 100;  // as of animations that tell none
     image = std::move(decoded);
     return {};
 }
 
 Outcome InspectWithOiio(const std::wstring& path, PictureFacts& facts) {
     OpenPicture picture;
-    if (!picture.Inspect(path)) return Failure(Reason::CannotOpen, path);
-    if (picture.header.kind == PictureKind::Jpeg) {
-        // Opened, a progressive file would be unpacked.
-        const JpegStructure& jpeg = picture.jpeg;
-        facts.size = {jpeg.width, jpeg.height};
-        facts.format = jpeg.components == 1   ? PixelFormat::Grey8
-                       : jpeg.components == 3 ? PixelFormat::Rgb8
-                                              : PixelFormat::Rgba8;
-        facts.frameCount = 1;
-        facts.memory = MemoryOf(picture, facts.format);
-        return {};
-    }
     Outcome done = picture.Open(path, 0);
     if (done.IsDone()) facts = FactsOf(picture, MakePlan(picture));
     return done;

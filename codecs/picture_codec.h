@@ -1,5 +1,5 @@
-// The platform's picture codecs behind one interface: WIC on Windows; elsewhere OpenImageIO, and the
-// program itself for plain BMP files.
+// The platform's picture codecs behind one interface: WIC on Windows; elsewhere the program itself, the
+// reference libraries of the common kinds, and OpenImageIO for the rest.
 #pragma once
 
 #include <cstdint>
@@ -36,10 +36,13 @@ Outcome DecodePicture(const std::wstring& path, std::uint32_t frame, std::uint32
 Outcome InspectPicture(const std::wstring& path, PictureFacts& facts);
 
 /// Encodes the picture in (or as near as the container allows to) the format, straight to `path`, whose
-/// extension need not match. False on any failure; a broken file may then be left, which the caller
-/// removes.
+/// extension need not match. quality: of a JPEG, 1 to 100; 0: the encoder's default. False on any failure; a
+/// broken file may then be left, which the caller removes.
 bool EncodePicture(const Image& image, const std::wstring& path, PictureContainer container,
-                   PixelFormat format);
+                   PixelFormat format, int quality = 0);
+
+/// Whether the encoder of this machine writes JPEG files of another quality when asked for one.
+bool CanChooseQuality();
 
 /// Upper-case extensions the codecs of this machine can read ("PNG", "JPG" …); empty when there is no
 /// codec system at all.

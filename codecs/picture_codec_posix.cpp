@@ -1,13 +1,23 @@
-// Which codec a picture goes to: plain BMP files are read and written by the program, TIFF files are read
-// through libtiff, all else goes through OpenImageIO.
+// Which codec a picture goes to: BMP and GIF files are read and written by the program, JPEG, PNG, TIFF and
+// still WebP files through the libraries of their own; all else (HEIF, animated WebP) goes through
+// OpenImageIO.
 
+#include <array>
 #include <string_view>
 #include <utility>
 
 #include "codecs/bmp_file_posix.h"
+#include "codecs/file_source_posix.h"
+#include "codecs/gif_file_posix.h"
+#include "codecs/gif_writer.h"
+#include "codecs/jpeg_file_posix.h"
 #include "codecs/oiio_codec_posix.h"
 #include "codecs/picture_codec.h"
+#include "codecs/picture_header.h"
+#include "codecs/png_file_posix.h"
 #include "codecs/tiff_file_posix.h"
+#include "codecs/tiff_write_posix.h"
+#include "codecs/webp_file_posix.h"
 #include "image/area_scale.h"
 #include "platform/memory_budget.h"
 
@@ -25,62 +35,113 @@ bool Lists(std::string_view list, std::string_view word) {
     }
 }
 
+/// Calls function with the program's own reader of the file; false when it has none.
+template <typename Function>
+bool WithReader(const std::wstring& path, Function function, Outcome& done) {
+    const FileSource source(path);
+    std::array<std::byte, kPictureHeaderSize> start;
+    const std::size_t count = source.ReadSome(0, start.data(), start.size());
+    const auto run = [&](auto&& file) {
+        done = function(file);
+        return true;
+    };
+    switch (ReadPictureHeader({start.data(), count}).kind) {
+        case PictureKind::Bmp:
+            return run(BmpFile(source));
+        case PictureKind::Jpeg:
+            return run(JpegFile(source));
+        case PictureKind::Png:
+            return run(PngFile(source));
+        case PictureKind::Gif:
+            return run(GifFile(source));
+        case PictureKind::Webp: {
+            WebpFile file(source);
+            return !file.IsAnimated() && run(file);
+        }
+        case PictureKind::Tiff:
+            return run(TiffFile(path));
+        default:
+            return false;
+    }
+}
+
+bool WriteGifPicture(const Image& image, const std::wstring& path, PixelFormat format) {
+    constexpr std::uint32_t kLongestEdge = 65535;
+    IndexedPicture indexed;
+    return image.width <= kLongestEdge && image.height <= kLongestEdge &&
+           MakeIndexed(image, format, indexed) && WriteGif(path, indexed, image.width, image.height);
+}
+
+template <typename File>
+Outcome DecodeFrame(File& file, const std::wstring& path, std::uint32_t frame, const PictureSize& target,
+                    Image& image) {
+    Outcome failed = Failure(Reason::CannotOpen, path);
+    if (!file.Select(frame)) return failed;
+    Outcome within = WithinMemoryBudget(path, file.Facts().memory);
+    if (!within.IsDone()) return within;
+    Image decoded;
+    if (!file.Read(decoded) || !ScaleInto(target, decoded)) return failed;
+    image = std::move(decoded);
+    return {};
+}
+
 }  // namespace
 
 Outcome DecodePicture(const std::wstring& path, std::uint32_t frame, std::uint32_t targetWidth,
                       std::uint32_t targetHeight, Image& image) {
     const PictureSize target{targetWidth, targetHeight};
-    Outcome failed = Failure(Reason::CannotOpen, path);
+    const auto decode = [&](auto& file) { return DecodeFrame(file, path, frame, target, image); };
     try {
-        Image decoded;
-        PlainBmp bmp(path);
-        if (bmp.IsOpen()) {
-            if (frame != 0) return failed;
-            Outcome within = WithinMemoryBudget(path, bmp.Facts().memory);
-            if (!within.IsDone()) return within;
-            if (!bmp.Read(decoded)) return failed;
-        } else {
-            TiffFile tiff(path);
-            if (!tiff.IsTiff()) return DecodeWithOiio(path, frame, target, image);
-            if (!tiff.Select(frame)) return failed;
-            Outcome within = WithinMemoryBudget(path, tiff.Facts().memory);
-            if (!within.IsDone()) return within;
-            if (!tiff.Read(decoded)) return failed;
-        }
-        if (!ScaleInto(target, decoded)) return failed;
-        image = std::move(decoded);
-        return {};
+        Outcome done;
+        if (!WithReader(path, decode, done)) done = DecodeWithOiio(path, frame, target, image);
+        return done;
     } catch (...) {
-        return failed;
+        return Failure(Reason::CannotOpen, path);
     }
 }
 
 Outcome InspectPicture(const std::wstring& path, PictureFacts& facts) {
+    const auto inspect = [&](auto& file) {
+        if (!file.Select(0)) return Failure(Reason::CannotOpen, path);
+        facts = file.Facts();
+        return Outcome{};
+    };
     try {
-        const PlainBmp bmp(path);
-        if (bmp.IsOpen()) {
-            facts = bmp.Facts();
-            return {};
-        }
-        TiffFile tiff(path);
-        if (!tiff.IsTiff()) return InspectWithOiio(path, facts);
-        if (!tiff.Select(0)) return Failure(Reason::CannotOpen, path);
-        facts = tiff.Facts();
-        return {};
+        Outcome done;
+        if (!WithReader(path, inspect, done)) done = InspectWithOiio(path, facts);
+        return done;
     } catch (...) {
         return Failure(Reason::CannotOpen, path);
     }
 }
 
 bool EncodePicture(const Image& image, const std::wstring& path, PictureContainer container,
-                   PixelFormat format) {
+                   PixelFormat format, int quality) {
     if (BytesPerPixel(format) == 0) format = PixelFormat::Grey8;
     try {
-        return container == PictureContainer::Bmp ? WriteBmp(image, path, format)
-                                                  : EncodeWithOiio(image, path, container, format);
+        switch (container) {
+            case PictureContainer::Bmp:
+                return WriteBmp(image, path, format);
+            case PictureContainer::Jpeg:
+                return WriteJpeg(image, path, format, quality);
+            case PictureContainer::Png:
+                return WritePng(image, path, format);
+            case PictureContainer::Tiff:
+                return WriteTiff(image, path, format);
+            case PictureContainer::Gif:
+                return WriteGifPicture(image, path, format);
+            case PictureContainer::Heif:
+                return EncodeHeifWithOiio(image, path, format);
+            case PictureContainer::None:
+                break;
+        }
     } catch (...) {
-        return false;
     }
+    return false;
+}
+
+bool CanChooseQuality() {
+    return true;
 }
 
 std::vector<std::wstring> ReadableExtensions() {
@@ -89,13 +150,12 @@ std::vector<std::wstring> ReadableExtensions() {
         std::vector<std::wstring> extensions;
     };
     static const Row kRows[] = {
-        {"gif", {L"GIF"}},   {"jpeg", {L"JPG", L"JPEG", L"JPE", L"JFIF"}},
-        {"png", {L"PNG"}},   {"heif", {L"HEIC", L"HEIF", L"AVIF"}},
-        {"webp", {L"WEBP"}},
+        {"heif", {L"HEIC", L"HEIF", L"AVIF"}},
     };
     const OiioFunctions* const oiio = Oiio();
     const std::string_view installed = oiio ? oiio->readableKinds() : "";
-    std::vector<std::wstring> extensions = {L"BMP", L"DIB", L"TIF", L"TIFF"};  // read without it
+    std::vector<std::wstring> extensions = {L"BMP", L"DIB", L"JPG",  L"JPEG", L"JPE", L"JFIF",
+                                            L"PNG", L"TIF", L"TIFF", L"GIF",  L"WEBP"};  // read without it
     for (const Row& row : kRows) {
         if (!Lists(installed, row.kind)) continue;
         extensions.insert(extensions.end(), row.extensions.begin(), row.extensions.end());

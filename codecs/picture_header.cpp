@@ -7,6 +7,7 @@
 #include <limits>
 #include <string_view>
 
+#include "codecs/bmp_header.h"
 #include "codecs/bytes.h"
 
 namespace skyvault {
@@ -31,42 +32,15 @@ class Start {
 
 using namespace std::string_view_literals;
 
-void ReadBmp(const Start& file, PictureHeader& header) {
-    constexpr std::uint32_t kOldHeader = 12;  // 16-bit sizes, no compression
-    constexpr std::uint32_t kPlainHeader = 40;
-    constexpr std::uint32_t kHeaderWithAlphaMask = 56;  // and everything longer
-    enum Compression : std::uint32_t { None = 0, Rle8 = 1, Rle4 = 2, BitFields = 3 };
-
-    const std::uint32_t headerSize = Little32(file.At(14));
-    const bool old = headerSize == kOldHeader;
-    if (!old && headerSize < kPlainHeader) return;
-    const std::uint32_t bits = Little16(file.At(old ? 24 : 28));
-    const std::uint32_t compression = old ? std::uint32_t{None} : Little32(file.At(30));
-    const std::uint32_t colours = old ? 0 : Little32(file.At(46));
-    header.width = old ? Little16(file.At(18)) : Little32(file.At(18));
-    header.height = old ? Little16(file.At(20)) : Little32(file.At(22));
-    if (!old && header.height > 0x80000000u) header.height = 0u - header.height;  // stored top row first
-
-    const bool packed = compression == Rle8 || compression == Rle4;
-    const bool bitsKnown = bits == 1 || bits == 4 || bits == 8 || bits == 16 || bits == 24 || bits == 32;
-    header.sound = bitsKnown && compression <= BitFields && (compression != Rle8 || bits == 8) &&
-                   (compression != Rle4 || bits == 4) &&
-                   (!packed || header.height == Little32(file.At(22))) && (bits > 8 || colours <= 1u << bits);
-    if (compression == BitFields && bits == 32) {
-        header.sound &= Little32(file.At(54)) == 0xff0000 && Little32(file.At(58)) == 0xff00 &&
-                        Little32(file.At(62)) == 0xff;
-    }
-    const std::uint64_t width = header.width;
-    // A run of at most 255 pixels takes two bytes, and none goes on in the next row.
-    const std::uint64_t rowBytes = packed ? (width + 254) / 255 * 2 : width * bits / 8;
-    header.leastBytes = rowBytes * header.height;
-    header.unpackedBytes = packed ? width * header.height : 0;
-    header.indirect = bits <= 16;
-    header.alphaUnused = bits == 32 && (headerSize < kHeaderWithAlphaMask || Little32(file.At(66)) == 0);
+void ReadBmp(std::span<const std::byte> start, PictureHeader& header) {
+    BmpHeader bmp;
+    header.sound = ReadBmpHeader(start, bmp);
+    header.width = bmp.width;
+    header.height = bmp.height;
+    header.leastBytes = bmp.leastBytes;
 }
 
 void ReadPng(const Start& file, PictureHeader& header) {
-    constexpr std::byte kPalette{3};
     header.width = Big32(file.At(16));
     header.height = Big32(file.At(20));
     header.sound = file.Has(12, "IHDR"sv);
@@ -78,15 +52,12 @@ void ReadPng(const Start& file, PictureHeader& header) {
     // Each row begins with its filter's number. What is deflated takes at least two bits for 258 bytes.
     const std::uint64_t rows = (1 + (header.width * bits + 7) / 8) * header.height;
     header.leastBytes = rows / 1032;
-    if (*file.At(28) != std::byte{0}) header.unpackedBytes = rows;  // interlaced
-    header.indirect = *file.At(24) < std::byte{8} || *file.At(25) == kPalette;
 }
 
 void ReadGif(const Start& file, PictureHeader& header) {
     header.width = Little16(file.At(6));
     header.height = Little16(file.At(8));
     header.sound = true;
-    header.indirect = true;
 }
 
 void ReadWebp(const Start& file, PictureHeader& header) {
@@ -186,7 +157,7 @@ PictureHeader ReadPictureHeader(std::span<const std::byte> start) {
     PictureHeader header;
     if (file.Has(0, "BM"sv)) {
         header.kind = PictureKind::Bmp;
-        ReadBmp(file, header);
+        ReadBmp(start, header);
     } else if (file.Has(0, "\x89PNG\r\n\x1a\n"sv)) {
         header.kind = PictureKind::Png;
         ReadPng(file, header);
@@ -244,7 +215,11 @@ JpegStructure ReadJpegStructure(std::span<const std::byte> file) {
         if (at + 1 >= file.size()) return jpeg;
         // The length counts its own two bytes.
         const std::size_t length = Big16(&file[at]);
-        if (code == kStartOfScan) ++jpeg.scans;
+        jpeg.endsInScan = code == kStartOfScan && at + length < file.size();
+        if (code == kStartOfScan) {
+            ++jpeg.scans;
+            if (at + 2 < file.size()) jpeg.scanned += std::to_integer<std::uint64_t>(file[at + 2]);
+        }
         if (IsFrame(code) && jpeg.components == 0) {
             ReadJpegFrame(code, file.subspan(at, std::min(length, file.size() - at)), jpeg);
         }
@@ -260,7 +235,9 @@ bool IsSoundJpeg(const JpegStructure& jpeg, std::uint64_t fileSize) {
     // there is nothing else. Progressive files tell of the latter for thousands of blocks at once, and need
     // not tell it at all.
     const std::uint64_t leastBits = jpeg.blocks * (jpeg.progressive ? 1 : 2);
-    return jpeg.whole && jpeg.scans <= kMostScans && IsReadableSize(jpeg.width, jpeg.height) &&
+    // Of fractions of bits nobody can tell where they end.
+    const bool whole = jpeg.whole || (jpeg.endsInScan && !jpeg.arithmetic && jpeg.scanned >= jpeg.components);
+    return whole && jpeg.scans <= kMostScans && IsReadableSize(jpeg.width, jpeg.height) &&
            (jpeg.arithmetic ? PlausibleSize(jpeg.width, jpeg.height, fileSize) : leastBits / 8 <= fileSize);
 }
 

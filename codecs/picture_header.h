@@ -14,10 +14,7 @@ struct PictureHeader {
     PictureKind kind = PictureKind::Unknown;
     bool sound = false;                   ///< nothing in the header contradicts itself
     std::uint32_t width = 0, height = 0;  ///< 0 for the kinds that tell it further on: JPEG, TIFF, HEIF
-    bool indirect = false;     ///< a palette, or fewer than 8 bits a channel: pixels no format of ours holds
-    bool alphaUnused = false;  ///< four channels whose fourth has no meaning
-    std::uint64_t leastBytes = 0;     ///< no whole file of this picture is smaller (BMP, PNG; else 0)
-    std::uint64_t unpackedBytes = 0;  ///< what a decoder must hold beside the rows it hands out (BMP, PNG)
+    std::uint64_t leastBytes = 0;         ///< no whole file of this picture is smaller (BMP, PNG; else 0)
 };
 
 /// As many bytes of the file as ReadPictureHeader looks at.
@@ -35,11 +32,13 @@ bool PlausibleSize(std::uint64_t width, std::uint64_t height, std::uint64_t file
 
 /// What the markers of a JPEG file tell.
 struct JpegStructure {
-    bool whole = false;  ///< they lead to "end of image"; decoders fill what is cut with grey
+    bool whole = false;       ///< they lead to "end of image"; decoders fill what is cut with grey
+    bool endsInScan = false;  ///< the file ends within or right behind the data of a scan
     std::uint32_t width = 0, height = 0;  ///< 0: no frame that is read here, or one that contradicts itself
     std::uint32_t components = 0;         ///< 1, 3 or 4
     std::uint64_t blocks = 0;             ///< of 8 × 8 values, in all components
     std::uint32_t scans = 0;
+    std::uint64_t scanned = 0;  ///< components of all scans together
     bool progressive = false;
     bool arithmetic = false;  ///< coded in fractions of bits
 };
@@ -47,7 +46,9 @@ struct JpegStructure {
 /// Walks the file's markers; what follows "end of image" is not looked at.
 JpegStructure ReadJpegStructure(std::span<const std::byte> file);
 
-/// Whether a decoder may have the file: whole, of few enough scans, and large enough for its blocks.
+/// Whether a decoder may have the file: of few enough scans, large enough for its blocks, and whole but
+/// perhaps for its end marker. Without that marker only a decoder can tell whether the last scan is all
+/// there.
 bool IsSoundJpeg(const JpegStructure& jpeg, std::uint64_t fileSize);
 
 }  // namespace skyvault

@@ -34,14 +34,14 @@ ComPtr<IWICBitmap> MakeBitmap(IWICImagingFactory& factory, const Image& image, c
 }
 
 WicOutcome WriteWholeBitmap(IWICImagingFactory& factory, const Image& image, const std::wstring& path,
-                            PictureContainer container, PixelFormat format) {
+                            PictureContainer container, PixelFormat format, int quality) {
     const WrittenRows rows(image, format, format);
     if (!rows.Ready()) return WicOutcome::Failed;
     const ComPtr<IWICBitmap> bitmap = MakeBitmap(factory, image, rows, format);
     if (!bitmap) return WicOutcome::CannotDo;
     WicOutput file;
     if (!file.Begin(factory, container, CreateWicFileStream(factory, path)) ||
-        !file.BeginFrame(image.width, image.height)) {
+        !file.BeginFrame(image.width, image.height, quality)) {
         return WicOutcome::Failed;
     }
     WICPixelFormatGUID answer = WicFormatOf(format);
@@ -96,10 +96,10 @@ const WicFormat* SettleFormat(IWICBitmapFrameEncode& frame, const Wishes& wishes
 }
 
 WicOutcome WriteOwnRows(IWICImagingFactory& factory, const Image& image, const std::wstring& path,
-                        PictureContainer container, PixelFormat format) {
+                        PictureContainer container, PixelFormat format, int quality) {
     WicOutput file;
     if (!file.Begin(factory, container, CreateWicFileStream(factory, path)) ||
-        !file.BeginFrame(image.width, image.height)) {
+        !file.BeginFrame(image.width, image.height, quality)) {
         return WicOutcome::Failed;
     }
     const WicFormat* target = SettleFormat(*file.frame.Get(), WishesFor(container, format));
@@ -155,14 +155,14 @@ WicRoute FirstWicRoute(PictureContainer container, PixelFormat format) {
 }
 
 WicOutcome WriteOnRoute(WicRoute route, const Image& image, const std::wstring& path,
-                        PictureContainer container, PixelFormat format) {
+                        PictureContainer container, PixelFormat format, int quality) {
     const ComPtr<IWICImagingFactory> factory = CreateWicFactory();
     if (!factory || !image.IsValid() || !WicContainerOf(container)) return WicOutcome::Failed;
     switch (route) {
         case WicRoute::WholeBitmap:
-            return WriteWholeBitmap(*factory.Get(), image, path, container, format);
+            return WriteWholeBitmap(*factory.Get(), image, path, container, format, quality);
         case WicRoute::OwnRows:
-            return WriteOwnRows(*factory.Get(), image, path, container, format);
+            return WriteOwnRows(*factory.Get(), image, path, container, format, quality);
         case WicRoute::Palette:
         case WicRoute::OwnFile:
             return WriteGifFile(route, *factory.Get(), image, path, format);
@@ -171,14 +171,19 @@ WicOutcome WriteOnRoute(WicRoute route, const Image& image, const std::wstring& 
 }
 
 bool EncodePicture(const Image& image, const std::wstring& path, PictureContainer container,
-                   PixelFormat format) {
+                   PixelFormat format, int quality) {
     if (BytesPerPixel(format) == 0) format = PixelFormat::Grey8;
+    if (container != PictureContainer::Jpeg) quality = 0;
     const WicRoute route = FirstWicRoute(container, format);
-    WicOutcome outcome = WriteOnRoute(route, image, path, container, format);
+    WicOutcome outcome = WriteOnRoute(route, image, path, container, format, quality);
     if (outcome == WicOutcome::CannotDo) {
-        outcome = WriteOnRoute(WicRoute::OwnRows, image, path, container, format);
+        outcome = WriteOnRoute(WicRoute::OwnRows, image, path, container, format, quality);
     }
     return outcome == WicOutcome::Written;
+}
+
+bool CanChooseQuality() {
+    return JpegEncoderKnowsQuality();
 }
 
 }  // namespace skyvault

@@ -26,8 +26,8 @@ enum class WicOutcome {
     CannotDo,  ///< no bitmap or conversion for this format: OwnRows may still do it
 };
 
-/// Writes the file on that one route. format: one of the nine.
+/// Writes the file on that one route. format: one of the nine. quality: as EncodePicture.
 WicOutcome WriteOnRoute(WicRoute route, const Image& image, const std::wstring& path,
-                        PictureContainer container, PixelFormat format);
+                        PictureContainer container, PixelFormat format, int quality = 0);
 
 }  // namespace skyvault

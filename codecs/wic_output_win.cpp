@@ -13,10 +13,38 @@ bool WicOutput::Begin(IWICImagingFactory& factory, PictureContainer container, C
            SUCCEEDED(encoder->Initialize(stream.Get(), WICBitmapEncoderNoCache));
 }
 
-bool WicOutput::BeginFrame(std::uint32_t width, std::uint32_t height) {
-    // No option bag is asked for. Some encoders fail here without a word and leave the pointer null.
-    return SUCCEEDED(encoder->CreateNewFrame(frame.Put(), nullptr)) && frame &&
-           SUCCEEDED(frame->Initialize(nullptr)) && SUCCEEDED(frame->SetSize(width, height));
+namespace {
+
+/// All chroma above 90, as elsewhere.
+void SetQuality(IPropertyBag2& bag, int quality) {
+    constexpr int kBestWithoutAllChroma = 90;
+    const auto set = [&](const wchar_t* name, const VARIANT& value) {
+        std::wstring text = name;
+        PROPBAG2 option{};
+        option.pstrName = text.data();
+        VARIANT copy = value;
+        bag.Write(1, &option, &copy);
+    };
+    VARIANT value;
+    VariantInit(&value);
+    value.vt = VT_R4;
+    value.fltVal = static_cast<float>(quality) / 100.0f;
+    set(L"ImageQuality", value);
+    if (quality <= kBestWithoutAllChroma) return;
+    value.vt = VT_UI1;
+    value.bVal = WICJpegYCrCbSubsampling444;
+    set(L"JpegYCrCbSubsampling", value);
+}
+
+}  // namespace
+
+bool WicOutput::BeginFrame(std::uint32_t width, std::uint32_t height, int quality) {
+    ComPtr<IPropertyBag2> bag;
+    // Some encoders fail here without a word and leave the pointer null.
+    if (FAILED(encoder->CreateNewFrame(frame.Put(), quality != 0 ? bag.Put() : nullptr)) || !frame)
+        return false;
+    if (bag) SetQuality(*bag.Get(), quality);
+    return SUCCEEDED(frame->Initialize(bag.Get())) && SUCCEEDED(frame->SetSize(width, height));
 }
 
 bool WicOutput::Finish() {
@@ -108,6 +136,29 @@ bool TryGifTransparency() {
            FAILED(frame->CopyPalette(palette.Get())) || FAILED(palette->HasAlpha(&hasAlpha)) || !hasAlpha;
 }
 
+/// Bytes of a noisy JPEG of 64 × 64 pixels; 0 when it could not be written.
+std::uint64_t JpegBytes(IWICImagingFactory& factory, int quality) {
+    constexpr UINT kEdge = 64, kRow = 3 * kEdge;
+    BYTE pixels[kRow * kEdge];
+    std::uint32_t noise = 1;
+    for (BYTE& value : pixels) value = static_cast<BYTE>((noise = noise * 1664525 + 1013904223) >> 24);
+    const ComPtr<IStream> memory = NewMemory();
+    WICPixelFormatGUID format = GUID_WICPixelFormat24bppBGR;
+    STATSTG facts{};
+    WicOutput file;
+    return file.Begin(factory, PictureContainer::Jpeg, memory) && file.BeginFrame(kEdge, kEdge, quality) &&
+                   SUCCEEDED(file.frame->SetPixelFormat(&format)) &&
+                   SUCCEEDED(file.frame->WritePixels(kEdge, kRow, sizeof pixels, pixels)) && file.Finish() &&
+                   SUCCEEDED(memory->Stat(&facts, STATFLAG_NONAME))
+               ? facts.cbSize.QuadPart
+               : 0;
+}
+
+bool TryJpegQuality() {
+    const ComPtr<IWICImagingFactory> factory = CreateWicFactory();
+    return factory && JpegBytes(*factory.Get(), 10) != JpegBytes(*factory.Get(), 90);
+}
+
 }  // namespace
 
 bool PngEncoderSwapsBytes() {
@@ -118,6 +169,11 @@ bool PngEncoderSwapsBytes() {
 bool GifEncoderLosesTransparency() {
     static const bool loses = TryGifTransparency();
     return loses;
+}
+
+bool JpegEncoderKnowsQuality() {
+    static const bool knows = TryJpegQuality();
+    return knows;
 }
 
 }  // namespace skyvault

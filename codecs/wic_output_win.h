@@ -19,8 +19,9 @@ struct WicOutput {
     /// container: not None. target: null fails.
     bool Begin(IWICImagingFactory& factory, PictureContainer container, ComPtr<IStream> target);
 
-    /// Up to the frame's size, with the encoder's default options; the pixel format is next.
-    bool BeginFrame(std::uint32_t width, std::uint32_t height);
+    /// Up to the frame's size; the pixel format is next. quality: of a JPEG, 1 to 100; 0: the encoder's
+    /// default. An encoder that does not know the option does without.
+    bool BeginFrame(std::uint32_t width, std::uint32_t height, int quality = 0);
 
     bool Finish();
 };
@@ -37,5 +38,8 @@ bool PngEncoderSwapsBytes();
 
 /// True when the GIF encoder makes the palette's transparent colour opaque. Tried out once, in memory.
 bool GifEncoderLosesTransparency();
+
+/// False when the JPEG encoder writes the same whatever the quality. Tried out once, in memory.
+bool JpegEncoderKnowsQuality();
 
 }  // namespace skyvault

@@ -1,13 +1,14 @@
-// BMP files as the program reads them: its own reader for the plain ones, the library for the rest.
+// BMP files as the program reads them.
 
 #include <cstddef>
 #include <cstdint>
 
-#include "fuzz/picture_file_posix.h"
+#include "codecs/bmp_file_posix.h"
+#include "fuzz/picture_reader_posix.h"
 
 using namespace skyvault;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    ReadAsPictureFile({reinterpret_cast<const std::byte*>(data), size});
+    ReadWith<BmpFile>({reinterpret_cast<const std::byte*>(data), size});
     return 0;
 }

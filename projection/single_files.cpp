@@ -61,19 +61,23 @@ bool NamesFace(std::wstring_view name, int namingSystem, CubeFace face) {
 }
 
 Outcome ImportSingleFiles(const ImportRequest& request, Feedback& feedback, Panorama& panorama) {
-    Outcome outcome = Failure(Reason::CannotOpen);
+    bool any = false;
     std::wstring losses;
     for (std::size_t f = 0; f < panorama.faces.size() && f < request.paths.size(); ++f) {
         Image& face = panorama.faces[f];
         if (request.paths[f].empty()) continue;
-        const Outcome loaded = LoadPicture(request.paths[f], face);
-        if (!loaded.IsDone()) continue;
-        losses += loaded.infoLog;
-        panorama.faceSize = face.width;
-        outcome = {};
+        Outcome loaded = LoadPicture(request.paths[f], face);
+        if (loaded.IsDone()) {
+            losses += loaded.infoLog;
+            panorama.faceSize = face.width;
+            any = true;
+        } else {
+            panorama.faceFailures.push_back(std::move(loaded));
+        }
     }
     if (!losses.empty()) feedback.Information(losses);
-    return outcome;
+    if (any) return {};
+    return panorama.faceFailures.empty() ? Failure(Reason::CannotOpen) : panorama.faceFailures.front();
 }
 
 Outcome ExportSingleFiles(const Panorama& panorama, const ExportRequest& request, Feedback& feedback,
@@ -91,8 +95,9 @@ Outcome ExportSingleFiles(const Panorama& panorama, const ExportRequest& request
         outcome = BuildFace(panorama, face, which, static_cast<std::uint32_t>(size), format,
                             EmptyColour(request.settings));
         if (!outcome.IsDone()) break;
-        outcome = SavePicture(face, SingleFilePath(request.path, system, which),
-                              {.bleed = true, .metadata = &panorama.metadata});
+        outcome = SavePicture(
+            face, SingleFilePath(request.path, system, which),
+            {.bleed = true, .quality = request.settings.jpegQuality, .metadata = &panorama.metadata});
         infoLog += outcome.infoLog;
     }
     if (outcome.IsDone()) outcome.infoLog = std::move(infoLog);

@@ -32,7 +32,7 @@ Outcome SaveFaces(const Panorama& panorama, const ExportRequest& request, std::u
         Image face;
         Outcome saved = BuildFace(panorama, face, static_cast<CubeFace>(f), faceEdge, format,
                                   EmptyColour(request.settings));
-        if (saved.IsDone()) saved = SavePicture(face, paths[f]);
+        if (saved.IsDone()) saved = SavePicture(face, paths[f], {.quality = request.settings.jpegQuality});
         // The temporary picture's name would tell the user nothing.
         saved.file.clear();
         outcome = FirstFailure(std::move(outcome), std::move(saved));

@@ -80,9 +80,11 @@ Outcome ExportPanorama(const LayoutRow& layout, const std::wstring& path, const 
     }
     Outcome rendered = layout.render(panorama, request, feedback, panorama.resultPicture);
     if (!rendered.IsDone()) return About(path, std::move(rendered));
-    return About(path,
-                 SavePicture(panorama.resultPicture, path,
-                             {.bleed = true, .metadata = &panorama.metadata, .sphere = request.sphere}));
+    return About(path, SavePicture(panorama.resultPicture, path,
+                                   {.bleed = true,
+                                    .quality = settings.jpegQuality,
+                                    .metadata = &panorama.metadata,
+                                    .sphere = request.sphere}));
 }
 
 Outcome RenderView(const LayoutRow& layout, const ClientSize& client, const Camera& camera,

@@ -28,7 +28,8 @@ struct ExportSettings {
     bool transparency = false;          ///< export the alpha channel
     bool antialiasing = true;
     bool compressDds = true;
-    std::wstring logo;  ///< path of the logo picture
+    std::int32_t jpegQuality = 0;  ///< 1 to 100; 0: the encoder's default; not saved
+    std::wstring logo;             ///< path of the logo picture
     Color8 backgroundColour = kOpaqueWhite;
 };
 

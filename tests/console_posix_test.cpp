@@ -110,24 +110,63 @@ TEST(ConsoleOnLinux, APictureThatBringsALibraryDownEndsOnlyItself) {
     EXPECT_EQ(FindFiles(folder / L"out").size(), 2u);
 }
 
+TEST(ConsoleOnLinux, AskedForQualityReachesEveryJpeg) {
+    const TemporaryFolder folder;
+    const std::wstring source = SaveRandom(folder / L"in.bmp", 128);
+    const std::pair<const wchar_t*, const wchar_t*> rows[] = {{L"equirectangular", L"a.jpg"},
+                                                              {L"single-files", L"a_top.jpg"},
+                                                              {L"qtvr", L"a.mov"},
+                                                              {L"html", L"a.jpg"}};
+    for (const auto& [layout, written] : rows) {
+        const std::wstring output = folder / (std::wstring(layout) == L"qtvr" ? L"a.mov" : L"a.jpg");
+        std::uint64_t smaller = 0;
+        for (const wchar_t* quality : {L"20", L"80", L"95"}) {
+            const ProgramResult result =
+                ChildProcess(ConsoleProgramPath(), {L"convert", L"--quiet", L"--quality", quality, L"--from",
+                                                    L"equirectangular", L"--to", layout, source, output})
+                    .Wait();
+            ASSERT_EQ(result.exitStatus, 0) << result.err;
+            const std::uint64_t size = FileSizeOf(folder / written);
+            EXPECT_GT(size, smaller) << ToUtf8(layout) << " " << ToUtf8(quality);
+            smaller = size;
+        }
+    }
+}
+
+TEST(ConsoleOnLinux, TwelveProcessesReadOnePicture) {
+    const TemporaryFolder folder;
+    const std::wstring source = SaveRandom(folder / L"in.jpg", 256);
+    std::vector<std::unique_ptr<ChildProcess>> readers;
+    for (int i = 0; i < 12; ++i) {
+        const std::wstring output = folder / (L"out" + std::to_wstring(i) + L".bmp");
+        const std::vector<std::wstring> arguments = {
+            L"convert", L"--from", L"equirectangular", L"--to", L"equirectangular", source, output};
+        readers.push_back(std::make_unique<ChildProcess>(ConsoleProgramPath(), arguments));
+    }
+    for (const auto& reader : readers) {
+        const ProgramResult result = reader->Wait();
+        EXPECT_EQ(result.exitStatus, 0) << result.err;
+    }
+}
+
 TEST(ConsoleOnLinux, AMissingModuleIsTold) {
     const TemporaryFolder folder;
     std::filesystem::copy_file(ToUtf8(ConsoleProgramPath()), ToUtf8(folder / L"skyvault-cli"));
-    const auto convert = [&](const wchar_t* input) {
-        return ChildProcess(folder / L"skyvault-cli",
-                            {L"convert", L"--quiet", L"--from", L"equirectangular", L"--to", L"single-files",
-                             SaveRandom(folder / input, 64), folder / L"out.bmp"})
+    const auto convert = [&](const std::wstring& input) {
+        return ChildProcess(folder / L"skyvault-cli", {L"convert", L"--quiet", L"--from", L"equirectangular",
+                                                       L"--to", L"single-files", input, folder / L"out.bmp"})
             .Wait();
     };
-    const ProgramResult failed = convert(L"in.png");
+    const ProgramResult failed = convert(folder.Write(L"in.heic", "1234ftypheic"));
     EXPECT_EQ(failed.exitStatus, 1);
     EXPECT_NE(failed.err.find("skyvault-cli: The picture library could not be loaded"), std::string::npos)
         << failed.err;
     EXPECT_NE(failed.err.find(ToUtf8(folder / L"skyvault-oiio.so")), std::string::npos) << failed.err;
-    // Plain BMP files need none.
-    const ProgramResult done = convert(L"in.bmp");
-    EXPECT_EQ(done.exitStatus, 0) << done.err;
-    EXPECT_EQ(done.err, "");
+    for (const wchar_t* input : {L"in.bmp", L"in.jpg", L"in.png", L"in.tif"}) {
+        const ProgramResult done = convert(SaveRandom(folder / input, 64));
+        EXPECT_EQ(done.exitStatus, 0) << done.err;
+        EXPECT_EQ(done.err, "");
+    }
 }
 
 }  // namespace

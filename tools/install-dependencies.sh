@@ -21,7 +21,8 @@ package=(
     nsis zip unzip                                              # the installer, the portable zip
 )
 test=(
-    g++ pkg-config libopenimageio-dev libtiff-dev zlib1g-dev    # the engine and the console on Linux
+    g++ pkg-config libopenimageio-dev zlib1g-dev                # the engine and the console on Linux
+    libjpeg62-turbo-dev libpng-dev libtiff-dev libwebp-dev      # its pictures
     clang-format clang-tidy cppcheck                            # style and static checks
 )
 

@@ -95,7 +95,10 @@ Outcome ExportWebPage(const Panorama& panorama, const ExportRequest& request, Fe
     Outcome outcome = RenderEquirectangular(panorama, request, feedback, result);
     if (outcome.IsDone()) {
         outcome = SavePicture(result, request.path,
-                              {.bleed = true, .metadata = &panorama.metadata, .sphere = request.sphere});
+                              {.bleed = true,
+                               .quality = request.settings.jpegQuality,
+                               .metadata = &panorama.metadata,
+                               .sphere = request.sphere});
     }
     if (!outcome.IsDone()) return outcome;
     complete.lost = std::move(outcome.lost);

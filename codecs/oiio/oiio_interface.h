@@ -18,11 +18,10 @@ struct OiioFacts {
     int width, height, depth, channels;
     int alphaChannel;  ///< negative: none
     OiioChannel stored;
-    bool colourSpaceTold;    ///< JPEG: of other pixels than grey and RGB only
     bool alphaUnassociated;  ///< colours are not multiplied by alpha
 };
 
-/// Kinds of files have OpenImageIO's names ("bmp", "jpeg" …), paths are UTF-8. Functions that return a
+/// Kinds of files have OpenImageIO's names ("gif", "heif" …), paths are UTF-8. Functions that return a
 /// pointer return null on failure.
 struct OiioFunctions {
     std::uint32_t version;  ///< kOiioVersion; a module of another build is refused
@@ -47,7 +46,7 @@ struct OiioFunctions {
     bool (*closeOutput)(void* output);
 };
 
-inline constexpr std::uint32_t kOiioVersion = 2;
+inline constexpr std::uint32_t kOiioVersion = 3;
 
 /// The one symbol of the module: `const OiioFunctions* skyvaultOiio()`.
 inline constexpr const char* kOiioSymbol = "skyvaultOiio";

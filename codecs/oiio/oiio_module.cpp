@@ -7,7 +7,6 @@
 #include <cstdio>
 #include <memory>
 #include <string>
-#include <string_view>
 
 #include "codecs/oiio/oiio_interface.h"
 
@@ -91,7 +90,6 @@ void* OpenInput(const char* path, const char* kind) {
         auto input = std::make_unique<Input>(kind);
         OIIO::ImageSpec spec, hints;
         hints.attribute("oiio:UnassociatedAlpha", 1);
-        hints.attribute("bmp:monochrome_detect", 0);
         if (!input->file || !input->file->open(path, spec, hints)) return nullptr;
         return input.release();
     });
@@ -115,7 +113,6 @@ bool Describe(void* input, OiioFacts* facts) {
                   spec.nchannels,
                   spec.alpha_channel,
                   ChannelOf(spec.format),
-                  !spec.get_string_attribute("jpeg:ColorSpace").empty(),
                   spec.get_int_attribute("oiio:UnassociatedAlpha", 0) != 0};
         return true;
     });
@@ -186,28 +183,13 @@ struct Output {
     }
 };
 
-void SetOptions(std::string_view kind, OIIO::ImageSpec& spec) {
-    spec.attribute("oiio:UnassociatedAlpha", 1);
-    if (kind == "jpeg") {
-        spec.attribute("Compression", "jpeg:90");
-        spec.attribute("jpeg:subsampling", "4:2:0");
-    } else if (kind == "png") {
-        // All filters, with the usual 6 half as fast and 1 % smaller.
-        spec.attribute("png:compressionLevel", 4);
-        spec.attribute("png:filter", 0xf8);
-    } else if (kind == "tiff") {
-        spec.attribute("Compression", "lzw");
-        spec.attribute("tiff:half", 1);
-    }
-}
-
 void* OpenOutput(const char* path, const char* kind, int width, int height, int channels, OiioChannel type) {
     return Guarded([&]() -> void* {
         PrepareOiio();
         auto output = std::make_unique<Output>(path, kind, TypeOf(type));
         if (!output->proxy.opened() || !output->file) return nullptr;
         OIIO::ImageSpec spec(width, height, channels, output->type);
-        SetOptions(kind, spec);
+        spec.attribute("oiio:UnassociatedAlpha", 1);
         OIIO::Filesystem::IOProxy* const proxy = &output->proxy;
         spec.attribute("oiio:ioproxy", OIIO::TypeDesc::PTR, &proxy);
         if (output->file->open(path, spec)) return output.release();

@@ -1,0 +1,14 @@
+// PNG files as the program reads them: its own checks and the library behind them.
+
+#include <cstddef>
+#include <cstdint>
+
+#include "codecs/png_file_posix.h"
+#include "fuzz/picture_reader_posix.h"
+
+using namespace skyvault;
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    ReadWith<PngFile>({reinterpret_cast<const std::byte*>(data), size});
+    return 0;
+}
