@@ -37,11 +37,13 @@ Outcome ExportCubeMapDDS(const Panorama& panorama, const ExportRequest& request,
     const std::int32_t size =
         ChooseExportSize(request, SizeKind::CubeMap, SourceFaceSize(panorama), feedback, true);
     const Color8 emptyColour = EmptyColour(request.settings);
-    const auto build = [&](std::size_t f, Image& face) {
+    const auto build = [&](std::uint32_t, std::size_t f, Image& face) {
         return BuildFace(panorama, face, static_cast<CubeFace>(f), static_cast<std::uint32_t>(size), format,
                          emptyColour);
     };
-    return SaveDdsCubeMap(request.path, build, request.settings.transparency, request.settings.compressDds);
+    return SaveDdsCubeMap(
+        request.path, build,
+        {.keepAlpha = request.settings.transparency, .compress = request.settings.compressDds});
 }
 
 }  // namespace skyvault
