@@ -37,6 +37,8 @@ struct WorkOptions {
     bool flipHorizontal = false;
     bool mirrorTopToBottom = false;
     bool mirrorFrontToBack = false;
+    DdsEncoding dds = DdsEncoding::BySetting;  ///< of DDS cube maps, as is the next
+    bool mips = false;
     int threads = 0;           ///< 0: one per core
     std::uint64_t memory = 0;  ///< bytes that pictures may take; 0: the default
     bool quiet = false;

@@ -15,6 +15,8 @@ bool LoadWorkSettings(const WorkOptions& options, AppState& settings) {
         FollowOwnLogo(settings, ProgramFolder());
     }
     for (const auto& [setting, value] : options.settings) SetFromText(settings, *setting, value);
+    settings.ddsEncoding = options.dds;
+    settings.ddsMips = options.mips;
     return true;
 }
 
