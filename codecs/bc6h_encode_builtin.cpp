@@ -36,7 +36,8 @@ constexpr std::uint16_t kLargestHalf = 0x7bff;
 float StepOfHalf(std::uint16_t half) {
     const bool number = (half & 0x7fff) <= 0x7c00;
     const int bits = half & 0x8000 || !number ? 0 : std::min(half, kLargestHalf);
-    return static_cast<float>((bits * 64 + 31) / 31);
+    const int step = (bits * 64 + 31) / 31;
+    return static_cast<float>(step);
 }
 
 /// A step in fewer bits, and what a decoder makes of those.
@@ -78,7 +79,8 @@ Ends NearestEnds(const BlockLine& line) {
 }  // namespace
 
 void EncodeBc6hBlock(const BlockHalves& pixels, std::byte* block) {
-    BlockSamples samples{};
+    BlockSamples samples;
+    samples.channels = 3;
     for (std::size_t c = 0; c < 3; ++c)
         for (std::size_t i = 0; i < 16; ++i) samples.channel[c][i] = StepOfHalf(pixels[4 * i + c]);
 

@@ -65,6 +65,7 @@ void EncodeBc7Block(const BlockPixels& pixels, std::byte* block) {
     for (std::size_t i = 0; i < 64; ++i) oneColour &= pixels[i] == pixels[i % 4];
     for (std::size_t i = 3; i < 64; i += 4) opaque &= pixels[i] == 255;
     if (oneColour) return EncodeOneColour(pixels.data(), block);
+    samples.channels = opaque ? 3 : 4;
 
     BlockLine line = PrincipalLine(samples), best;
     BlockSteps bestSteps;

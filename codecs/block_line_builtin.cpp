@@ -6,7 +6,7 @@
 namespace skyvault {
 namespace {
 
-constexpr int kPixels = 16, kChannels = 4;
+constexpr int kPixels = 16;
 
 /// Share of the second end in sixty-fourths, which is what a decoder's table of weights holds.
 float WeightOfStep(int step) {
@@ -28,9 +28,8 @@ float SumOfProducts(const float (&a)[kPixels], const float (&b)[kPixels]) {
     return (sums[0] + sums[1]) + (sums[2] + sums[3]);
 }
 
-}  // namespace
-
-BlockLine PrincipalLine(const BlockSamples& samples) {
+template <int kChannels>
+BlockLine LineThrough(const BlockSamples& samples) {
     float mean[kChannels];
     BlockSamples centred;
     for (int c = 0; c < kChannels; ++c) {
@@ -54,8 +53,8 @@ BlockLine PrincipalLine(const BlockSamples& samples) {
     for (int round = 0; round < 4; ++round) {
         float next[kChannels], most = 0;
         for (int c = 0; c < kChannels; ++c) {
-            next[c] = covariance[0][c] * axis[0] + covariance[1][c] * axis[1] + covariance[2][c] * axis[2] +
-                      covariance[3][c] * axis[3];
+            next[c] = 0;
+            for (int k = 0; k < kChannels; ++k) next[c] += covariance[k][c] * axis[k];
             most = std::fabs(next[c]) > most ? std::fabs(next[c]) : most;
         }
         if (!(most > 0)) break;
@@ -63,19 +62,20 @@ BlockLine PrincipalLine(const BlockSamples& samples) {
     }
 
     alignas(16) float along[kPixels];
-    const float squared = axis[0] * axis[0] + axis[1] * axis[1] + axis[2] * axis[2] + axis[3] * axis[3];
+    float squared = 0;
+    for (const float part : axis) squared += part * part;
     const float inverse = squared > 0 ? 1 / squared : 0.0f;
     for (int i = 0; i < kPixels; ++i) {
-        along[i] = (centred.channel[0][i] * axis[0] + centred.channel[1][i] * axis[1] +
-                    centred.channel[2][i] * axis[2] + centred.channel[3][i] * axis[3]) *
-                   inverse;
+        float sum = 0;
+        for (int c = 0; c < kChannels; ++c) sum += centred.channel[c][i] * axis[c];
+        along[i] = sum * inverse;
     }
     float low = along[0], high = along[0];
     for (int i = 1; i < kPixels; ++i) {
         low = along[i] < low ? along[i] : low;
         high = along[i] > high ? along[i] : high;
     }
-    BlockLine line;
+    BlockLine line{};
     for (std::size_t c = 0; c < kChannels; ++c) {
         line.ends[0][c] = mean[c] + low * axis[c];
         line.ends[1][c] = mean[c] + high * axis[c];
@@ -83,7 +83,8 @@ BlockLine PrincipalLine(const BlockSamples& samples) {
     return line;
 }
 
-BlockSteps NearestSteps(const BlockSamples& samples, const BlockLine& line) {
+template <int kChannels>
+BlockSteps StepsAlong(const BlockSamples& samples, const BlockLine& line) {
     float from[kChannels], across[kChannels], squared = 0;
     for (std::size_t c = 0; c < kChannels; ++c) {
         from[c] = line.ends[0][c];
@@ -91,11 +92,13 @@ BlockSteps NearestSteps(const BlockSamples& samples, const BlockLine& line) {
         squared += across[c] * across[c];
     }
     const float scale = squared > 0 ? 15 / squared : 0.0f;
+    float slope[kChannels];
+    for (int c = 0; c < kChannels; ++c) slope[c] = across[c] * scale;
     BlockSteps steps;
     alignas(16) float weights[kPixels], errors[kPixels] = {};
     for (int i = 0; i < kPixels; ++i) {
         float step = 0.5f;
-        for (int c = 0; c < kChannels; ++c) step += (samples.channel[c][i] - from[c]) * across[c] * scale;
+        for (int c = 0; c < kChannels; ++c) step += (samples.channel[c][i] - from[c]) * slope[c];
         step = step > 0 ? step : 0.0f;
         step = step < 15 ? step : 15.0f;
         steps.index[i] = static_cast<int>(step);
@@ -114,7 +117,8 @@ BlockSteps NearestSteps(const BlockSamples& samples, const BlockLine& line) {
     return steps;
 }
 
-bool RefineLine(const BlockSamples& samples, const BlockSteps& steps, BlockLine& line) {
+template <int kChannels>
+bool Refine(const BlockSamples& samples, const BlockSteps& steps, BlockLine& line) {
     alignas(16) float first[kPixels], second[kPixels];
     for (int i = 0; i < kPixels; ++i) {
         second[i] = WeightOfStep(steps.index[i]) * (1.0f / 64);
@@ -132,6 +136,20 @@ bool RefineLine(const BlockSamples& samples, const BlockSteps& steps, BlockLine&
         line.ends[1][c] = (aa * bx - ab * ax) * inverse;
     }
     return true;
+}
+
+}  // namespace
+
+BlockLine PrincipalLine(const BlockSamples& samples) {
+    return samples.channels == 3 ? LineThrough<3>(samples) : LineThrough<4>(samples);
+}
+
+BlockSteps NearestSteps(const BlockSamples& samples, const BlockLine& line) {
+    return samples.channels == 3 ? StepsAlong<3>(samples, line) : StepsAlong<4>(samples, line);
+}
+
+bool RefineLine(const BlockSamples& samples, const BlockSteps& steps, BlockLine& line) {
+    return samples.channels == 3 ? Refine<3>(samples, steps, line) : Refine<4>(samples, steps, line);
 }
 
 bool OrderSteps(BlockSteps& steps) {

@@ -7,8 +7,9 @@
 
 namespace skyvault {
 
-/// The pixels of a block by channel, whole numbers; a channel that is not used is the same everywhere.
+/// The pixels of a block by channel, whole numbers.
 struct BlockSamples {
+    int channels = 4;  ///< 3: the last one has no part in anything
     alignas(16) float channel[4][16];
 };
 
