@@ -270,10 +270,11 @@ TEST(DdsEncode, PhotosAndNoiseStayAsCloseAsTheFormatsAllow) {
     photo = photo.CopyRect(PixelRect{1024, 900, 1024 + 509, 900 + 254});
     Image opaque(photo.width, photo.height, Rgba8);
     ForPixels(opaque, [&](int x, int y) { opaque.SetPixel(x, y, photo.GetPixel8(x, y)); });
+    // Decibels, half a one below what was measured with either system's JPEG decoder.
     struct {
         DdsFormat format;
-        double photo, noise;  // decibels; what was measured less a half
-    } const rows[] = {{DdsFormat::Bc3, 36.2, 14.3}, {DdsFormat::Bc7, 43.4, 12.9}};
+        double photo, noise;
+    } const rows[] = {{DdsFormat::Bc3, 36.2, 14.3}, {DdsFormat::Bc7, 41.6, 12.9}};
     for (const auto& row : rows) {
         for (const Image& picture : {opaque.CopyRect(), RandomImage(256, 256, Rgba8)}) {
             const Image decoded = CompressAndBack(picture, picture.width, picture.height, row.format);
