@@ -60,7 +60,9 @@ std::string ConvertFooter() {
            "        --set Resolution1=5 --set Transparency=Y in.tif out.png\n"
            "  What a camera sees that looks to the left and a little up, in 1920 x 1080:\n"
            "    skyvault-cli convert --from equirectangular --to preview --set Resolution3=1 \\\n"
-           "        --set PreviewFOV=0.5 --camera -90,-10,0 lake.jpg view.png";
+           "        --set PreviewFOV=0.5 --camera -90,-10,0 lake.jpg view.png\n"
+           "  A cube map as engines want it:\n"
+           "    skyvault-cli convert --from equirectangular --to dds --dds bc7 --mips lake.jpg lake.dds";
 }
 
 std::string GenerateFooter() {

@@ -89,6 +89,25 @@ std::pair<const Setting*, std::wstring> ParseSetting(const std::string& text) {
     return {setting, value};
 }
 
+constexpr std::pair<std::string_view, DdsEncoding> kDdsEncodings[] = {
+    {"bc1", DdsEncoding::Bc1},   {"bc3", DdsEncoding::Bc3},     {"bc7", DdsEncoding::Bc7},
+    {"bc6h", DdsEncoding::Bc6h}, {"rgba8", DdsEncoding::Rgba8}, {"rgba16", DdsEncoding::Rgba16},
+    {"half", DdsEncoding::Half},
+};
+
+/// "bc1 bc3 ..."
+std::string DdsEncodingNames() {
+    std::string names;
+    for (const auto& [name, encoding] : kDdsEncodings) names.append(names.empty() ? "" : " ").append(name);
+    return names;
+}
+
+DdsEncoding ParseDdsEncoding(const std::string& text) {
+    for (const auto& [name, encoding] : kDdsEncodings)
+        if (name == text) return encoding;
+    Refuse("--dds takes one of " + DdsEncodingNames() + ", not \"" + text + "\"");
+}
+
 const LayoutRow* ParseLayout(const std::string& option, const std::string& name,
                              bool (*fits)(const LayoutRow&)) {
     const LayoutRow* layout = LayoutOfConsoleName(name);
@@ -124,7 +143,7 @@ class HelpFormatter : public CLI::Formatter {
 /// What the parser collects as text; Checked makes the real options of it.
 struct ConvertTexts {
     std::string from, to, palette, extension, settingsFile;
-    std::optional<std::string> seed, horizon, logoSize, camera, quality, threads, memory, shard;
+    std::optional<std::string> seed, horizon, logoSize, camera, quality, threads, memory, shard, dds;
     std::vector<std::string> settings, turns, files;
     WorkOptions flags;
     bool subfolders = false, skipExisting = false;
@@ -165,6 +184,11 @@ void DefineWork(CLI::App& convert, ConvertTexts& texts) {
         .add_option("--quality", texts.quality,
                     "Quality of JPEG files, 1 to 100; without it the encoder's default")
         ->type_name("Q");
+    convert
+        .add_option("--dds", texts.dds,
+                    "How --to dds stores pixels: " + DdsEncodingNames() + "; without it as CompressDDS says")
+        ->type_name("FORMAT");
+    convert.add_flag("--mips", texts.flags.mips, "Writes mip levels, too, with --to dds");
     convert.add_option("--threads", texts.threads, "Threads to work with; 0: one per core")->type_name("N");
     DefineMemory(convert, texts.memory);
     convert.add_flag("--strip-metadata", texts.flags.stripMetadata,
@@ -259,10 +283,20 @@ void CheckQuality(const WorkOptions& options, const LayoutRow& layout, const std
     Refuse("--quality goes with JPEG files only (jpg, jpeg, jpe, jfif, and --to qtvr)");
 }
 
+/// --dds and --mips, which say how a DDS cube map is written and contradict any other layout.
+void CheckDds(const ConvertTexts& texts, const LayoutRow& to, WorkOptions& options) {
+    if ((texts.dds || options.mips) && to.format != PanoramaFormat::DirectXDds) {
+        Refuse(std::string(texts.dds ? "--dds" : "--mips") + " goes with --to dds only, not with --to " +
+               to.consoleName);
+    }
+    if (texts.dds) options.dds = ParseDdsEncoding(*texts.dds);
+}
+
 /// Everything but where the panorama comes from.
 ConvertOptions CheckedExport(ConvertTexts& texts) {
     ConvertOptions options = CheckedWork<ConvertOptions>(texts);
     options.to = ParseLayout("--to", texts.to, IsExportLayout);
+    CheckDds(texts, *options.to, options);
     if (texts.camera) options.camera = ParseAngles("--camera", *texts.camera);
     return options;
 }
@@ -347,6 +381,7 @@ BatchOptions CheckedBatch(ConvertTexts& texts) {
     BatchOptions options = CheckedWork<BatchOptions>(texts);
     options.job.to = ParseBatchLayout("--to", texts.to);
     options.job.from = ParseBatchLayout("--from", texts.from);
+    CheckDds(texts, *options.job.to, options);
     options.job.extension = CheckedExtension(*options.job.to, texts.extension);
     CheckQuality(options, *options.job.to, UpperCase(options.job.extension));
     options.job.subfolders = texts.subfolders;

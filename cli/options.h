@@ -37,7 +37,9 @@ struct WorkOptions {
     bool flipHorizontal = false;
     bool mirrorTopToBottom = false;
     bool mirrorFrontToBack = false;
-    int quality = 0;           ///< of JPEG files, 1 to 100; 0: the encoder's default
+    int quality = 0;                           ///< of JPEG files, 1 to 100; 0: the encoder's default
+    DdsEncoding dds = DdsEncoding::BySetting;  ///< of DDS cube maps, as is the next
+    bool mips = false;
     int threads = 0;           ///< 0: one per core
     std::uint64_t memory = 0;  ///< bytes that pictures may take; 0: the default
     bool stripMetadata = false;

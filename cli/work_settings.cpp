@@ -18,6 +18,8 @@ bool LoadWorkSettings(const WorkOptions& options, AppState& settings) {
     }
     for (const auto& [setting, value] : options.settings) SetFromText(settings, *setting, value);
     settings.jpegQuality = options.quality;
+    settings.ddsEncoding = options.dds;
+    settings.ddsMips = options.mips;
     return true;
 }
 

@@ -175,4 +175,9 @@ void EncodeBc1Block(const BlockPixels& pixels, std::byte* block) {
     stb_compress_dxt_block(reinterpret_cast<unsigned char*>(block), colours, 0, STB_DXT_HIGHQUAL);
 }
 
+void EncodeBc3Block(const BlockPixels& pixels, std::byte* block) {
+    alignas(4) BlockPixels aligned = pixels;
+    stb_compress_dxt_block(reinterpret_cast<unsigned char*>(block), aligned.data(), 1, STB_DXT_HIGHQUAL);
+}
+
 }  // namespace skyvault

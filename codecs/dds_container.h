@@ -27,12 +27,14 @@ enum class DdsFormat : std::uint32_t {
     Bc5 = 83,
     Bgra8 = 87,
     Bgrx8 = 88,
+    Bc6h = 95,  ///< unsigned; written only
     Bc7 = 98,
 };
 
-/// The formats DecompressDds takes.
+/// The formats of blocks of 4 × 4 pixels.
 constexpr bool IsBlockCompressed(DdsFormat format) {
     switch (format) {
+        case DdsFormat::Bc6h:
         case DdsFormat::Bc1:
         case DdsFormat::Bc2:
         case DdsFormat::Bc3:
@@ -43,6 +45,16 @@ constexpr bool IsBlockCompressed(DdsFormat format) {
         default:
             return false;
     }
+}
+
+/// The formats DecompressDds takes.
+constexpr bool IsDecompressed(DdsFormat format) {
+    return IsBlockCompressed(format) && format != DdsFormat::Bc6h;
+}
+
+/// Bytes of a block of a block-compressed format.
+constexpr std::size_t DdsBlockBytes(DdsFormat format) {
+    return format == DdsFormat::Bc1 || format == DdsFormat::Bc4 ? 8 : 16;
 }
 
 struct DdsMetadata {
@@ -60,6 +72,11 @@ struct DdsItem {
     std::uint32_t width = 0, height = 0;
     std::size_t rowPitch = 0, slicePitch = 0;
 };
+
+/// A side of a mip level: halved for each level, at least 1.
+constexpr std::uint32_t LevelSide(std::uint32_t side, std::uint32_t level) {
+    return side >> level > 0 ? side >> level : 1;
+}
 
 /// A texture in memory.
 class DdsTexture {
@@ -89,11 +106,14 @@ bool LoadDds(const std::wstring& path, DdsTexture& texture);
 /// opaque. False for any other format, or without memory.
 bool DecompressDds(const DdsTexture& compressed, DdsTexture& result);
 
-/// Rgba8Unorm items to BC1. Pixels whose alpha is below one half become transparent, all others opaque.
-bool CompressToBc1(const DdsMetadata& metadata, std::span<const DdsItem> items, DdsTexture& result);
+/// Items of one mip level to blocks: Rgba8Unorm to BC1 (pixels whose alpha is below one half become
+/// transparent, all others opaque), BC3 or BC7; Rgba16Float to BC6H, which has no alpha and nothing below 0.
+bool CompressDds(DdsFormat format, const DdsMetadata& metadata, std::span<const DdsItem> items,
+                 DdsTexture& result);
 
-/// Writes the items, one per array item, as a DDS file with one mip level; six as a cube map. The bytes go
-/// straight to the path: give it a temporary name. False when the file cannot be written whole.
+/// Writes the items, for each array item its mip levels from large to small, as a DDS file; an array of six
+/// as a cube map. The bytes go straight to the path: give it a temporary name. False when the file cannot be
+/// written whole, or a level does not have its size.
 bool SaveDds(const std::wstring& path, const DdsMetadata& metadata, std::span<const DdsItem> items);
 
 }  // namespace skyvault

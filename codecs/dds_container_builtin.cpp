@@ -100,19 +100,40 @@ void DecodeBlockRow(DdsFormat format, const std::byte* blocks, std::byte* pixels
 }
 
 /// Up to four rows of pixels to a row of blocks. Blocks that stand out over the edge repeat pixels of the
-/// picture, the columns (and rows) numbered here.
-void EncodeBlockRow(const DdsItem& item, std::uint32_t top, std::byte* blocks) {
+/// picture, the columns (and rows) numbered here. Block: sixteen pixels of the item's format.
+template <typename Block>
+void EncodeBlockRow(const DdsItem& item, std::uint32_t top, std::byte* blocks, std::size_t blockBytes,
+                    void (*encode)(const Block& pixels, std::byte* block)) {
+    constexpr std::size_t kPixelBytes = sizeof(Block) / 16;
     constexpr std::uint32_t kRepeated[5][4] = {{}, {0, 0, 0, 0}, {0, 1, 0, 1}, {0, 1, 2, 1}, {0, 1, 2, 3}};
     const auto& rows = kRepeated[std::min(4u, item.height - top)];
-    for (std::uint32_t x = 0; x < item.width; x += 4, blocks += 8) {
+    for (std::uint32_t x = 0; x < item.width; x += 4, blocks += blockBytes) {
         const auto& columns = kRepeated[std::min(4u, item.width - x)];
-        BlockPixels block;
-        for (std::size_t i = 0; i < 16; ++i)
+        Block block;
+        for (std::size_t i = 0; i < 16; ++i) {
             std::memcpy(
                 block.data() + 4 * i,
-                item.pixels + (top + rows[i / 4]) * item.rowPitch + std::size_t{4} * (x + columns[i % 4]), 4);
-        EncodeBc1Block(block, blocks);
+                item.pixels + (top + rows[i / 4]) * item.rowPitch + kPixelBytes * (x + columns[i % 4]),
+                kPixelBytes);
+        }
+        encode(block, blocks);
     }
+}
+
+/// What EncodeBlockRow takes for a format of blocks.
+void EncodeBlockRow(DdsFormat format, const DdsItem& item, std::uint32_t top, std::byte* blocks) {
+    const std::size_t blockBytes = DdsBlockBytes(format);
+    if (format == DdsFormat::Bc1) EncodeBlockRow(item, top, blocks, blockBytes, EncodeBc1Block);
+    if (format == DdsFormat::Bc3) EncodeBlockRow(item, top, blocks, blockBytes, EncodeBc3Block);
+    if (format == DdsFormat::Bc6h) EncodeBlockRow(item, top, blocks, blockBytes, EncodeBc6hBlock);
+    if (format == DdsFormat::Bc7) EncodeBlockRow(item, top, blocks, blockBytes, EncodeBc7Block);
+}
+
+/// The format that CompressDds makes the blocks of; Unknown where it does not make them.
+DdsFormat FormatCompressed(DdsFormat blocks) {
+    const bool colours = blocks == DdsFormat::Bc1 || blocks == DdsFormat::Bc3 || blocks == DdsFormat::Bc7;
+    if (colours) return DdsFormat::Rgba8Unorm;
+    return blocks == DdsFormat::Bc6h ? DdsFormat::Rgba16Float : DdsFormat::Unknown;
 }
 
 }  // namespace
@@ -180,7 +201,7 @@ bool ParseDds(std::span<const std::byte> file, DdsTexture& texture) {
 
 bool DecompressDds(const DdsTexture& compressed, DdsTexture& result) {
     const DdsFormat format = compressed.Metadata().format;
-    if (!IsBlockCompressed(format) || !compressed.contents->pixels) return false;
+    if (!IsDecompressed(format) || !compressed.contents->pixels) return false;
     DdsMetadata metadata = compressed.Metadata();
     metadata.format = DdsFormat::Rgba8Unorm;
     metadata.mipLevels = 1;
@@ -197,8 +218,10 @@ bool DecompressDds(const DdsTexture& compressed, DdsTexture& result) {
     return true;
 }
 
-bool CompressToBc1(const DdsMetadata& source, std::span<const DdsItem> items, DdsTexture& result) {
-    if (source.format != DdsFormat::Rgba8Unorm || source.depth != 1 || items.size() != source.arraySize)
+bool CompressDds(DdsFormat format, const DdsMetadata& source, std::span<const DdsItem> items,
+                 DdsTexture& result) {
+    if (FormatCompressed(format) == DdsFormat::Unknown || source.format != FormatCompressed(format) ||
+        source.depth != 1 || items.size() != source.arraySize)
         return false;
     for (const DdsItem& item : items) {
         if (!item.pixels || item.width == 0 || item.width != source.width || item.height == 0 ||
@@ -206,12 +229,12 @@ bool CompressToBc1(const DdsMetadata& source, std::span<const DdsItem> items, Dd
             return false;
     }
     DdsMetadata metadata = source;
-    metadata.format = DdsFormat::Bc1;
+    metadata.format = format;
     metadata.mipLevels = 1;
     auto contents = NewContents(metadata);
     if (!contents) return false;
     ForBlockRows(metadata, kParallelPixelsEncoding, [&](std::uint32_t item, std::uint32_t row) {
-        EncodeBlockRow(items[item], 4 * row,
+        EncodeBlockRow(format, items[item], 4 * row,
                        contents->pixels.get() + contents->slicePitch * item + row * contents->rowPitch);
     });
     result.contents = std::move(contents);
@@ -220,27 +243,36 @@ bool CompressToBc1(const DdsMetadata& source, std::span<const DdsItem> items, Dd
 
 bool SaveDds(const std::wstring& path, const DdsMetadata& metadata, std::span<const DdsItem> items) {
     if (metadata.width == 0 || metadata.height == 0 || metadata.depth != 1 || items.empty() ||
-        items.size() != metadata.arraySize)
+        items.size() != std::uint64_t{metadata.arraySize} * metadata.mipLevels)
         return false;
     std::array<std::byte, kLongestDdsHeader> header;
     const std::size_t headerSize = MakeDdsHeader(metadata, header);
     if (headerSize == 0) return false;
-    const auto rowBytes = static_cast<std::size_t>(DdsRowPitch(metadata.format, metadata.width));
-    const std::uint32_t rows = DdsRowCount(metadata.format, metadata.height);
-    for (const DdsItem& item : items)
-        if (!item.pixels || item.rowPitch < rowBytes) return false;
+    const auto rowBytes = [&](const DdsItem& item) {
+        return static_cast<std::size_t>(DdsRowPitch(metadata.format, item.width));
+    };
+    for (std::size_t i = 0; i < items.size(); ++i) {
+        const DdsItem& item = items[i];
+        const auto level = static_cast<std::uint32_t>(i % metadata.mipLevels);
+        if (!item.pixels || item.width != LevelSide(metadata.width, level) ||
+            item.height != LevelSide(metadata.height, level) || item.rowPitch < rowBytes(item))
+            return false;
+    }
 
     FileHandle file;
     if (!file.Open(path, true, false) || !file.Write(header.data(), headerSize)) return false;
+    std::uint64_t size = headerSize;
     for (const DdsItem& item : items) {
-        if (item.rowPitch == rowBytes) {
-            if (!file.Write(item.pixels, rowBytes * rows)) return false;
+        const std::uint32_t rows = DdsRowCount(metadata.format, item.height);
+        size += std::uint64_t{rowBytes(item)} * rows;
+        if (item.rowPitch == rowBytes(item)) {
+            if (!file.Write(item.pixels, item.rowPitch * rows)) return false;
             continue;
         }
         for (std::uint32_t y = 0; y < rows; ++y)
-            if (!file.Write(item.pixels + y * item.rowPitch, rowBytes)) return false;
+            if (!file.Write(item.pixels + y * item.rowPitch, rowBytes(item))) return false;
     }
-    return file.Truncate(headerSize + std::uint64_t{rowBytes} * rows * items.size()) && file.Close();
+    return file.Truncate(size) && file.Close();
 }
 
 }  // namespace skyvault

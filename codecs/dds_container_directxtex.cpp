@@ -1,6 +1,7 @@
 #include <DirectXTex.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstring>
 #include <vector>
 
@@ -8,6 +9,7 @@
 #include "platform/file_handle.h"
 #include "platform/file_stream.h"
 #include "platform/files.h"
+#include "platform/parallel_rows.h"
 
 namespace skyvault {
 
@@ -61,21 +63,24 @@ bool ReadTexture(const std::wstring& path, ScratchImage& image) {
 
 bool WriteTexture(const std::wstring& path, const TexMetadata& metadata, const std::vector<Image>& images) {
     std::byte header[kLargestHeader];
-    std::size_t size = 0, rowBytes = 0, imageBytes = 0;
+    std::size_t size = 0;
+    FileHandle file;
     if (FAILED(DirectX::EncodeDDSHeader(metadata, DDS_FLAGS_NONE, header, sizeof header, size)) ||
-        FAILED(
-            DirectX::ComputePitch(metadata.format, metadata.width, metadata.height, rowBytes, imageBytes))) {
+        !file.Open(path, true, false) || !file.Write(header, size)) {
         return false;
     }
-    FileHandle file;
-    if (!file.Open(path, true, false) || !file.Write(header, size)) return false;
     for (const Image& image : images) {
+        std::size_t rowBytes = 0, imageBytes = 0;
+        if (FAILED(DirectX::ComputePitch(image.format, image.width, image.height, rowBytes, imageBytes))) {
+            return false;
+        }
         // Without what may lie between the rows.
         for (std::size_t row = 0; row < imageBytes / rowBytes; ++row) {
             if (!file.Write(image.pixels + image.rowPitch * row, rowBytes)) return false;
         }
+        size += imageBytes;
     }
-    return file.Truncate(size + imageBytes * images.size()) && file.Close();
+    return file.Truncate(size) && file.Close();
 }
 
 #endif
@@ -95,15 +100,15 @@ DdsMetadata FromTexMetadata(const TexMetadata& metadata) {
     return result;
 }
 
-/// A texture of as many items, one mip level each; six are a cube map.
-TexMetadata ToTexMetadata(const DdsMetadata& metadata, std::size_t items) {
+/// A texture of the array's size and levels; an array of six is a cube map.
+TexMetadata ToTexMetadata(const DdsMetadata& metadata) {
     TexMetadata result{};
     result.width = metadata.width;
     result.height = metadata.height;
     result.depth = 1;
-    result.arraySize = items;
-    result.mipLevels = 1;
-    result.miscFlags = items == 6 ? std::uint32_t{DirectX::TEX_MISC_TEXTURECUBE} : 0;
+    result.arraySize = metadata.arraySize;
+    result.mipLevels = metadata.mipLevels;
+    result.miscFlags = metadata.arraySize == 6 ? std::uint32_t{DirectX::TEX_MISC_TEXTURECUBE} : 0;
     result.format = ToDxgi(metadata.format);
     result.dimension = DirectX::TEX_DIMENSION_TEXTURE2D;
     return result;
@@ -131,7 +136,7 @@ bool IsKnown(DdsFormat format) {
         case DdsFormat::Bgrx8:
             return true;
         default:
-            return IsBlockCompressed(format);
+            return IsDecompressed(format);
     }
 }
 
@@ -171,6 +176,14 @@ bool DecompressItem(const Image& compressed, const Image& result) {
                   pixels.width);
     }
     return true;
+}
+
+/// Rows that one thread compresses at a time: of whole blocks, and of some tens of milliseconds in BC7.
+constexpr std::size_t kCompressedRows = 16;
+
+/// BC7's two other searches take minutes for a face.
+DirectX::TEX_COMPRESS_FLAGS CompressionOf(DdsFormat format) {
+    return format == DdsFormat::Bc7 ? DirectX::TEX_COMPRESS_BC7_QUICK : DirectX::TEX_COMPRESS_DEFAULT;
 }
 
 /// The contents, with the metadata that belong to them.
@@ -220,7 +233,7 @@ bool LoadDds(const std::wstring& path, DdsTexture& texture) {
 
 bool DecompressDds(const DdsTexture& compressed, DdsTexture& result) {
     const DdsMetadata& metadata = compressed.Metadata();
-    if (!IsBlockCompressed(metadata.format)) return false;
+    if (!IsDecompressed(metadata.format)) return false;
     ScratchImage image;
     if (FAILED(image.Initialize2D(DXGI_FORMAT_R8G8B8A8_UNORM, metadata.width, metadata.height,
                                   metadata.arraySize, 1))) {
@@ -234,19 +247,38 @@ bool DecompressDds(const DdsTexture& compressed, DdsTexture& result) {
     return true;
 }
 
-bool CompressToBc1(const DdsMetadata& metadata, std::span<const DdsItem> items, DdsTexture& result) {
+bool CompressDds(DdsFormat format, const DdsMetadata& metadata, std::span<const DdsItem> items,
+                 DdsTexture& result) {
+    if (items.size() != metadata.arraySize || metadata.mipLevels != 1) return false;
     ScratchImage image;
-    const std::vector<Image> images = ToImages(items, DdsFormat::Rgba8Unorm);
-    if (FAILED(DirectX::Compress(images.data(), images.size(), ToTexMetadata(metadata, items.size()),
-                                 DXGI_FORMAT_BC1_UNORM, DirectX::TEX_COMPRESS_DEFAULT, 0.5f, image))) {
+    if (FAILED(image.Initialize2D(ToDxgi(format), metadata.width, metadata.height, items.size(), 1)))
         return false;
-    }
+    const std::vector<Image> sources = ToImages(items, metadata.format);
+    const std::size_t bandsPerItem = (metadata.height + kCompressedRows - 1) / kCompressedRows;
+    std::atomic<bool> failed = false;
+    // The library spreads its work only where it was built with OpenMP.
+    ParallelBands(static_cast<int>(bandsPerItem * items.size()), true, [&](int band) {
+        const std::size_t item = static_cast<std::size_t>(band) / bandsPerItem;
+        const std::size_t top = static_cast<std::size_t>(band) % bandsPerItem * kCompressedRows;
+        Image rows = sources[item];
+        rows.pixels += rows.rowPitch * top;
+        rows.height = std::min(kCompressedRows, rows.height - top);
+        rows.slicePitch = rows.rowPitch * rows.height;
+        ScratchImage blocks;
+        if (FAILED(DirectX::Compress(rows, ToDxgi(format), CompressionOf(format), 0.5f, blocks))) {
+            failed = true;
+            return;
+        }
+        const Image& to = *image.GetImage(0, item, 0);
+        std::memcpy(to.pixels + to.rowPitch * (top / 4), blocks.GetPixels(), blocks.GetPixelsSize());
+    });
+    if (failed) return false;
     result = ToTexture(std::move(image));
     return true;
 }
 
 bool SaveDds(const std::wstring& path, const DdsMetadata& metadata, std::span<const DdsItem> items) {
-    return WriteTexture(path, ToTexMetadata(metadata, items.size()), ToImages(items, metadata.format));
+    return WriteTexture(path, ToTexMetadata(metadata), ToImages(items, metadata.format));
 }
 
 }  // namespace skyvault

@@ -10,6 +10,7 @@
 #include <functional>
 #include <string>
 
+#include "codecs/dds_container.h"
 #include "codecs/picture_codec.h"
 #include "image/image.h"
 #include "platform/outcome.h"
@@ -31,14 +32,23 @@ DdsKind GetDdsKind(const std::wstring& path);
 /// pixel is composited over opaque black.
 Outcome LoadDdsCubeMap(const std::wstring& path, std::array<Image, 6>& faces, bool keepAlpha);
 
-/// Gives the face of that number in the order front, right, back, left, top, bottom.
-using FaceSource = std::function<Outcome(std::size_t face, Image& picture)>;
+/// Gives a mip level of the face of that number in the order front, right, back, left, top, bottom; level 0
+/// is the face itself, each further one half as large.
+using FaceSource = std::function<Outcome(std::uint32_t level, std::size_t face, Image& picture)>;
 
-/// Writes six faces of the front face's size and channel type: RGBA of 8 or 16 bits or halves, alpha full
-/// unless keepAlpha. compress: 8-bit faces as BC1. The faces are asked for one after the other, so that only
-/// one is held beside what the file holds; the first failure of the source ends the writing. The outcome
-/// describes the file by CubeMapInfo. The file appears under its name only when whole.
-Outcome SaveDdsCubeMap(const std::wstring& path, const FaceSource& faces, bool keepAlpha, bool compress);
+/// How a cube map is written.
+struct CubeMapWriting {
+    bool keepAlpha = false;                   ///< else every pixel is opaque
+    bool compress = true;                     ///< 8-bit faces as BC1
+    DdsFormat encoding = DdsFormat::Unknown;  ///< when given, this instead, whatever the faces are
+    bool mips = false;                        ///< down to 1 × 1
+};
+
+/// Writes six faces of the front face's size: in its channel type, RGBA of 8 or 16 bits or halves, or as
+/// `writing` says. The faces are asked for one after the other, level by level, so that only one is held
+/// beside what the file holds; the first failure of the source ends the writing. The outcome describes the
+/// file by CubeMapInfo. The file appears under its name only when whole.
+Outcome SaveDdsCubeMap(const std::wstring& path, const FaceSource& faces, const CubeMapWriting& writing);
 
 /// The DDS branches of ReadPictureFacts (of each face of a cube map, its memory for all), LoadPicture and
 /// SavePicture (codecs/picture_files.h). Written: 8 bits as BC1, more uncompressed, in RGBA; alpha is kept

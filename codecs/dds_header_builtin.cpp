@@ -1,6 +1,7 @@
 #include "codecs/dds_header_builtin.h"
 
 #include <algorithm>
+#include <bit>
 
 #include "codecs/bytes.h"
 
@@ -44,6 +45,7 @@ constexpr std::uint32_t kHasLinearSize = 0x80000;
 constexpr std::uint32_t kHasDepth = 0x800000;
 constexpr std::uint32_t kCapsComplex = 0x8;
 constexpr std::uint32_t kCapsTexture = 0x1000;
+constexpr std::uint32_t kCapsMipLevels = 0x400000;
 constexpr std::uint32_t kCaps2CubeMap = 0x200;
 constexpr std::uint32_t kCaps2AllFaces = 0xfe00;
 
@@ -297,6 +299,7 @@ std::uint64_t BytesPerUnit(DdsFormat format) {
         case DdsFormat::Bc2:
         case DdsFormat::Bc3:
         case DdsFormat::Bc5:
+        case DdsFormat::Bc6h:
         case DdsFormat::Bc7:
             return 16;
         default:
@@ -347,8 +350,8 @@ bool LayOutDdsFile(const DdsHeader& header, std::uint64_t fileSize, DdsLayout& l
     // The header's limits keep every product below 2^45.
     DdsHeader level = header;
     DdsMetadata& size = level.metadata;
-    if (BytesPerUnit(size.format) == 0 || size.width == 0 || size.height == 0 || size.depth == 0)
-        return false;
+    const bool readable = BytesPerUnit(size.format) > 0 && size.format != DdsFormat::Bc6h;
+    if (!readable || size.width == 0 || size.height == 0 || size.depth == 0) return false;
     layout = {};
     for (std::uint32_t i = 0; i < header.metadata.mipLevels; ++i) {
         const bool smallest = size.width == 1 && size.height == 1 && size.depth == 1;
@@ -371,7 +374,11 @@ bool LayOutDdsFile(const DdsHeader& header, std::uint64_t fileSize, DdsLayout& l
 std::size_t MakeDdsHeader(const DdsMetadata& metadata, std::array<std::byte, kLongestDdsHeader>& header) {
     const std::uint64_t rowPitch = DdsRowPitch(metadata.format, metadata.width);
     const std::uint64_t slicePitch = rowPitch * DdsRowCount(metadata.format, metadata.height);
-    if (slicePitch == 0 || slicePitch > 0xffffffffu || metadata.arraySize > 0xffff) return 0;
+    const auto mostLevels =
+        static_cast<std::uint32_t>(std::bit_width(std::max(metadata.width, metadata.height)));
+    if (slicePitch == 0 || slicePitch > 0xffffffffu || metadata.arraySize > 0xffff ||
+        metadata.mipLevels == 0 || metadata.mipLevels > mostLevels)
+        return 0;
 
     header = {};
     const auto put = [&](std::size_t at, std::uint32_t value) { SetLittle32(&header[at], value); };
@@ -384,16 +391,18 @@ std::size_t MakeDdsHeader(const DdsMetadata& metadata, std::array<std::byte, kLo
     put(kWidthAt, metadata.width);
     put(kPitchAt, static_cast<std::uint32_t>(blocks ? slicePitch : rowPitch));
     put(kDepthAt, 1);
-    put(kMipLevelsAt, 1);
+    put(kMipLevelsAt, metadata.mipLevels);
     put(kFormatSizeAt, 32);
-    put(kCapsAt, kCapsTexture | (cubeMap ? kCapsComplex : 0));
+    const bool levels = metadata.mipLevels > 1;
+    put(kCapsAt, kCapsTexture | (cubeMap || levels ? kCapsComplex : 0) | (levels ? kCapsMipLevels : 0));
     put(kCaps2At, cubeMap ? kCaps2AllFaces : 0);
 
-    // The short form knows no arrays but cube maps, and no code for BC7 that every reader takes.
+    // The short form knows no arrays but cube maps, and no codes for BC6H and BC7 that every reader takes.
     const auto format = static_cast<std::uint32_t>(metadata.format);
     if (metadata.arraySize == 1 || cubeMap) {
         const auto* coded = std::ranges::find(kCodedFormats, format, &CodedFormat::dxgiFormat);
-        if (coded != std::end(kCodedFormats) && metadata.format != DdsFormat::Bc7) {
+        const bool longOnly = metadata.format == DdsFormat::Bc6h || metadata.format == DdsFormat::Bc7;
+        if (coded != std::end(kCodedFormats) && !longOnly) {
             put(kFormatFlagsAt, kFourCc);
             put(kFourCcAt, coded->fourCc);
             return kShortHeaderEnd;

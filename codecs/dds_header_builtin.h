@@ -64,8 +64,8 @@ bool LayOutDdsFile(const DdsHeader& header, std::uint64_t fileSize, DdsLayout& l
 std::uint64_t DdsRowPitch(DdsFormat format, std::uint32_t width);
 std::uint32_t DdsRowCount(DdsFormat format, std::uint32_t height);
 
-/// The header of a file with one mip level; six items are a cube map. The short form wherever it can say
-/// the format. Returns its size, or 0 when a field is too narrow.
+/// The header of a file; six items are a cube map. The short form wherever it can say the format. Returns its
+/// size, or 0 when a field is too narrow or there are more mip levels than the size has.
 std::size_t MakeDdsHeader(const DdsMetadata& metadata, std::array<std::byte, kLongestDdsHeader>& header);
 
 }  // namespace skyvault

@@ -19,7 +19,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     DdsTexture texture, decompressed;
     if (ParseDds(BytesOf(data, size), texture)) {
         LookAtItems(texture);
-        if (IsBlockCompressed(texture.Metadata().format)) {
+        if (IsDecompressed(texture.Metadata().format)) {
             Require(DecompressDds(texture, decompressed));
             LookAtItems(decompressed);
         }

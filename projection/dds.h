@@ -10,7 +10,8 @@ namespace skyvault {
 Outcome ImportCubeMapDds(const ImportRequest& request, Feedback& feedback, Panorama& panorama);
 
 /// Builds the six faces in a power of two and writes them, by the settings "Transparency" (keep alpha) and
-/// "CompressDDS". There is no view of it; `result` stays as it is.
+/// "CompressDDS", or with the encoding and the mip levels that the settings ask for beside them. There is no
+/// view of it; `result` stays as it is.
 Outcome ExportCubeMapDDS(const Panorama& panorama, const ExportRequest& request, Feedback& feedback,
                          Image& result);
 

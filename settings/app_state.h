@@ -16,6 +16,9 @@ struct ScreenRect {
     friend bool operator==(const ScreenRect&, const ScreenRect&) = default;
 };
 
+/// How a DDS cube map stores its pixels.
+enum class DdsEncoding { BySetting, Bc1, Bc3, Bc7, Bc6h, Rgba8, Rgba16, Half };
+
 /// How pictures come out: what every import, view and export may read.
 struct ExportSettings {
     float previewFov = 0.2f;            ///< focal length of the preview in picture widths
@@ -28,8 +31,10 @@ struct ExportSettings {
     bool transparency = false;          ///< export the alpha channel
     bool antialiasing = true;
     bool compressDds = true;
-    std::int32_t jpegQuality = 0;  ///< 1 to 100; 0: the encoder's default; not saved
-    std::wstring logo;             ///< path of the logo picture
+    std::int32_t jpegQuality = 0;                      ///< 1 to 100; 0: the encoder's default; not saved
+    DdsEncoding ddsEncoding = DdsEncoding::BySetting;  ///< by compressDds; not saved
+    bool ddsMips = false;                              ///< mip levels in DDS cube maps; not saved
+    std::wstring logo;                                 ///< path of the logo picture
     Color8 backgroundColour = kOpaqueWhite;
 };
 

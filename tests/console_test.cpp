@@ -294,6 +294,17 @@ TEST_F(ConsoleBatch, WhatFailsIsToldAndTheRestIsResumedByTwoMachines) {
     }
 }
 
+TEST_F(ConsoleBatch, CubeMapsGetTheEncodingAndLevelsAskedFor) {
+    EXPECT_EQ(Run("--to dds --dds half --mips").exitStatus, 0);
+    EXPECT_EQ(RunConsole(kConvert + "dds --dds rgba16", {in_ + L"/a.bmp", folder_ / L"one.dds"}).exitStatus,
+              0);
+    DdsMetadata batch, one;
+    EXPECT_TRUE(ReadDdsMetadata(JoinPath(out_, L"cubemap_b.dds"), batch) &&
+                ReadDdsMetadata(folder_ / L"one.dds", one));
+    EXPECT_TRUE(batch.format == DdsFormat::Rgba16Float && batch.mipLevels == 5);
+    EXPECT_TRUE(one.format == DdsFormat::Rgba16Unorm && one.mipLevels == 1);
+}
+
 TEST_F(ConsoleBatch, OptionsReachEveryPanorama) {
     ASSERT_TRUE(RemoveFile(JoinPath(in_, L"c.jpg")));
     const std::string work = "--to equirectangular --extension bmp --quiet";

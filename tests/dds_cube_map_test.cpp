@@ -205,6 +205,39 @@ TEST(DdsExport, WritesAPowerOfTwoAsTheSettingsSay) {
     }
 }
 
+TEST(DdsExport, EveryEncodingHasItsHeaderAndAllLevels) {
+    const TemporaryFolder folder;
+    const std::wstring path = folder / L"a.dds";
+    for (const DataRow& row : DataGroup("dds", "encoding")) {
+        SCOPED_TRACE(row.where);
+        const std::vector<std::uint32_t> told = Numbers(row[3]);
+        for (const bool mips : {false, true}) {
+            for (const PixelFormat format : {Rgb8, RgbaHalf}) {
+                TestPanorama made;
+                made.settings.ddsEncoding = static_cast<DdsEncoding>(told[0]);
+                made.settings.ddsMips = mips;
+                made.settings.resolution0 = 0;
+                made.SetFaces(8, format);
+                Image none;
+                const ExportRequest request = made.ForFile(PanoramaFormat::DirectXDds, path);
+                ASSERT_TRUE(ExportCubeMapDDS(made.panorama, request, made.feedback, none).IsDone());
+                // Faces of 8, 4, 2 and 1 pixels: two by two blocks, then one each.
+                const std::uint32_t unit = told[2], pixels = told[1] == 0 ? 85 : 7,
+                                    first = told[1] == 0 ? 64 : 4;
+                const std::string fields = "width=8 height=8 depth=1 caps2=0xfe00 " + row[2] +
+                                           (mips ? " levels=4 caps=0x401008" : " levels=1 caps=0x1008");
+                const Bytes file = ReadFile(path), header = MakeDds(fields);
+                ASSERT_EQ(file.size(), header.size() + std::size_t{6} * unit * (mips ? pixels : first));
+                EXPECT_EQ(Bytes(file.begin(), file.begin() + static_cast<std::ptrdiff_t>(header.size())),
+                          header);
+                Faces read;
+                EXPECT_EQ(LoadedCube(path, read, true), told[3] != 0);
+                EXPECT_EQ(static_cast<std::uint32_t>(read[5].format), told[3]);
+            }
+        }
+    }
+}
+
 TEST(DdsExport, NothingIsWrittenOfAnIncompletePanorama) {
     const TemporaryFolder folder;
     folder.Write(L"a.dds", "older");

@@ -62,11 +62,11 @@ using Faces = std::array<Image, 6>;
 inline bool SavedCube(const std::wstring& path, const Faces& faces, bool keepAlpha, bool compress,
                       std::wstring* infoLog = nullptr) {
     // Copies, as what is given may be emptied.
-    const auto source = [&faces](std::size_t face, Image& picture) {
+    const auto source = [&faces](std::uint32_t, std::size_t face, Image& picture) {
         picture = faces[face].CopyRect();
         return Outcome{};
     };
-    const Outcome outcome = SaveDdsCubeMap(path, source, keepAlpha, compress);
+    const Outcome outcome = SaveDdsCubeMap(path, source, {.keepAlpha = keepAlpha, .compress = compress});
     if (infoLog != nullptr) *infoLog = outcome.infoLog;
     return outcome.IsDone();
 }
