@@ -5,6 +5,7 @@
 #include "codecs/dds_container.h"
 #include "codecs/dds_cube_map.h"
 #include "codecs/picture_codec.h"
+#include "codecs/picture_trouble.h"
 #include "codecs/tga_reader.h"
 #include "image/bleed_alpha.h"
 #include "platform/file_stream.h"
@@ -59,6 +60,11 @@ Outcome ReadByExtension(const std::wstring& path, const PictureRequest& request,
     return read ? Outcome{} : Failure(Reason::CannotOpen, path);
 }
 
+Outcome WithCause(Outcome read) {
+    if (read.reason == Reason::CannotOpen && !read.file.empty()) read.cause = WhyNotRead(read.file);
+    return read;
+}
+
 Outcome WriteByExtension(const Image& image, const std::wstring& path, PixelFormat format) {
     const std::wstring extension = UpperExtension(path);
     const bool dds = extension == L"DDS";
@@ -83,13 +89,13 @@ std::wstring InfoLines(const std::wstring& path, const std::wstring& resolution,
 
 Outcome LoadPicture(const std::wstring& path, Image& image, const PictureRequest& request) {
     if (path.empty()) return Failure(Reason::CannotOpen);
-    Outcome read = ReadByExtension(path, request, image);
+    Outcome read = WithCause(ReadByExtension(path, request, image));
     if (!read.IsDone()) image.Clear();
     return read;
 }
 
 Outcome ReadPictureFacts(const std::wstring& path, PictureFacts& facts) {
-    return InspectByExtension(path, facts);
+    return WithCause(InspectByExtension(path, facts));
 }
 
 PictureSize ReadPictureSize(const std::wstring& path) {

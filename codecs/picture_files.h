@@ -19,8 +19,8 @@ struct PictureRequest {
     PictureSize target = {};  ///< both sizes ≥ 1: scaled while decoding to fit inside, aspect ratio kept
 };
 
-/// Reads a picture. NeedsMemory when that takes more than the program may use, CannotOpen on any other
-/// failure; the image is then invalid.
+/// Reads a picture. NeedsMemory when that takes more than the program may use, CannotOpen, and the
+/// cause as far as it is found, on any other failure; the image is then invalid.
 Outcome LoadPicture(const std::wstring& path, Image& image, const PictureRequest& request = {});
 
 /// What a picture file tells about itself, as far as its kind allows without reading its pixels. CannotOpen

@@ -35,7 +35,7 @@ enum class Reason {
     CannotSaveSettings,
 };
 
-/// Why a file could not be written, as far as the system tells.
+/// Why a file could not be read or written, as far as it and the system tell.
 enum class Cause {
     Unknown,
     NoFolder,
@@ -47,6 +47,16 @@ enum class Cause {
     NameTooLong,
     DiskFull,
     FileTooLarge,  ///< for the file system, or the limit set for the process
+    // Of reading.
+    NoFile,
+    NotReadable,  ///< reading the file is not allowed
+    InUse,        ///< another program does not share it
+    Empty,
+    CutShort,
+    NotAPicture,
+    KindNotRead,      ///< a picture, but of a kind that is not read here
+    MisnamedPicture,  ///< a picture of another kind than its name says
+    Damaged,          ///< of a kind that is read, and there to its end as far as that is seen
 };
 
 struct [[nodiscard]] Outcome {

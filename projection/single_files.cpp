@@ -61,14 +61,20 @@ bool NamesFace(std::wstring_view name, int namingSystem, CubeFace face) {
 }
 
 Outcome ImportSingleFiles(const ImportRequest& request, Feedback&, Panorama& panorama) {
-    Outcome outcome = Failure(Reason::CannotOpen);
+    bool any = false;
     for (std::size_t f = 0; f < panorama.faces.size() && f < request.paths.size(); ++f) {
         Image& face = panorama.faces[f];
-        if (request.paths[f].empty() || !LoadPicture(request.paths[f], face).IsDone()) continue;
-        panorama.faceSize = face.width;
-        outcome = {};
+        if (request.paths[f].empty()) continue;
+        Outcome loaded = LoadPicture(request.paths[f], face);
+        if (loaded.IsDone()) {
+            panorama.faceSize = face.width;
+            any = true;
+        } else {
+            panorama.faceFailures.push_back(std::move(loaded));
+        }
     }
-    return outcome;
+    if (any) return {};
+    return panorama.faceFailures.empty() ? Failure(Reason::CannotOpen) : panorama.faceFailures.front();
 }
 
 Outcome ExportSingleFiles(const Panorama& panorama, const ExportRequest& request, Feedback& feedback,
