@@ -60,11 +60,6 @@ Outcome ReadByExtension(const std::wstring& path, const PictureRequest& request,
     return read ? Outcome{} : Failure(Reason::CannotOpen, path);
 }
 
-Outcome WithCause(Outcome read) {
-    if (read.reason == Reason::CannotOpen && !read.file.empty()) read.cause = WhyNotRead(read.file);
-    return read;
-}
-
 Outcome WriteByExtension(const Image& image, const std::wstring& path, PixelFormat format) {
     const std::wstring extension = UpperExtension(path);
     const bool dds = extension == L"DDS";

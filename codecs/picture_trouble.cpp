@@ -178,4 +178,11 @@ Cause WhyNotRead(const std::wstring& path) {
     }
 }
 
+Outcome WithCause(Outcome read) {
+    if (read.reason == Reason::CannotOpen && read.cause == Cause::Unknown && !read.file.empty()) {
+        read.cause = WhyNotRead(read.file);
+    }
+    return read;
+}
+
 }  // namespace skyvault

@@ -11,4 +11,7 @@ namespace skyvault {
 /// when the file is of a kind that is read, and whole as far as that is seen without decoding.
 Cause WhyNotRead(const std::wstring& path);
 
+/// The outcome of a reading, with the cause where the file could not be opened.
+Outcome WithCause(Outcome read);
+
 }  // namespace skyvault
