@@ -139,9 +139,16 @@ Cause TroubleOfDds(const std::wstring& path, const Looked& looked) {
     if (looked.size < kHeader) return Cause::CutShort;
     PictureFacts facts;
     const DdsKind kind = GetDdsKind(path);
-    if (!InspectDds(path, facts) || (kind != DdsKind::Picture && kind != DdsKind::CubeMap))
+    DdsMetadata metadata;
+    if (!InspectDds(path, facts) || (kind != DdsKind::Picture && kind != DdsKind::CubeMap) ||
+        !ReadDdsMetadata(path, metadata)) {
         return Cause::KindNotRead;
-    return Cause::CutShort;
+    }
+    const DdsFormat format = metadata.format;
+    const bool half = format == DdsFormat::Bc1 || format == DdsFormat::Bc4;  // a byte for two pixels
+    const std::uint64_t bits = half ? 4 : IsBlockCompressed(format) ? 8 : 8 * BytesPerPixel(facts.format);
+    const std::uint64_t pixels = std::uint64_t{metadata.width} * metadata.height * metadata.arraySize;
+    return kHeader + pixels * bits / 8 > looked.size ? Cause::CutShort : Cause::Damaged;
 }
 
 Cause TroubleOf(const std::wstring& path, const Looked& looked) {
