@@ -85,7 +85,9 @@ std::vector<std::byte> AllOf(const Looked& looked) {
 bool IsPngCut(const Looked& looked) {
     constexpr std::uint64_t kSignature = 8, kAround = 12;  // length, name and checksum
     std::array<std::byte, 8> chunk{};
+    std::uint64_t steps = std::uint64_t{1} << 20;  // lest hostile files take for ever
     for (std::uint64_t at = kSignature; looked.ReadAt(at, chunk.data(), chunk.size());) {
+        if (--steps == 0) return false;
         at += kAround + Big32(chunk.data());
         if (at > looked.size) break;
         if (Has(chunk, 4, "IEND"sv)) return false;

@@ -101,6 +101,7 @@ std::vector<std::uint64_t> FindTiffDirectories(const ReadFileAt& readAt, bool* l
 }
 
 bool IsTiffCutShort(const ReadFileAt& readAt, std::uint64_t fileSize) {
+    std::uint64_t steps = std::uint64_t{1} << 20;  // in all, lest hostile files take for ever
     constexpr std::uint64_t kStripOffsets = 273, kStripBytes = 279, kTileOffsets = 324, kTileBytes = 325;
     bool bigEndian = false;
     const Variant* const variant = ReadSignature(readAt, bigEndian);
@@ -112,13 +113,14 @@ bool IsTiffCutShort(const ReadFileAt& readAt, std::uint64_t fileSize) {
         if (!file.Read(directory, variant->countBytes, entries)) return true;
         TagNumbers offsets, sizes;
         std::uint64_t at = directory + variant->countBytes;
-        for (; entries > 0; --entries, at += variant->entryBytes) {
+        for (; entries > 0 && steps > 0; --entries, --steps, at += variant->entryBytes) {
             std::uint64_t tag = 0;
             if (!file.Read(at, 2, tag)) return true;
             if (tag == kStripOffsets || tag == kTileOffsets) offsets = FindNumbers(file, *variant, at);
             if (tag == kStripBytes || tag == kTileBytes) sizes = FindNumbers(file, *variant, at);
         }
-        const std::uint64_t count = std::min({offsets.count, sizes.count, fileSize});
+        const std::uint64_t count = std::min({offsets.count, sizes.count, steps});
+        steps -= count;
         for (std::uint64_t i = 0; i < count; ++i) {
             std::uint64_t offset = 0, size = 0;
             if (!file.Read(offsets.at + i * offsets.bytes, offsets.bytes, offset) ||

@@ -11,6 +11,7 @@
 #include "platform/debug_line.h"
 #include "platform/file_stream.h"
 #include "platform/files.h"
+#include "platform/memory_budget.h"
 #include "platform/scratch_folder.h"
 #include "qtvr/movie_scan.h"
 #include "qtvr/tile_stitching.h"
@@ -159,6 +160,12 @@ Outcome ImportMovie(const std::wstring& path, Feedback& feedback, ImportState& s
             }
         }
     }
+    std::uint64_t memory = 0;
+    for (const Image& tile : state.squares.Tiles()) memory += tile.ByteCount();
+    const std::uint64_t faceEdge = std::uint64_t{1} * state.grid.tilesPerSide * state.squares.Edge();
+    memory += kFaceCount * faceEdge * faceEdge * BytesPerPixel(PixelFormat::Rgba8);
+    Outcome within = WithinMemoryBudget(path, memory);
+    if (!within.IsDone()) return within;
     CubeFaces faces;
     if (!CreateFaces(state, feedback, faces)) return Failure(Reason::NoMemory);
     panorama.faces = std::move(faces);
