@@ -207,7 +207,9 @@ TEST_F(Console, SingleFilesAreWrittenBesideTheOutputsNameAndReadAgain) {
     files.push_back(folder_ / L"strip.png");
     result = RunConsole("convert --from single-files --to strip", files);
     EXPECT_EQ(result.exitStatus, 0) << result.err;
-    EXPECT_NE(result.err.find("missing.png\"; there is no left face\n"), std::string::npos) << result.err;
+    EXPECT_NE(result.err.find("missing.png\": there is no such file; there is no left face\n"),
+              std::string::npos)
+        << result.err;
     const Image strip = Loaded(folder_ / L"strip.png");
     ASSERT_TRUE(strip.width == 96 && strip.format == PixelFormat::Rgb16);
     EXPECT_EQ(strip.GetPixel16(3 * 16 + 8, 8), Color16(65535, 65535, 65535, 65535));
