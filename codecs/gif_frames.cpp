@@ -33,9 +33,10 @@ class Walk {
     std::size_t at_ = 0;
 };
 
-/// Calls visit(index, frame) for each frame and returns how many there are.
+/// Calls visit(index, frame) for each frame and returns how many there are. ended: whether the end mark was
+/// met.
 template <typename Visit>
-std::uint32_t WalkFrames(std::span<const std::byte> file, Visit visit) {
+std::uint32_t WalkFrames(std::span<const std::byte> file, Visit visit, bool* ended = nullptr) {
     constexpr std::size_t kSignatureSize = 6;
     if (file.size() < kSignatureSize || (std::memcmp(file.data(), "GIF87a", kSignatureSize) != 0 &&
                                          std::memcmp(file.data(), "GIF89a", kSignatureSize) != 0)) {
@@ -51,7 +52,7 @@ std::uint32_t WalkFrames(std::span<const std::byte> file, Visit visit) {
     std::uint32_t count = 0;
     GifFrame next;
     while (!walk.AtEnd()) {
-        constexpr std::uint32_t kExtension = 0x21, kGraphicControl = 0xf9, kImage = 0x2c;
+        constexpr std::uint32_t kExtension = 0x21, kGraphicControl = 0xf9, kImage = 0x2c, kEnd = 0x3b;
         const std::uint32_t block = walk.Byte();
         if (block == kExtension) {
             if (walk.Byte() == kGraphicControl) {
@@ -84,6 +85,7 @@ std::uint32_t WalkFrames(std::span<const std::byte> file, Visit visit) {
             visit(count++, next);
             next = GifFrame{};
         } else {
+            if (ended != nullptr) *ended = block == kEnd;
             break;
         }
     }
@@ -96,6 +98,13 @@ std::uint32_t ReadGifFrames(std::span<const std::byte> file, std::uint32_t index
     return WalkFrames(file, [&](std::uint32_t i, const GifFrame& found) {
         if (i == index) frame = found;
     });
+}
+
+bool GifReachesItsEnd(std::span<const std::byte> file) {
+    bool ended = false;
+    WalkFrames(
+        file, [](std::uint32_t, const GifFrame&) {}, &ended);
+    return ended;
 }
 
 bool GifFramesHaveColours(std::span<const std::byte> file) {

@@ -24,6 +24,9 @@ struct GifFrame {
 /// untouched when there are fewer). 0 when the bytes are not a GIF file.
 std::uint32_t ReadGifFrames(std::span<const std::byte> file, std::uint32_t index, GifFrame& frame);
 
+/// Whether the blocks lead to the end mark.
+bool GifReachesItsEnd(std::span<const std::byte> file);
+
 /// Whether every frame has colours. Some decoders do not check that.
 bool GifFramesHaveColours(std::span<const std::byte> file);
 

@@ -201,6 +201,13 @@ bool PlausibleSize(std::uint64_t width, std::uint64_t height, std::uint64_t file
            width * height * kBytesPerPixel <= kAlwaysAllowed + kBestRatio * fileSize;
 }
 
+bool MayHoldPicture(const PictureHeader& header, std::uint64_t width, std::uint64_t height,
+                    std::uint64_t fileSize) {
+    const bool told = header.leastBytes > 0 && header.width == width && header.height == height;
+    return told ? IsReadableSize(width, height) && header.leastBytes <= fileSize
+                : PlausibleSize(width, height, fileSize);
+}
+
 JpegStructure ReadJpegStructure(std::span<const std::byte> file) {
     JpegStructure jpeg;
     if (file.size() < 2 || file[0] != kMarker || file[1] != kStartOfImage) return jpeg;

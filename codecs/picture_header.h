@@ -30,6 +30,11 @@ bool IsReadableSize(std::uint64_t width, std::uint64_t height);
 /// is allocated for it. Sizes in pixels and bytes.
 bool PlausibleSize(std::uint64_t width, std::uint64_t height, std::uint64_t fileSize);
 
+/// PlausibleSize, but for kinds whose header tells how small a file of them can be: that, then. So a flat
+/// picture is read however well it is packed.
+bool MayHoldPicture(const PictureHeader& header, std::uint64_t width, std::uint64_t height,
+                    std::uint64_t fileSize);
+
 /// What the markers of a JPEG file tell.
 struct JpegStructure {
     bool whole = false;       ///< they lead to "end of image"; decoders fill what is cut with grey

@@ -1,5 +1,6 @@
 #include "codecs/tiff_directories.h"
 
+#include <algorithm>
 #include <array>
 #include <unordered_set>
 
@@ -47,6 +48,27 @@ const Variant* ReadSignature(const ReadFileAt& readAt, bool& bigEndian) {
     return version == kClassicVersion ? &kClassic : version == kBigVersion ? &kBig : nullptr;
 }
 
+/// Where a tag's numbers stand.
+struct TagNumbers {
+    std::uint64_t at = 0, count = 0;
+    std::size_t bytes = 0;
+};
+
+/// Of the directory entry at that offset; none for types that are no whole numbers.
+TagNumbers FindNumbers(const NumberReader& file, const Variant& variant, std::uint64_t entry) {
+    constexpr std::uint64_t kShort = 3, kLong = 4, kLong8 = 16;
+    TagNumbers numbers;
+    std::uint64_t type = 0;
+    if (!file.Read(entry + 2, 2, type) || !file.Read(entry + 4, variant.offsetBytes, numbers.count))
+        return {};
+    numbers.bytes = type == kShort ? 2 : type == kLong ? 4 : type == kLong8 ? 8 : 0;
+    if (numbers.bytes == 0) return {};
+    numbers.at = entry + 4 + variant.offsetBytes;
+    const bool inside = numbers.count <= variant.offsetBytes / numbers.bytes;
+    if (!inside && !file.Read(numbers.at, variant.offsetBytes, numbers.at)) return {};
+    return numbers;
+}
+
 }  // namespace
 
 std::vector<std::uint64_t> FindTiffDirectories(const ReadFileAt& readAt, bool* loops) {
@@ -76,6 +98,39 @@ std::vector<std::uint64_t> FindTiffDirectories(const ReadFileAt& readAt, bool* l
         at = next;
     }
     return directories;
+}
+
+bool IsTiffCutShort(const ReadFileAt& readAt, std::uint64_t fileSize) {
+    std::uint64_t steps = std::uint64_t{1} << 20;  // in all, lest hostile files take for ever
+    constexpr std::uint64_t kStripOffsets = 273, kStripBytes = 279, kTileOffsets = 324, kTileBytes = 325;
+    bool bigEndian = false;
+    const Variant* const variant = ReadSignature(readAt, bigEndian);
+    if (!variant) return false;
+    const std::vector<std::uint64_t> directories = FindTiffDirectories(readAt);
+    const NumberReader file(readAt, bigEndian);
+    for (const std::uint64_t directory : directories) {
+        std::uint64_t entries = 0;
+        if (!file.Read(directory, variant->countBytes, entries)) return true;
+        TagNumbers offsets, sizes;
+        std::uint64_t at = directory + variant->countBytes;
+        for (; entries > 0 && steps > 0; --entries, --steps, at += variant->entryBytes) {
+            std::uint64_t tag = 0;
+            if (!file.Read(at, 2, tag)) return true;
+            if (tag == kStripOffsets || tag == kTileOffsets) offsets = FindNumbers(file, *variant, at);
+            if (tag == kStripBytes || tag == kTileBytes) sizes = FindNumbers(file, *variant, at);
+        }
+        const std::uint64_t count = std::min({offsets.count, sizes.count, steps});
+        steps -= count;
+        for (std::uint64_t i = 0; i < count; ++i) {
+            std::uint64_t offset = 0, size = 0;
+            if (!file.Read(offsets.at + i * offsets.bytes, offsets.bytes, offset) ||
+                !file.Read(sizes.at + i * sizes.bytes, sizes.bytes, size) || offset > fileSize ||
+                size > fileSize - offset) {
+                return true;
+            }
+        }
+    }
+    return directories.empty();
 }
 
 bool TiffDirectoryHas(const ReadFileAt& readAt, std::uint64_t directory, std::uint32_t tag) {

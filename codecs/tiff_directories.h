@@ -19,6 +19,10 @@ inline constexpr std::size_t kMostTiffPages = 65536;
 /// TIFF. loops: becomes true when it ends at one met again.
 std::vector<std::uint64_t> FindTiffDirectories(const ReadFileAt& readAt, bool* loops = nullptr);
 
+/// Whether the chain of directories, or a strip or tile of one of its pages, lies beyond the end of the file.
+/// False for what is no TIFF.
+bool IsTiffCutShort(const ReadFileAt& readAt, std::uint64_t fileSize);
+
 /// Whether the directory at that offset has the tag.
 bool TiffDirectoryHas(const ReadFileAt& readAt, std::uint64_t directory, std::uint32_t tag);
 

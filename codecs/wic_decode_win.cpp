@@ -101,13 +101,14 @@ bool IsOnDisk(const std::wstring& path) {
 }
 
 /// False for what brings some decoders down with the whole program: frames without colours (GIF) and
-/// directories that lead in circles (TIFF).
-bool IsSafeToDecode(const std::wstring& path) {
+/// directories that lead in circles (TIFF). header: what the file's first bytes tell.
+bool IsSafeToDecode(const std::wstring& path, PictureHeader& header) {
     FileStream file(path, FileUse::ReadShared);
     std::array<std::byte, kPictureHeaderSize> start{};
     const auto count = static_cast<std::size_t>(std::min<std::uint64_t>(start.size(), file.Size()));
     if (!file.IsOpen() || !file.Read(start.data(), count)) return false;
-    const PictureKind kind = ReadPictureHeader({start.data(), count}).kind;
+    header = ReadPictureHeader({start.data(), count});
+    const PictureKind kind = header.kind;
     if (kind == PictureKind::Gif) {
         std::vector<std::byte> bytes(static_cast<std::size_t>(file.Size()));
         return file.Seek(0) && file.Read(bytes.data(), bytes.size()) && GifFramesHaveColours(bytes);
@@ -125,13 +126,14 @@ bool IsSafeToDecode(const std::wstring& path) {
 /// A file and one of its frames.
 struct OpenFrame {
     ComPtr<IWICImagingFactory> factory = CreateWicFactory();
+    PictureHeader header;
     ComPtr<IWICBitmapDecoder> decoder;
     UINT frameCount = 0;
     ComPtr<IWICBitmapFrameDecode> decode;
     ComPtr<IWICBitmapSource> source;  ///< the same
 
     bool Open(const std::wstring& path, UINT frame) {
-        if (!factory || !IsOnDisk(path) || !IsSafeToDecode(path) ||
+        if (!factory || !IsOnDisk(path) || !IsSafeToDecode(path, header) ||
             FAILED(factory->CreateDecoderFromFilename(path.c_str(), nullptr, GENERIC_READ,
                                                       WICDecodeMetadataCacheOnDemand, decoder.Put())) ||
             FAILED(decoder->GetFrameCount(&frameCount)) || frameCount == 0 ||
@@ -206,7 +208,8 @@ bool FactsOf(const std::wstring& path, const OpenFrame& file, PictureFacts& fact
     UINT width = 0, height = 0;
     WICPixelFormatGUID format;
     if (FAILED(file.source->GetSize(&width, &height)) || width == 0 || height == 0 ||
-        FAILED(file.source->GetPixelFormat(&format)) || !PlausibleSize(width, height, FileSizeOf(path))) {
+        FAILED(file.source->GetPixelFormat(&format)) ||
+        !MayHoldPicture(file.header, width, height, FileSizeOf(path))) {
         return false;
     }
     facts.size = {width, height};
@@ -246,7 +249,7 @@ Outcome DecodePicture(const std::wstring& path, std::uint32_t frameIndex, std::u
     UINT width = 0, height = 0;
     WICPixelFormatGUID frameFormat;
     if (FAILED(source->GetSize(&width, &height)) || width == 0 || height == 0 ||
-        FAILED(frame->GetPixelFormat(&frameFormat)) || !PlausibleSize(width, height, FileSizeOf(path))) {
+        FAILED(frame->GetPixelFormat(&frameFormat)) || !IsReadableSize(width, height)) {
         return failed;
     }
 

@@ -9,8 +9,10 @@ namespace skyvault {
 
 Outcome ReadPalette(const ImportRequest& request, Image& picture) {
     const std::wstring& path = request.Path();
-    if (!path.empty() && LoadPicture(path, picture).IsDone()) return {};
-    return Failure(Reason::PictureMissing, path);
+    if (path.empty()) return Failure(Reason::PictureMissing);
+    Outcome loaded = LoadPicture(path, picture);
+    if (!loaded.IsDone()) loaded.reason = Reason::PictureMissing;
+    return loaded;
 }
 
 bool DiagonalPalette(const Image& picture, Diagonal rule, std::span<Color8> colours) {

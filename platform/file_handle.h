@@ -16,8 +16,9 @@ class FileHandle {
     FileHandle& operator=(const FileHandle&) = delete;
 
     /// One attempt. write: opened or created, an existing file keeps its contents. shared: other readers
-    /// are admitted; otherwise nobody else may have the file open through a stream.
-    bool Open(const std::wstring& path, bool write, bool shared);
+    /// are admitted; otherwise nobody else may have the file open through a stream. inUse: whether it failed
+    /// because somebody has, so that it may succeed in a moment.
+    bool Open(const std::wstring& path, bool write, bool shared, bool* inUse = nullptr);
     bool IsOpen() const;
 
     /// True when exactly n bytes came or went.

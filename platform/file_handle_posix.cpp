@@ -10,7 +10,7 @@
 
 namespace skyvault {
 
-bool FileHandle::Open(const std::wstring& path, bool write, bool shared) {
+bool FileHandle::Open(const std::wstring& path, bool write, bool shared, bool* inUse) {
     const int flags = (write ? O_WRONLY | O_CREAT : O_RDONLY | O_NONBLOCK) | O_CLOEXEC;
     const int descriptor = open(ToSystemBytes(path).c_str(), flags, 0666);
     if (descriptor < 0) return false;
@@ -21,6 +21,7 @@ bool FileHandle::Open(const std::wstring& path, bool write, bool shared) {
     const bool taken = flock(descriptor, (shared ? LOCK_SH : LOCK_EX) | LOCK_NB) != 0 && errno == EWOULDBLOCK;
     if (!isFile || taken) {
         close(descriptor);
+        if (inUse != nullptr) *inUse = isFile;
         return false;
     }
     descriptor_ = descriptor;

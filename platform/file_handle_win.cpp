@@ -13,11 +13,15 @@ constexpr std::size_t kLargestStep = std::size_t{1} << 30;
 
 }  // namespace
 
-bool FileHandle::Open(const std::wstring& path, bool write, bool shared) {
+bool FileHandle::Open(const std::wstring& path, bool write, bool shared, bool* inUse) {
     const HANDLE handle =
         CreateFileW(path.c_str(), write ? GENERIC_WRITE : GENERIC_READ, shared ? FILE_SHARE_READ : 0, nullptr,
                     write ? OPEN_ALWAYS : OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (handle == INVALID_HANDLE_VALUE) return false;
+    if (handle == INVALID_HANDLE_VALUE) {
+        const DWORD reason = GetLastError();
+        if (inUse != nullptr) *inUse = reason == ERROR_SHARING_VIOLATION || reason == ERROR_LOCK_VIOLATION;
+        return false;
+    }
     // "CON.tga" is the keyboard on some versions of the system; such a device may never end.
     if (!write && GetFileType(handle) != FILE_TYPE_DISK) {
         CloseHandle(handle);

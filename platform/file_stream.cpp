@@ -20,8 +20,9 @@ bool OpenPatiently(FileHandle& handle, const std::wstring& path, FileUse use) {
     if (path.empty()) return false;
     for (int attempt = 0; attempt < kAttempts; ++attempt) {
         const bool atOnce = shareAndFailAtOnce;
-        if (handle.Open(path, write, use == FileUse::ReadShared || (atOnce && !write))) return true;
-        if (atOnce) return false;
+        bool inUse = false;
+        if (handle.Open(path, write, use == FileUse::ReadShared || (atOnce && !write), &inUse)) return true;
+        if (atOnce || !inUse) return false;
         SleepMilliseconds(kMillisecondsBetween);
     }
     return false;

@@ -1,5 +1,5 @@
 // A file read or written from front to back, with the patience desktop files need: another program may
-// hold the file for a moment, so opening is tried ten times, 100 ms apart.
+// hold the file for a moment, so opening one that is in use is tried ten times, 100 ms apart.
 #pragma once
 
 #include <cstddef>

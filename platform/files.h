@@ -43,6 +43,9 @@ bool SamePlace(const std::wstring& a, const std::wstring& b);
 /// `temporary`, a file in the same folder, which may be gone and is gone afterwards.
 Cause WhyNotWritten(const std::wstring& path, const std::wstring& temporary);
 
+/// Why a file cannot be opened for reading; Unknown when it can.
+Cause WhyNotOpened(const std::wstring& path);
+
 bool RemoveFile(const std::wstring& path);
 
 /// Creates one folder whose parent exists. False when anything has the name already.

@@ -104,6 +104,27 @@ bool SamePlace(const std::wstring& a, const std::wstring& b) {
            SameFolder(folder(first), folder(second));
 }
 
+Cause WhyNotOpened(const std::wstring& path) {
+    struct stat status {};
+    if (stat(ToSystemBytes(path).c_str(), &status) != 0) {
+        switch (errno) {
+            case ENOENT:
+                return Cause::NoFile;
+            case ENOTDIR:
+                return Cause::NoFolder;
+            case EACCES:
+                return Cause::NotReadable;
+            case ENAMETOOLONG:
+                return Cause::NameTooLong;
+            default:
+                return Cause::Unknown;
+        }
+    }
+    if (S_ISDIR(status.st_mode)) return Cause::IsFolder;
+    if (!S_ISREG(status.st_mode)) return Cause::NotAPlainFile;
+    return access(ToSystemBytes(path).c_str(), R_OK) != 0 ? Cause::NotReadable : Cause::Unknown;
+}
+
 Cause WhyNotWritten(const std::wstring& path, const std::wstring& temporary) {
     if (FolderExists(path)) return Cause::IsFolder;
     const std::wstring place = WrittenThrough(path);

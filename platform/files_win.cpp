@@ -68,6 +68,33 @@ bool SamePlace(const std::wstring& a, const std::wstring& b) {
     return LowerCase(FileNamePart(a)) == LowerCase(FileNamePart(b)) && SameFolder(folder(a), folder(b));
 }
 
+Cause WhyNotOpened(const std::wstring& path) {
+    if (FolderExists(path)) return Cause::IsFolder;
+    const HANDLE file = CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file != INVALID_HANDLE_VALUE) {
+        const bool onDisk = GetFileType(file) == FILE_TYPE_DISK;
+        CloseHandle(file);
+        return onDisk ? Cause::Unknown : Cause::NotAPlainFile;
+    }
+    switch (GetLastError()) {
+        case ERROR_FILE_NOT_FOUND:
+            return Cause::NoFile;
+        case ERROR_PATH_NOT_FOUND:
+            return Cause::NoFolder;
+        case ERROR_ACCESS_DENIED:
+            return Cause::NotReadable;
+        case ERROR_SHARING_VIOLATION:
+        case ERROR_LOCK_VIOLATION:
+            return Cause::InUse;
+        case ERROR_FILENAME_EXCED_RANGE:
+        case ERROR_INVALID_NAME:
+            return Cause::NameTooLong;
+        default:
+            return Cause::Unknown;
+    }
+}
+
 Cause WhyNotWritten(const std::wstring& path, const std::wstring& temporary) {
     if (FolderExists(path)) return Cause::IsFolder;
     const DWORD attributes = GetFileAttributesW(path.c_str());

@@ -36,7 +36,7 @@ enum class Reason {
     CannotSaveSettings,
 };
 
-/// Why a file could not be written, as far as the system tells, or not be read.
+/// Why a file could not be read or written, as far as it and the system tell.
 enum class Cause {
     Unknown,
     NoFolder,
@@ -53,6 +53,16 @@ enum class Cause {
     SeveralParts,   ///< several pictures in one file
     ColoursNotRgb,  ///< luminance and chroma, XYZ, or channels without colours
     UnknownPacking,
+    // Of reading.
+    NoFile,
+    NotReadable,  ///< reading the file is not allowed
+    InUse,        ///< another program does not share it
+    Empty,
+    CutShort,
+    NotAPicture,
+    KindNotRead,      ///< a picture, but of a kind that is not read here
+    MisnamedPicture,  ///< a picture of another kind than its name says
+    Damaged,          ///< of a kind that is read, and there to its end as far as that is seen
 };
 
 struct [[nodiscard]] Outcome {

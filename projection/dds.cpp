@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "codecs/dds_cube_map.h"
+#include "codecs/picture_trouble.h"
 #include "projection/build_faces.h"
 #include "projection/cube_mips.h"
 #include "projection/export_size.h"
@@ -46,8 +47,8 @@ DdsFormat FormatOfEncoding(DdsEncoding encoding) {
 Outcome ImportCubeMapDds(const ImportRequest& request, Feedback&, Panorama& panorama) {
     if (request.Path().empty()) return Failure(Reason::CannotOpen);
     Outcome loaded = LoadDdsCubeMap(request.Path(), panorama.faces, request.settings.transparency);
-    if (!loaded.IsDone()) return loaded;
-    if (panorama.IsEmpty()) return Failure(Reason::CannotOpen);
+    if (loaded.IsDone() && panorama.IsEmpty()) loaded = Failure(Reason::CannotOpen, request.Path());
+    if (!loaded.IsDone()) return WithCause(std::move(loaded));
     panorama.faceSize = panorama.faces[0].width;
     return {};
 }

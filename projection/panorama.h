@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "codecs/photo_metadata.h"
 #include "image/image.h"
@@ -19,11 +20,12 @@ struct Panorama {
 
     std::wstring path;  ///< the first source path, for the window title
     std::uint32_t faceSize = 0;
-    CubeFaces faces;           ///< all of one size and format, or some of them invalid
-    Image equirectSource;      ///< when valid, every sample reads it and never the faces
-    Image logoPicture;         ///< what the logo disc shows; invalid: one colour (LoadLogo)
-    std::wstring missingLogo;  ///< the logo's path when it could not be read
-    Image resultPicture;       ///< the last layout built, for a file or for the window
+    CubeFaces faces;                    ///< all of one size and format, or some of them invalid
+    Image equirectSource;               ///< when valid, every sample reads it and never the faces
+    Image logoPicture;                  ///< what the logo disc shows; invalid: one colour (LoadLogo)
+    std::vector<Outcome> faceFailures;  ///< of single files that could not be read, each naming its file
+    std::wstring missingLogo;           ///< the logo's path when it could not be read
+    Image resultPicture;                ///< the last layout built, for a file or for the window
     Modifications modifications;
     PhotoMetadata metadata;  ///< what the first of its photos carried; exports carry it on
     bool sphereTags = true;  ///< equirectangular exports carry the panorama properties

@@ -6,10 +6,12 @@
 #include <vector>
 
 #include "codecs/picture_files.h"
+#include "codecs/picture_trouble.h"
 #include "image/pixel_rows.h"
 #include "platform/debug_line.h"
 #include "platform/file_stream.h"
 #include "platform/files.h"
+#include "platform/memory_budget.h"
 #include "platform/scratch_folder.h"
 #include "qtvr/movie_scan.h"
 #include "qtvr/tile_stitching.h"
@@ -62,15 +64,15 @@ void Report(Feedback& feedback, float fraction, const wchar_t* text) {
 }
 
 /// The codecs read files.
-Image DecodePicture(MovieBytes bytes, const std::wstring& path) {
-    if (path.empty()) return {};
+Outcome DecodePicture(MovieBytes bytes, const std::wstring& path, Image& picture) {
+    if (path.empty()) return Failure(Reason::CannotOpen);
     FileStream file(path, FileUse::Write);
-    Image picture;
     const bool written = file.Write(bytes.data(), bytes.size()) && file.Close();
-    if (!written || !LoadPicture(path, picture).IsDone()) picture.Clear();
+    Outcome loaded = written ? LoadPicture(path, picture) : Failure(Reason::CannotOpen);
     file.Close();
     RemoveFile(path);
-    return picture;
+    loaded.file.clear();  // the movie is what is told of
+    return loaded;
 }
 
 Outcome LoadTiles(MovieBytes movie, Feedback& feedback, ImportState& state) {
@@ -80,8 +82,13 @@ Outcome LoadTiles(MovieBytes movie, Feedback& feedback, ImportState& state) {
         const ByteRange range = state.pictures.ranges[static_cast<std::size_t>(n)];
         Report(feedback, static_cast<float>(range.offset) / static_cast<float>(movie.size()),
                L"Extracting JPG files...");
-        state.squares.Offer(DecodePicture(movie.subspan(range.offset, range.size),
-                                          scratch.Path(std::to_wstring(n) + L".jpg")));
+        Image picture;
+        Outcome decoded = DecodePicture(movie.subspan(range.offset, range.size),
+                                        scratch.Path(std::to_wstring(n) + L".jpg"), picture);
+        // A tile that is damaged leaves a gap; one there is no memory for is no reason to call the movie
+        // wrong.
+        if (decoded.reason == Reason::NeedsMemory) return decoded;
+        state.squares.Offer(std::move(picture));
     }
     DebugLine(std::to_wstring(state.squares.Count()) +
               L" JPEG files found with the highest square resolution: " +
@@ -134,7 +141,9 @@ bool CreateFaces(const ImportState& state, Feedback& feedback, CubeFaces& faces)
 Outcome ImportMovie(const std::wstring& path, Feedback& feedback, ImportState& state, Panorama& panorama) {
     {
         std::vector<std::byte> movie;
-        if (!ReadWholeFile(path, movie) || movie.empty()) return Failure(Reason::CannotOpen);
+        if (!ReadWholeFile(path, movie) || movie.empty()) {
+            return {.reason = Reason::CannotOpen, .cause = WhyNotRead(path)};
+        }
         FindPictures(movie, state.pictures);
         if (state.pictures.count == 0) return Failure(Reason::CannotOpen);
         Outcome loaded = LoadTiles(movie, feedback, state);
@@ -151,6 +160,12 @@ Outcome ImportMovie(const std::wstring& path, Feedback& feedback, ImportState& s
             }
         }
     }
+    std::uint64_t memory = 0;
+    for (const Image& tile : state.squares.Tiles()) memory += tile.ByteCount();
+    const std::uint64_t faceEdge = std::uint64_t{1} * state.grid.tilesPerSide * state.squares.Edge();
+    memory += kFaceCount * faceEdge * faceEdge * BytesPerPixel(PixelFormat::Rgba8);
+    Outcome within = WithinMemoryBudget(path, memory);
+    if (!within.IsDone()) return within;
     CubeFaces faces;
     if (!CreateFaces(state, feedback, faces)) return Failure(Reason::NoMemory);
     panorama.faces = std::move(faces);

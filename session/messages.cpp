@@ -1,5 +1,6 @@
 #include "session/messages.h"
 
+#include <algorithm>
 #include <cstdint>
 
 #include "platform/path_text.h"
@@ -37,6 +38,24 @@ const wchar_t* TextOf(Cause cause) {
             return L": its colours are not red, green and blue";
         case Cause::UnknownPacking:
             return L": its compression is not read";
+        case Cause::NoFile:
+            return L": there is no such file";
+        case Cause::NotReadable:
+            return L": reading it is not allowed";
+        case Cause::InUse:
+            return L": another program has it open";
+        case Cause::Empty:
+            return L": it is empty";
+        case Cause::CutShort:
+            return L": it is cut short";
+        case Cause::NotAPicture:
+            return L": it is not a picture";
+        case Cause::KindNotRead:
+            return L": pictures of its kind are not read";
+        case Cause::MisnamedPicture:
+            return L": it is a picture of another kind than its name says";
+        case Cause::Damaged:
+            return L": it is damaged, or stored in a way that is not read";
     }
     return L"";
 }
@@ -115,7 +134,11 @@ std::vector<std::wstring> FaceTroubles(const Panorama& panorama, const std::vect
         const std::uint32_t size = panorama.faceSize;
         if (paths[f].empty()) continue;
         if (!face.IsValid()) {
-            lines.push_back(L"Could not open " + Quoted(paths[f]) + L"; there is no " + kNames[f] + L" face");
+            const auto& failures = panorama.faceFailures;
+            const auto why = std::find_if(failures.begin(), failures.end(),
+                                          [&](const Outcome& failure) { return failure.file == paths[f]; });
+            lines.push_back(LineOf(why != failures.end() ? *why : Failure(Reason::CannotOpen, paths[f])) +
+                            L"; there is no " + kNames[f] + L" face");
         } else if (face.width != size || face.height != size) {
             lines.push_back(L"The " + std::wstring(kNames[f]) + L" face " + Quoted(paths[f]) + L" is " +
                             sizeText(face.width, face.height) + L", not " + sizeText(size, size));
@@ -132,7 +155,9 @@ std::vector<std::wstring> MetadataTroubles(const std::wstring& photo, const std:
 
 std::wstring LineOf(const Outcome& outcome) {
     if (outcome.IsDone()) return {};
-    if (outcome.reason == Reason::PictureMissing) return L"Could not open " + Quoted(outcome.file);
+    if (outcome.reason == Reason::PictureMissing) {
+        return L"Could not open " + Quoted(outcome.file) + TextOf(outcome.cause);
+    }
     const std::wstring message = MessageOf(outcome);
     const bool named = outcome.file.empty() || message.find(Printable(outcome.file)) != std::wstring::npos;
     return named ? message : message + L": " + Quoted(outcome.file);

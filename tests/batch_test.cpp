@@ -155,7 +155,7 @@ TEST_F(Batch, WhatFailsIsToldAndTheRestConverted) {
     EXPECT_EQ(counts.failed, 2u);
     using enum BatchEnd;
     EXPECT_EQ(listener.ends, (std::vector{Converted, Failed, Converted, Failed}));
-    EXPECT_EQ(listener.reasons[1], L"Could not open \"" + Source(L"b.png") + L"\"");
+    EXPECT_EQ(listener.reasons[1], L"Could not open \"" + Source(L"b.png") + L"\": it is not a picture");
     EXPECT_EQ(Results(), (Names{L"a", L"c"})) << "no folder stays behind for what failed";
     EXPECT_EQ(FindFiles(Result(L"a")).size(), 6u);
     EXPECT_EQ(ReadPictureSize(JoinPath(Result(L"c"), L"c_bottom.bmp")).width, 16u);

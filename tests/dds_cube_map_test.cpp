@@ -175,7 +175,7 @@ TEST(DdsImport, AFileSaysItselfWhetherItIsACubeMap) {
             said.push_back(L"\"" + name + L"\" is " + FromUtf8(row[4]) + L".\n\nNow switching to " +
                            (faceSize == 4 ? L"cubemap." : L"equirectangular."));
         EXPECT_EQ(t.feedback.information, said);
-        EXPECT_EQ(MessageOf(outcome), faceSize == 0 ? L"Could not open \"" + path + L"\"" : L"");
+        EXPECT_EQ(MessageOf(outcome).starts_with(L"Could not open " + Quoted(path) + L": "), faceSize == 0);
         EXPECT_EQ(t.panorama.equirectSource.IsValid(), faceSize == 1);
         for (const Image& face : t.panorama.faces) EXPECT_EQ(face.IsValid(), faceSize == 4);
         EXPECT_EQ(t.panorama.faceSize, faceSize);

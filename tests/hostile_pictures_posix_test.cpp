@@ -127,6 +127,8 @@ TEST(HostilePictures, FlatPicturesAreBelievedAndEmptyClaimsAreNot) {
     EXPECT_FALSE(PlausibleSize(30000, 30000, 100));
     EXPECT_LE(header.leastBytes, 16382u);
     EXPECT_GT(header.leastBytes, 16382u / 8 * 7);
+    EXPECT_TRUE(MayHoldPicture(header, 16384, 8192, 16382));
+    EXPECT_FALSE(MayHoldPicture(header, 16384, 8192, 14000) || MayHoldPicture(header, 30000, 30000, 100));
     // Rows of 20000 pixels are 79 runs.
     Bytes packed = MakeBmp(20000, 20000, 8, {});
     packed[30] = 1;

@@ -100,7 +100,8 @@ TEST_F(LostFiles, AMissingLogoIsToldOnce) {
     settings.logo = folder / L"none.png";
     Import(IDM_IMPORT_EQUIRECTANGULAR, {source});
     for (int i = 0; i < 3; ++i) LogoCommand(session, 1);
-    EXPECT_EQ(host.errors, std::vector{L"Could not open " + Quoted(settings.logo)});
+    EXPECT_EQ(host.errors,
+              std::vector{L"Could not open " + Quoted(settings.logo) + L": there is no such file"});
     ApplyOptions(session);
     EXPECT_EQ(host.errors.size(), 2u);
     for (const std::uint32_t size : {4u, 6u}) {
@@ -157,9 +158,9 @@ TEST_F(LostFiles, AFailedImportLeavesNothingOnShowAndFacesOfOtherSizesAreNamed) 
     }
     host.errors.clear();
     Import(IDM_IMPORT_SINGLE_FILES, faces);
-    EXPECT_EQ(host.errors,
-              std::vector{L"Could not open " + Quoted(faces[2]) + L"; there is no back face\nThe top face " +
-                          Quoted(faces[4]) + L" is 16 x 12, not 16 x 16"});
+    EXPECT_EQ(host.errors, std::vector{L"Could not open " + Quoted(faces[2]) +
+                                       L": there is no such file; there is no back face\nThe top face " +
+                                       Quoted(faces[4]) + L" is 16 x 12, not 16 x 16"});
 }
 
 TEST(PathText, RootsAreNotNames) {

@@ -139,7 +139,7 @@ TEST_F(SessionTest, AFailedImportLeavesAnEmptyPanorama) {
     const std::wstring missing = folder.Path(L"missing.bmp");
     host.answers = {missing};
     RunCommand(session, IDM_IMPORT_EQUIRECTANGULAR);
-    EXPECT_EQ(host.errors, std::vector<std::wstring>{L"Could not open \"" + missing + L"\""});
+    EXPECT_EQ(host.errors, std::vector{L"Could not open " + Quoted(missing) + L": there is no such file"});
     EXPECT_EQ(settings.importPath, L"kept") << "the folder of a file that is not there";
     ASSERT_NE(session.panorama, nullptr);
     EXPECT_TRUE(session.panorama->IsEmpty());
