@@ -16,11 +16,25 @@
 namespace skyvault {
 namespace {
 
+bool IsRepeat(LPARAM keyData) {
+    return (keyData & LPARAM{1} << 30) != 0;
+}
+
 /// A held key's repetition that has waited in the queue until after the key was let go: large pictures take
 /// longer to draw than keys to repeat, and turning on after the hand has stopped is no use.
 bool IsLateRepeat(WPARAM key, LPARAM keyData) {
-    const bool repeated = (keyData & LPARAM{1} << 30) != 0;
-    return repeated && (GetAsyncKeyState(static_cast<int>(key)) & 0x8000) == 0;
+    return IsRepeat(keyData) && (GetAsyncKeyState(static_cast<int>(key)) & 0x8000) == 0;
+}
+
+/// Before a menu opens: its items that can do nothing now are greyed.
+void GreyUnavailable(const Session& session, HMENU menu) {
+    constexpr UINT kNone = 0xffffffff;
+    for (int i = 0; i < GetMenuItemCount(menu); ++i) {
+        const UINT command = GetMenuItemID(menu, i);
+        if (command == 0 || command == kNone) continue;
+        const bool available = IsAvailable(session, static_cast<std::uint16_t>(command));
+        EnableMenuItem(menu, command, static_cast<UINT>(MF_BYCOMMAND | (available ? MF_ENABLED : MF_GRAYED)));
+    }
 }
 
 /// What WM_DROPFILES carries. Its memory is the system's: given back also when ours runs out.
@@ -145,7 +159,10 @@ LRESULT MainWindow::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
             OnPaint();
             return 0;
         case WM_KEYDOWN:
-            if (const std::uint16_t command = CommandOfKey(wParam); command != 0) {
+            if (const std::uint16_t command = CommandOfKey(wParam, GetKeyState(VK_CONTROL) < 0);
+                command != 0) {
+                // A held key is one step of Undo.
+                if (!IsRepeat(lParam)) EndStep(session_.history);
                 if (!IsLateRepeat(wParam, lParam)) OnCommand(command);
                 return 0;
             }
@@ -154,7 +171,11 @@ LRESULT MainWindow::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
             if (const std::uint16_t command = CommandOfCharacter(wParam); command != 0) OnCommand(command);
             return 0;
         case WM_COMMAND:
+            EndStep(session_.history);
             OnCommand(LOWORD(wParam));
+            return 0;
+        case WM_INITMENUPOPUP:
+            GreyUnavailable(session_, reinterpret_cast<HMENU>(wParam));
             return 0;
         case WM_DROPFILES:
             OnDrop(wParam);
@@ -194,13 +215,15 @@ void MainWindow::OnCommand(std::uint16_t command) {
     Run([&] { RunMenuCommand(window_, instance_, session_, host_.Dialogs(), command); });
 }
 
+void MainWindow::OpenFiles(const std::vector<std::wstring>& paths) {
+    Run([&] { OpenDroppedFiles(session_, paths); });
+}
+
 void MainWindow::OnDrop(WPARAM drop) {
     const std::vector<std::wstring> paths = TakeDroppedFiles(drop);
-    Run([&] {
-        // The window dropped on is not always the one in front.
-        SetForegroundWindow(window_);
-        OpenDroppedFiles(session_, paths);
-    });
+    // The window dropped on is not always the one in front.
+    if (!busy_) SetForegroundWindow(window_);
+    OpenFiles(paths);
 }
 
 void MainWindow::RefreshView() {

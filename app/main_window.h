@@ -3,6 +3,9 @@
 
 #include <windows.h>
 
+#include <string>
+#include <vector>
+
 #include "app/preview_mouse.h"
 #include "app/window_host.h"
 #include "session/session.h"
@@ -37,6 +40,9 @@ class MainWindow {
     /// The host shows pictures in it from then on.
     bool Create();
     HWND Handle() const { return window_; }
+
+    /// Opens them as if they had been dropped on the window.
+    void OpenFiles(const std::vector<std::wstring>& paths);
 
     /// The window procedure of the class.
     static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept;

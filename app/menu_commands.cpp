@@ -24,17 +24,25 @@ constexpr CommandKey kCommandKeys[] = {
     {VK_INSERT, IDM_BIGGER_LOGO},   {VK_DELETE, IDM_SMALLER_LOGO},
     {VK_ADD, IDM_BIGGER_FOV},       {VK_SUBTRACT, IDM_SMALLER_FOV},
 };
+/// Only with Ctrl held, which makes no difference to the others but the size of their step.
+constexpr CommandKey kControlKeys[] = {{'Z', IDM_UNDO}, {'Y', IDM_REDO}};
 
-}  // namespace
-
-std::uint16_t CommandOfKey(WPARAM virtualKey) {
-    const int functionKey =
-        virtualKey >= VK_F1 && virtualKey <= VK_F12 ? static_cast<int>(virtualKey - VK_F1) + 1 : 0;
-    if (const LayoutRow* const view = LayoutOfFunctionKey(functionKey)) return view->viewCommand;
-    for (const CommandKey& row : kCommandKeys) {
+template <std::size_t count>
+std::uint16_t Find(const CommandKey (&rows)[count], WPARAM virtualKey) {
+    for (const CommandKey& row : rows) {
         if (row.key == virtualKey) return row.command;
     }
     return 0;
+}
+
+}  // namespace
+
+std::uint16_t CommandOfKey(WPARAM virtualKey, bool controlHeld) {
+    const int functionKey =
+        virtualKey >= VK_F1 && virtualKey <= VK_F12 ? static_cast<int>(virtualKey - VK_F1) + 1 : 0;
+    if (const LayoutRow* const view = LayoutOfFunctionKey(functionKey)) return view->viewCommand;
+    const std::uint16_t command = Find(kCommandKeys, virtualKey);
+    return command == 0 && controlHeld ? Find(kControlKeys, virtualKey) : command;
 }
 
 std::uint16_t CommandOfCharacter(WPARAM character) {

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "projection/panorama.h"
+#include "session/history.h"
 #include "session/host.h"
 #include "settings/app_state.h"
 
@@ -15,6 +16,7 @@ struct Session {
     Host& host;
     std::unique_ptr<Panorama> panorama = nullptr;  ///< none until the first import
     Camera previewCamera = {};
+    History history = {};              ///< of the panorama's modifications
     std::wstring title = L"Skyvault";  ///< what the title bar says now
 };
 
