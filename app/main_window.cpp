@@ -86,6 +86,8 @@ MainWindowClass::~MainWindowClass() {
 }
 
 MainWindow::~MainWindow() {
+    // A menu that is no window's is not destroyed with one.
+    if (fullScreen_) DestroyMenu(menu_);
     if (window_ != nullptr) DestroyWindow(window_);
 }
 
@@ -159,6 +161,10 @@ LRESULT MainWindow::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
             OnPaint();
             return 0;
         case WM_KEYDOWN:
+            if (wParam == VK_ESCAPE && fullScreen_) {
+                SetFullScreen(false);
+                return 0;
+            }
             if (const std::uint16_t command = CommandOfKey(wParam, GetKeyState(VK_CONTROL) < 0);
                 command != 0) {
                 // A held key is one step of Undo.
@@ -212,6 +218,7 @@ void MainWindow::Run(Operation operation) {
 }
 
 void MainWindow::OnCommand(std::uint16_t command) {
+    if (command == IDM_FULL_SCREEN) return SetFullScreen(!fullScreen_);
     Run([&] { RunMenuCommand(window_, instance_, session_, host_.Dialogs(), command); });
 }
 
@@ -252,9 +259,39 @@ void MainWindow::OnPaint() {
     if (session_.panorama != nullptr) host_.Show(session_.panorama->resultPicture);
 }
 
+void MainWindow::SetFullScreen(bool full) {
+    if (full == fullScreen_ || busy_) return;
+    MONITORINFO monitor{};
+    monitor.cbSize = sizeof monitor;
+    placeBefore_.length = sizeof placeBefore_;
+    if (full && (!GetWindowPlacement(window_, &placeBefore_) ||
+                 !GetMonitorInfoW(MonitorFromWindow(window_, MONITOR_DEFAULTTONEAREST), &monitor))) {
+        return;
+    }
+    // Its place is not the one to come back to.
+    fullScreen_ = true;
+    const LONG_PTR style = GetWindowLongPtrW(window_, GWL_STYLE);
+    constexpr LONG_PTR kFrame = WS_OVERLAPPEDWINDOW;
+    SetWindowLongPtrW(window_, GWL_STYLE, full ? style & ~kFrame : style | kFrame);
+    if (full) {
+        menu_ = GetMenu(window_);
+        SetMenu(window_, nullptr);
+        const RECT& all = monitor.rcMonitor;
+        SetWindowPos(window_, HWND_TOP, all.left, all.top, all.right - all.left, all.bottom - all.top,
+                     SWP_FRAMECHANGED);
+    } else {
+        SetMenu(window_, menu_);
+        session_.host.UpdateMenuChecks();
+        SetWindowPlacement(window_, &placeBefore_);
+        SetWindowPos(window_, nullptr, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOZORDER | SWP_FRAMECHANGED);
+    }
+    fullScreen_ = full;
+    StoreRect();
+}
+
 void MainWindow::StoreRect() {
     RECT rect{};
-    if (IsIconic(window_) || !GetWindowRect(window_, &rect)) return;
+    if (fullScreen_ || IsIconic(window_) || !GetWindowRect(window_, &rect)) return;
     session_.settings.windowRect = {rect.left, rect.top, rect.right, rect.bottom};
 }
 

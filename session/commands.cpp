@@ -65,6 +65,9 @@ bool RunCommand(Session& session, std::uint16_t command) {
         case IDM_RESET_ALL:
             ResetAllModifications(session);
             return true;
+        case IDM_EXPORT_AGAIN:
+            ExportCommand(session, *FindLayout(session.lastExport));
+            return true;
         case IDM_UNDO:
             UndoCommand(session);
             return true;
@@ -95,6 +98,8 @@ bool IsAvailable(const Session& session, std::uint16_t command) {
             return hasPhoto && !session.history.undo.empty();
         case IDM_REDO:
             return hasPhoto && !session.history.redo.empty();
+        case IDM_EXPORT_AGAIN:
+        case IDM_COPY_VIEW:
         case IDM_HEADING_LEFT:
         case IDM_HEADING_RIGHT:
         case IDM_PITCH_UP:

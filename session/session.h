@@ -16,8 +16,9 @@ struct Session {
     Host& host;
     std::unique_ptr<Panorama> panorama = nullptr;  ///< none until the first import
     Camera previewCamera = {};
-    History history = {};              ///< of the panorama's modifications
-    std::wstring title = L"Skyvault";  ///< what the title bar says now
+    History history = {};                                         ///< of the panorama's modifications
+    PanoramaFormat lastExport = PanoramaFormat::Equirectangular;  ///< what "Export again" exports
+    std::wstring title = L"Skyvault";                             ///< what the title bar says now
 };
 
 }  // namespace skyvault

@@ -65,7 +65,7 @@ TEST(Resources, EveryLayoutCommandStandsUnderItsLayoutsName) {
             menu.erase(id);
         }
     }
-    EXPECT_EQ(menu.size(), 26u) << "commands that are no layout's";
+    EXPECT_EQ(menu.size(), 29u) << "commands that are no layout's";
 }
 
 TEST(Resources, EveryKeyRunsTheCommandWhoseMenuLineNamesIt) {
