@@ -16,11 +16,25 @@
 namespace skyvault {
 namespace {
 
+bool IsRepeat(LPARAM keyData) {
+    return (keyData & LPARAM{1} << 30) != 0;
+}
+
 /// A held key's repetition that has waited in the queue until after the key was let go: large pictures take
 /// longer to draw than keys to repeat, and turning on after the hand has stopped is no use.
 bool IsLateRepeat(WPARAM key, LPARAM keyData) {
-    const bool repeated = (keyData & LPARAM{1} << 30) != 0;
-    return repeated && (GetAsyncKeyState(static_cast<int>(key)) & 0x8000) == 0;
+    return IsRepeat(keyData) && (GetAsyncKeyState(static_cast<int>(key)) & 0x8000) == 0;
+}
+
+/// Before a menu opens: its items that can do nothing now are greyed.
+void GreyUnavailable(const Session& session, HMENU menu) {
+    constexpr UINT kNone = 0xffffffff;
+    for (int i = 0; i < GetMenuItemCount(menu); ++i) {
+        const UINT command = GetMenuItemID(menu, i);
+        if (command == 0 || command == kNone) continue;
+        const bool available = IsAvailable(session, static_cast<std::uint16_t>(command));
+        EnableMenuItem(menu, command, static_cast<UINT>(MF_BYCOMMAND | (available ? MF_ENABLED : MF_GRAYED)));
+    }
 }
 
 /// What WM_DROPFILES carries. Its memory is the system's: given back also when ours runs out.
@@ -72,6 +86,8 @@ MainWindowClass::~MainWindowClass() {
 }
 
 MainWindow::~MainWindow() {
+    // A menu that is no window's is not destroyed with one.
+    if (fullScreen_) DestroyMenu(menu_);
     if (window_ != nullptr) DestroyWindow(window_);
 }
 
@@ -145,7 +161,14 @@ LRESULT MainWindow::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
             OnPaint();
             return 0;
         case WM_KEYDOWN:
-            if (const std::uint16_t command = CommandOfKey(wParam); command != 0) {
+            if (wParam == VK_ESCAPE && fullScreen_) {
+                SetFullScreen(false);
+                return 0;
+            }
+            if (const std::uint16_t command = CommandOfKey(wParam, GetKeyState(VK_CONTROL) < 0);
+                command != 0) {
+                // A held key is one step of Undo.
+                if (!IsRepeat(lParam)) EndStep(session_.history);
                 if (!IsLateRepeat(wParam, lParam)) OnCommand(command);
                 return 0;
             }
@@ -154,7 +177,11 @@ LRESULT MainWindow::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
             if (const std::uint16_t command = CommandOfCharacter(wParam); command != 0) OnCommand(command);
             return 0;
         case WM_COMMAND:
+            EndStep(session_.history);
             OnCommand(LOWORD(wParam));
+            return 0;
+        case WM_INITMENUPOPUP:
+            GreyUnavailable(session_, reinterpret_cast<HMENU>(wParam));
             return 0;
         case WM_DROPFILES:
             OnDrop(wParam);
@@ -191,16 +218,19 @@ void MainWindow::Run(Operation operation) {
 }
 
 void MainWindow::OnCommand(std::uint16_t command) {
+    if (command == IDM_FULL_SCREEN) return SetFullScreen(!fullScreen_);
     Run([&] { RunMenuCommand(window_, instance_, session_, host_.Dialogs(), command); });
+}
+
+void MainWindow::OpenFiles(const std::vector<std::wstring>& paths) {
+    Run([&] { OpenDroppedFiles(session_, paths); });
 }
 
 void MainWindow::OnDrop(WPARAM drop) {
     const std::vector<std::wstring> paths = TakeDroppedFiles(drop);
-    Run([&] {
-        // The window dropped on is not always the one in front.
-        SetForegroundWindow(window_);
-        OpenDroppedFiles(session_, paths);
-    });
+    // The window dropped on is not always the one in front.
+    if (!busy_) SetForegroundWindow(window_);
+    OpenFiles(paths);
 }
 
 void MainWindow::RefreshView() {
@@ -229,9 +259,39 @@ void MainWindow::OnPaint() {
     if (session_.panorama != nullptr) host_.Show(session_.panorama->resultPicture);
 }
 
+void MainWindow::SetFullScreen(bool full) {
+    if (full == fullScreen_ || busy_) return;
+    MONITORINFO monitor{};
+    monitor.cbSize = sizeof monitor;
+    placeBefore_.length = sizeof placeBefore_;
+    if (full && (!GetWindowPlacement(window_, &placeBefore_) ||
+                 !GetMonitorInfoW(MonitorFromWindow(window_, MONITOR_DEFAULTTONEAREST), &monitor))) {
+        return;
+    }
+    // Its place is not the one to come back to.
+    fullScreen_ = true;
+    const LONG_PTR style = GetWindowLongPtrW(window_, GWL_STYLE);
+    constexpr LONG_PTR kFrame = WS_OVERLAPPEDWINDOW;
+    SetWindowLongPtrW(window_, GWL_STYLE, full ? style & ~kFrame : style | kFrame);
+    if (full) {
+        menu_ = GetMenu(window_);
+        SetMenu(window_, nullptr);
+        const RECT& all = monitor.rcMonitor;
+        SetWindowPos(window_, HWND_TOP, all.left, all.top, all.right - all.left, all.bottom - all.top,
+                     SWP_FRAMECHANGED);
+    } else {
+        SetMenu(window_, menu_);
+        session_.host.UpdateMenuChecks();
+        SetWindowPlacement(window_, &placeBefore_);
+        SetWindowPos(window_, nullptr, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOZORDER | SWP_FRAMECHANGED);
+    }
+    fullScreen_ = full;
+    StoreRect();
+}
+
 void MainWindow::StoreRect() {
     RECT rect{};
-    if (IsIconic(window_) || !GetWindowRect(window_, &rect)) return;
+    if (fullScreen_ || IsIconic(window_) || !GetWindowRect(window_, &rect)) return;
     session_.settings.windowRect = {rect.left, rect.top, rect.right, rect.bottom};
 }
 

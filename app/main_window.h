@@ -3,6 +3,9 @@
 
 #include <windows.h>
 
+#include <string>
+#include <vector>
+
 #include "app/preview_mouse.h"
 #include "app/window_host.h"
 #include "session/session.h"
@@ -38,6 +41,9 @@ class MainWindow {
     bool Create();
     HWND Handle() const { return window_; }
 
+    /// Opens them as if they had been dropped on the window.
+    void OpenFiles(const std::vector<std::wstring>& paths);
+
     /// The window procedure of the class.
     static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept;
 
@@ -48,6 +54,8 @@ class MainWindow {
     void OnSize();
     void OnPaint();
     void StoreRect();
+    /// The whole monitor, without frame and menu, or the window as it was.
+    void SetFullScreen(bool full);
     /// Runs what may take long or ask the user, unless something of the kind runs already.
     template <typename Operation>
     void Run(Operation operation);
@@ -61,6 +69,9 @@ class MainWindow {
     WindowHost& host_;
     PreviewMouse mouse_;
     HWND window_ = nullptr;
+    bool fullScreen_ = false;
+    HMENU menu_ = nullptr;  ///< the menu bar, while it is full screen
+    WINDOWPLACEMENT placeBefore_{};  ///< and the window's place
     /// A command is running. Its message boxes let other messages in, but no second command: that could
     /// take away the panorama the first one works on.
     bool busy_ = false;

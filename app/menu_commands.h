@@ -10,9 +10,9 @@
 
 namespace skyvault {
 
-/// The menu command a key stands for; 0 for keys that stand for none. Every key does exactly what its menu
-/// item does.
-std::uint16_t CommandOfKey(WPARAM virtualKey);
+/// The menu command a key stands for, alone or with Ctrl held; 0 for keys that stand for none. Every key does
+/// exactly what its menu item does.
+std::uint16_t CommandOfKey(WPARAM virtualKey, bool controlHeld);
 /// The same for typed characters.
 std::uint16_t CommandOfCharacter(WPARAM character);
 

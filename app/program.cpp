@@ -16,6 +16,8 @@
 namespace skyvault {
 namespace {
 
+using Paths = std::vector<std::wstring>;
+
 class ComApartment {
   public:
     ComApartment() : initialised_(SUCCEEDED(CoInitialize(nullptr))) {}
@@ -40,17 +42,18 @@ int RunMessageLoop() {
 }
 
 /// From the codecs to the released canvas: everything that needs COM.
-int RunWithCom(Session& session, WindowHost& host) {
+int RunWithCom(Session& session, WindowHost& host, MainWindow& window, const Paths& files) {
     const ComApartment com;
     if (!com.IsInitialised() || !host.BuildFileFilters()) return 0;
     host.UpdateMenuChecks();
+    if (!files.empty()) window.OpenFiles(files);
     const int result = RunMessageLoop();
     session.panorama.reset();
     host.ReleaseCanvas();
     return result;
 }
 
-int Run(HINSTANCE instance, int showCommand) {
+int Run(HINSTANCE instance, int showCommand, const Paths& files) {
     // The progress box paints itself while a long command runs; without this the system would lay a
     // picture of the window as "not responding" over it after five seconds.
     DisableProcessWindowsGhosting();
@@ -72,7 +75,7 @@ int Run(HINSTANCE instance, int showCommand) {
     UpdateWindow(window.Handle());
     host.SetUpProgress(instance);
 
-    const int result = RunWithCom(session, host);
+    const int result = RunWithCom(session, host, window, files);
     const std::wstring trouble = MessageOf(SaveSettings(settings, SettingsPath(ProgramFolder())));
     if (!trouble.empty()) host.Error(trouble);
     return result;
@@ -80,9 +83,9 @@ int Run(HINSTANCE instance, int showCommand) {
 
 }  // namespace
 
-int RunSkyvault(HINSTANCE instance, int showCommand) {
+int RunSkyvault(HINSTANCE instance, int showCommand, const Paths& files) {
     try {
-        return Run(instance, showCommand);
+        return Run(instance, showCommand, files);
     } catch (const std::bad_alloc&) {
         ShowMessage(L"Out of memory", true);
         return 0;

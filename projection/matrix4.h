@@ -8,6 +8,7 @@ namespace skyvault {
 struct Matrix4 {
     float m[4][4] = {{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}, {0, 0, 0, 1}};
     bool isIdentity = true;  ///< kept by every function here; a flagged matrix leaves directions alone
+    friend bool operator==(const Matrix4&, const Matrix4&) = default;
 };
 
 /// Sets isIdentity: the diagonal is 1 and the rest 0, each within 1e-6.

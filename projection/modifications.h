@@ -13,6 +13,7 @@ struct Modifications {
     bool flipHorizontal = false;     ///< exchange x and z of every output direction
     bool mirrorTopToBottom = false;  ///< y := |y|
     bool mirrorFrontToBack = false;  ///< z := |z|
+    friend bool operator==(const Modifications&, const Modifications&) = default;
 };
 
 /// The size of one step; Ctrl goes before Shift.

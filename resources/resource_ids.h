@@ -12,6 +12,7 @@
 /* Menu: file */
 #define IDM_BATCH 32820
 #define IDM_EXIT 105
+#define IDM_EXPORT_AGAIN 32932
 
 /* Menu: import a layout */
 #define IDM_IMPORT_EQUIRECTANGULAR 32868
@@ -62,6 +63,8 @@
 #define IDM_SMALLER_FOV 32891
 #define IDM_CROSSHAIR 32889
 #define IDM_MAGNIFYING_GLASS 32903
+#define IDM_COPY_VIEW 32933
+#define IDM_FULL_SCREEN 32934
 
 /* Menu: modify */
 #define IDM_HEADING_RIGHT 32861
@@ -78,6 +81,8 @@
 #define IDM_MIRROR_TOP_TO_BOTTOM 32851
 #define IDM_MIRROR_FRONT_TO_BACK 32849
 #define IDM_RESET_ALL 32897
+#define IDM_UNDO 32930
+#define IDM_REDO 32931
 
 /* Menu: generate */
 #define IDM_GENERATE_VORONOI 32826

@@ -65,6 +65,15 @@ bool RunCommand(Session& session, std::uint16_t command) {
         case IDM_RESET_ALL:
             ResetAllModifications(session);
             return true;
+        case IDM_EXPORT_AGAIN:
+            ExportCommand(session, *FindLayout(session.lastExport));
+            return true;
+        case IDM_UNDO:
+            UndoCommand(session);
+            return true;
+        case IDM_REDO:
+            RedoCommand(session);
+            return true;
         case IDM_BIGGER_FOV:
             ScalePreviewFov(session, kBiggerFov);
             return true;
@@ -79,6 +88,35 @@ bool RunCommand(Session& session, std::uint16_t command) {
             return true;
         default:
             return RunLayoutCommand(session, command);
+    }
+}
+
+bool IsAvailable(const Session& session, std::uint16_t command) {
+    const bool hasPhoto = session.panorama && !session.panorama->IsEmpty();
+    switch (command) {
+        case IDM_UNDO:
+            return hasPhoto && !session.history.undo.empty();
+        case IDM_REDO:
+            return hasPhoto && !session.history.redo.empty();
+        case IDM_EXPORT_AGAIN:
+        case IDM_COPY_VIEW:
+        case IDM_HEADING_LEFT:
+        case IDM_HEADING_RIGHT:
+        case IDM_PITCH_UP:
+        case IDM_PITCH_DOWN:
+        case IDM_ROLL_CLOCKWISE:
+        case IDM_ROLL_COUNTERCLOCKWISE:
+        case IDM_HORIZON_UP:
+        case IDM_HORIZON_DOWN:
+        case IDM_BIGGER_LOGO:
+        case IDM_SMALLER_LOGO:
+        case IDM_FLIP_HORIZONTAL:
+        case IDM_MIRROR_TOP_TO_BOTTOM:
+        case IDM_MIRROR_FRONT_TO_BACK:
+        case IDM_RESET_ALL:
+            return hasPhoto;
+        default:
+            return hasPhoto || LayoutOfExportCommand(command) == nullptr;
     }
 }
 

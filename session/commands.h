@@ -14,6 +14,10 @@ namespace skyvault {
 /// help: the window's own).
 bool RunCommand(Session& session, std::uint16_t command);
 
+/// False for commands that can do nothing now: exports and modifications without a photo, Undo and Redo
+/// without a step. Their menu items are greyed.
+bool IsAvailable(const Session& session, std::uint16_t command);
+
 /// Asks for the source files and makes them the current panorama, in place of the old one even when they
 /// could not be read. Generators ask for their palette or texture picture.
 void ImportCommand(Session& session, const LayoutRow& layout);
@@ -36,6 +40,10 @@ void LogoCommand(Session& session, int sign);
 /// One of the three flags of Modifications.
 void ToggleModification(Session& session, bool Modifications::*flag);
 void ResetAllModifications(Session& session);
+/// Takes back the last change of the modifications, and makes it again. One held key, until EndStep of
+/// session/history.h, is one change; an import begins anew.
+void UndoCommand(Session& session);
+void RedoCommand(Session& session);
 /// "Bigger FOV" and "Smaller FOV".
 inline constexpr float kBiggerFov = 0.95f, kSmallerFov = 1.05f;
 void ScalePreviewFov(Session& session, float factor);

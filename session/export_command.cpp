@@ -52,6 +52,7 @@ void ExportCommand(Session& session, const LayoutRow& layout) {
     if (session.panorama == nullptr) return;
     const std::wstring path = AskForDestination(session, layout);
     if (path.empty()) return;
+    session.lastExport = layout.format;
     session.settings.exportPath = FolderPart(path);
     RemoveAbandonedOutputs(session.settings.exportPath);
 

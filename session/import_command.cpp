@@ -40,6 +40,7 @@ void ImportFiles(Session& session, const std::vector<std::wstring>& paths, const
     // The old panorama first: two large ones may not fit into memory.
     session.panorama.reset();
     session.panorama = std::make_unique<Panorama>();
+    session.history = {};
     Outcome imported;
     {
         const ProgressScope progress(session.host);

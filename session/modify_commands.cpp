@@ -6,6 +6,23 @@ namespace {
 /// In the Preview view the turning commands move the camera, and faster than they turn the panorama.
 constexpr float kCameraSpeed = 10.0f;
 
+/// Changes the modifications so that Undo can take it back, and shows them. Does nothing without a panorama.
+template <typename Change>
+void ChangeModifications(Session& session, Change change) {
+    if (session.panorama == nullptr) return;
+    Modifications& modifications = session.panorama->modifications;
+    const Modifications before = modifications;
+    change(modifications);
+    Remember(session.history, before, modifications);
+    Refresh(session);
+}
+
+void ShowStep(Session& session, bool gone) {
+    if (!gone) return;
+    session.host.UpdateMenuChecks();
+    Refresh(session);
+}
+
 }  // namespace
 
 void RotateStep(Session& session, float heading, float pitch, float roll) {
@@ -18,39 +35,45 @@ void RotateStep(Session& session, float heading, float pitch, float roll) {
         session.previewCamera.heading += yawTurn * kCameraSpeed;
         session.previewCamera.pitch += pitchTurn * kCameraSpeed;
         session.previewCamera.roll += rollTurn * kCameraSpeed;
+        Refresh(session);
     } else {
-        RotatePanorama(session.panorama->modifications, yawTurn, pitchTurn, rollTurn);
+        ChangeModifications(
+            session, [&](Modifications& turned) { RotatePanorama(turned, yawTurn, pitchTurn, rollTurn); });
     }
-    Refresh(session);
 }
 
 void HorizonCommand(Session& session, int sign) {
-    if (session.panorama == nullptr) return;
     const float step = HorizonStep(session.host.ModifierKeys());
-    ChangeHorizon(session.panorama->modifications, step * static_cast<float>(sign));
-    Refresh(session);
+    ChangeModifications(session,
+                        [&](Modifications& bent) { ChangeHorizon(bent, step * static_cast<float>(sign)); });
 }
 
 void LogoCommand(Session& session, int sign) {
-    if (session.panorama == nullptr) return;
     const float step = LogoStep(session.host.ModifierKeys());
-    ChangeLogoSize(session.panorama->modifications, step * static_cast<float>(sign));
-    Refresh(session);
+    ChangeModifications(
+        session, [&](Modifications& stamped) { ChangeLogoSize(stamped, step * static_cast<float>(sign)); });
 }
 
 void ToggleModification(Session& session, bool Modifications::*flag) {
-    if (session.panorama == nullptr) return;
-    bool& value = session.panorama->modifications.*flag;
-    value = !value;
-    session.host.UpdateMenuChecks();
-    Refresh(session);
+    ChangeModifications(session, [&](Modifications& mirrored) {
+        mirrored.*flag = !(mirrored.*flag);
+        session.host.UpdateMenuChecks();
+    });
 }
 
 void ResetAllModifications(Session& session) {
-    if (session.panorama == nullptr) return;
-    ResetModifications(session.panorama->modifications);
-    session.host.UpdateMenuChecks();
-    Refresh(session);
+    ChangeModifications(session, [&](Modifications& reset) {
+        ResetModifications(reset);
+        session.host.UpdateMenuChecks();
+    });
+}
+
+void UndoCommand(Session& session) {
+    ShowStep(session, session.panorama && Undo(session.history, session.panorama->modifications));
+}
+
+void RedoCommand(Session& session) {
+    ShowStep(session, session.panorama && Redo(session.history, session.panorama->modifications));
 }
 
 }  // namespace skyvault

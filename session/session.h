@@ -5,6 +5,7 @@
 #include <string>
 
 #include "projection/panorama.h"
+#include "session/history.h"
 #include "session/host.h"
 #include "settings/app_state.h"
 
@@ -15,7 +16,9 @@ struct Session {
     Host& host;
     std::unique_ptr<Panorama> panorama = nullptr;  ///< none until the first import
     Camera previewCamera = {};
-    std::wstring title = L"Skyvault";  ///< what the title bar says now
+    History history = {};                                         ///< of the panorama's modifications
+    PanoramaFormat lastExport = PanoramaFormat::Equirectangular;  ///< what "Export again" exports
+    std::wstring title = L"Skyvault";                             ///< what the title bar says now
 };
 
 }  // namespace skyvault

@@ -321,6 +321,34 @@ TEST_F(SessionTest, MirrorsToggleAndReset) {
     EXPECT_EQ(modifications.logoSize, 0.0f);
 }
 
+TEST_F(SessionTest, UndoTakesWholeStepsBackAndAnImportBeginsAnew) {
+    EXPECT_FALSE(IsAvailable(session, IDM_HEADING_LEFT) || IsAvailable(session, IDM_EXPORT_HTML));
+    EXPECT_TRUE(IsAvailable(session, IDM_IMPORT_DDS) && IsAvailable(session, IDM_VIEW_STRIP));
+    ImportPicture();
+    EXPECT_TRUE(IsAvailable(session, IDM_HEADING_LEFT) && IsAvailable(session, IDM_EXPORT_HTML));
+    const auto now = [&] { return session.panorama->modifications; };
+    std::vector<Modifications> states = {now()};
+    // A held key's three steps are one; so is a reset.
+    for (const std::uint16_t command : Commands{IDM_HEADING_LEFT, IDM_FLIP_HORIZONTAL, IDM_RESET_ALL}) {
+        EndStep(session.history);
+        for (int i = 0; i < 3; ++i) RunCommand(session, command);
+        states.push_back(now());
+    }
+    for (int i = 2; i >= 0; --i) {
+        EXPECT_TRUE(RunCommand(session, IDM_UNDO) && now() == states[static_cast<std::size_t>(i)]) << i;
+        EXPECT_EQ(Checked(IDM_FLIP_HORIZONTAL), i == 2);
+    }
+    EXPECT_FALSE(IsAvailable(session, IDM_UNDO));
+    RunCommand(session, IDM_REDO);
+    EXPECT_EQ(now(), states[1]);
+    RunCommand(session, IDM_BIGGER_LOGO);
+    EXPECT_FALSE(IsAvailable(session, IDM_REDO)) << "another way was taken";
+    RunCommand(session, IDM_UNDO);
+    EXPECT_EQ(now(), states[1]);
+    ImportPicture();
+    EXPECT_FALSE(IsAvailable(session, IDM_UNDO) || IsAvailable(session, IDM_REDO));
+}
+
 TEST_F(SessionTest, WithoutAPanoramaOnlySettingsChange) {
     for (const std::uint16_t command :
          Commands{IDM_HEADING_LEFT, IDM_PITCH_UP, IDM_ROLL_CLOCKWISE, IDM_HORIZON_UP, IDM_BIGGER_LOGO,

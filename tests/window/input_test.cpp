@@ -39,7 +39,11 @@ TEST_F(RealInput, KeysDoWhatTheirMenuItemsDo) {
         SendMessageW(Window(), WM_KEYDOWN, VK_RIGHT, kRepeated);
         EXPECT_TRUE(Shows(kFront, {1820, 900}));
     }
-    Command(IDM_RESET_ALL);
+    // Which is one step to be taken back.
+    for (const auto& [key, column] : {std::pair<WORD, int>{'Z', 1800}, {'Y', 1820}, {'Z', 1800}}) {
+        const HeldKeys held({VK_CONTROL, key});
+        EXPECT_TRUE(Shows(kFront, {column, 900}));
+    }
     Press(VK_F11);
     ASSERT_TRUE(Shows(kBeside, kBesidePlace));
     Press(VK_ADD);
@@ -83,7 +87,13 @@ class WindowMouse : public ProgramTest {
 };
 
 TEST_F(WindowMouse, DroppedFilesOpenOrTellWhyNot) {
+    const auto isGreyed = [&] {
+        const HMENU modify = GetSubMenu(GetMenu(Window()), 2);
+        SendMessageW(Window(), WM_INITMENUPOPUP, reinterpret_cast<WPARAM>(modify), 2);
+        return (GetMenuState(modify, IDM_HEADING_LEFT, MF_BYCOMMAND) & MF_GRAYED) != 0;
+    };
     ASSERT_TRUE(Start());
+    EXPECT_TRUE(isGreyed());
     Drop({folder_ / L"place.bmp"});
     EXPECT_TRUE(Shows(kFront, kFrontPlace));
     EXPECT_EQ(Title(), kPlaceTitle);
@@ -97,6 +107,13 @@ TEST_F(WindowMouse, DroppedFilesOpenOrTellWhyNot) {
     ShowWindow(Window(), SW_SHOW);
     EXPECT_TRUE(Shows({0, kFront.y}, {0, 900}));
     EXPECT_TRUE(PressButton(box, IDOK));
+    EXPECT_EQ(Title(), kPlaceTitle);
+    EXPECT_FALSE(isGreyed());
+
+    // The program started with a file does the same.
+    program_.reset();
+    program_.emplace(SW_SHOWNORMAL, std::vector{folder_ / L"place.bmp"});
+    EXPECT_TRUE(Shows(kFront, kFrontPlace));
     EXPECT_EQ(Title(), kPlaceTitle);
 }
 

@@ -65,7 +65,7 @@ TEST_F(Program, ExportsWhatTheSaveDialogChooses) {
     EXPECT_EQ(message, L"360° photo successfully exported!\n\n" +
                            PictureInfo(folder_ / L"out.bmp", 1024, 512, PixelFormat::Rgb8));
     // Once more: No leads back to the dialog.
-    const HWND again = program_->Open(IDM_EXPORT_EQUIRECTANGULAR, L"Export Panorama");
+    const HWND again = program_->Open(IDM_EXPORT_AGAIN, L"Export Panorama");
     ASSERT_TRUE(AnswerFileDialog(again, folder_ / L"out"));
     const HWND question = WaitForMessage();
     EXPECT_EQ(MessageText(question), L"out.bmp already exists.\nDo you want to replace it?");
@@ -75,6 +75,34 @@ TEST_F(Program, ExportsWhatTheSaveDialogChooses) {
     EXPECT_TRUE(BecomesChecked(IDM_VIEW_EQUIRECTANGULAR)) << "the window shows what was written";
     program_->Close();
     EXPECT_EQ(ReadSettings().filterIndex, 1);
+}
+
+TEST_F(Program, TheViewIsCopiedAndFillsTheScreen) {
+    ASSERT_TRUE(StartWithPlace());
+    Command(IDM_COPY_VIEW);
+    ASSERT_TRUE(OpenClipboard(nullptr));
+    const auto* const bitmap = static_cast<const BITMAPINFOHEADER*>(GlobalLock(GetClipboardData(CF_DIB)));
+    ASSERT_NE(bitmap, nullptr);
+    EXPECT_EQ(bitmap->biWidth, 2 * bitmap->biHeight);
+    // The lowest row first: a quarter down on the left.
+    const auto* const row = reinterpret_cast<const std::uint8_t*>(bitmap + 1) +
+                            std::size_t{3} * bitmap->biWidth * (bitmap->biHeight * 3 / 4);
+    EXPECT_TRUE(Place::Of({row[2], row[1], row[0], 255}).IsNear({0, 450})) << bitmap->biWidth;
+    CloseClipboard();
+
+    RECT before{}, full{};
+    GetWindowRect(Window(), &before);
+    Command(IDM_FULL_SCREEN);
+    EXPECT_TRUE(Eventually([&] {
+        return GetClientRect(Window(), &full) && full.right == GetSystemMetrics(SM_CXSCREEN) &&
+               full.bottom == GetSystemMetrics(SM_CYSCREEN);
+    }));
+    EXPECT_EQ(GetMenu(Window()), nullptr);
+    EXPECT_EQ(ReadSettings().windowRect, settings_.windowRect);
+    SendMessageW(Window(), WM_KEYDOWN, VK_ESCAPE, 0);
+    EXPECT_NE(GetMenu(Window()), nullptr);
+    RECT after{};
+    EXPECT_TRUE(Eventually([&] { return GetWindowRect(Window(), &after) && EqualRect(&after, &before); }));
 }
 
 TEST_F(Program, NoSecondCommandStartsWhileAMessageIsOpen) {

@@ -65,23 +65,28 @@ TEST(Resources, EveryLayoutCommandStandsUnderItsLayoutsName) {
             menu.erase(id);
         }
     }
-    EXPECT_EQ(menu.size(), 24u) << "commands that are no layout's";
+    EXPECT_EQ(menu.size(), 29u) << "commands that are no layout's";
 }
 
 TEST(Resources, EveryKeyRunsTheCommandWhoseMenuLineNamesIt) {
     std::map<std::wstring, WPARAM> keys;
     for (const DataRow& row : DataTable("menu_keys"))
         keys[FromUtf8(row[0])] = std::stoul(row[1], nullptr, 16);
-    std::map<WPARAM, UINT> expected = {{VK_SPACE, IDM_VIEW_PREVIEW}};
+    std::map<WPARAM, UINT> expected = {{VK_SPACE, IDM_VIEW_PREVIEW}}, withControl;
     for (const auto& [id, line] : LoadedMenu()) {
         if (line.key == L"M") {
             for (const wchar_t c : {L'M', L'm'}) EXPECT_EQ(CommandOfCharacter(c), id);
+        } else if (line.key.starts_with(L"Ctrl+")) {
+            withControl[line.key.back()] = id;
         } else if (!line.key.empty()) {
             ASSERT_TRUE(keys.contains(line.key)) << ToUtf8(line.key);
             expected[keys[line.key]] = id;
         }
     }
-    for (WPARAM key = 0; key < 256; ++key) EXPECT_EQ(CommandOfKey(key), expected[key]) << std::hex << key;
+    for (WPARAM key = 0; key < 256; ++key) {
+        EXPECT_EQ(CommandOfKey(key, false), expected[key]) << std::hex << key;
+        EXPECT_EQ(CommandOfKey(key, true), expected[key] ? expected[key] : withControl[key]) << key;
+    }
     EXPECT_EQ(CommandOfCharacter(L'+'), 0);
 }
 

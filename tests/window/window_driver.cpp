@@ -207,9 +207,9 @@ std::jthread InBackground(std::function<void()> what) {
     });
 }
 
-RunningProgram::RunningProgram(int show) {
-    thread_ = std::thread([this, show] {
-        result_ = RunSkyvault(GetModuleHandleW(nullptr), show);
+RunningProgram::RunningProgram(int show, std::vector<std::wstring> files) {
+    thread_ = std::thread([this, show, files = std::move(files)] {
+        result_ = RunSkyvault(GetModuleHandleW(nullptr), show, files);
         ended_ = true;
     });
     window_ = WaitForWindow(kProgramName);

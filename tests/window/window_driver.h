@@ -87,8 +87,8 @@ void ChooseFilter(HWND dialog, int index);
 /// The program in this process, closed again when this goes.
 class RunningProgram {
   public:
-    /// Starts it with the settings file that is there.
-    explicit RunningProgram(int show = SW_SHOWNORMAL);
+    /// Starts it with the settings file that is there, and with files to open.
+    explicit RunningProgram(int show = SW_SHOWNORMAL, std::vector<std::wstring> files = {});
     ~RunningProgram();
 
     /// Null when it did not come up.
