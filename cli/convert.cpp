@@ -108,6 +108,8 @@ Outcome LostFile(const ConvertOptions& options, const AppState& settings) {
         for (const std::wstring& input : options.inputs) {
             if (!input.empty() && SamePlace(input, file)) return Failure(Reason::ReplacesSource, file);
         }
+        const bool stamped = options.logoSize.value_or(0.0f) > 0.0f && !settings.logo.empty();
+        if (stamped && SamePlace(settings.logo, file)) return Failure(Reason::ReplacesSource, file);
         // Only the page has another name than was asked for.
         const bool page = options.to->kind == LayoutKind::Page && file != options.output;
         if (page && FileExists(file)) return Failure(Reason::ReplacesOtherFile, file);

@@ -100,8 +100,15 @@ bool IsOnDisk(const std::wstring& path) {
     return onDisk;
 }
 
-/// False for what brings some decoders down with the whole program: frames without colours (GIF) and
-/// directories that lead in circles (TIFF). header: what the file's first bytes tell.
+std::vector<std::byte> AllOf(FileStream& file) {
+    std::vector<std::byte> bytes(static_cast<std::size_t>(file.Size()));
+    if (!file.Seek(0) || !file.Read(bytes.data(), bytes.size())) bytes.clear();
+    return bytes;
+}
+
+/// False for what brings some decoders down with the whole program, or takes minutes and all memory before
+/// they say no: frames without colours (GIF), directories in circles or in thousands (TIFF), sizes that the
+/// file cannot hold (JPEG). header: what the file's first bytes tell.
 bool IsSafeToDecode(const std::wstring& path, PictureHeader& header) {
     FileStream file(path, FileUse::ReadShared);
     std::array<std::byte, kPictureHeaderSize> start{};
@@ -109,18 +116,15 @@ bool IsSafeToDecode(const std::wstring& path, PictureHeader& header) {
     if (!file.IsOpen() || !file.Read(start.data(), count)) return false;
     header = ReadPictureHeader({start.data(), count});
     const PictureKind kind = header.kind;
-    if (kind == PictureKind::Gif) {
-        std::vector<std::byte> bytes(static_cast<std::size_t>(file.Size()));
-        return file.Seek(0) && file.Read(bytes.data(), bytes.size()) && GifFramesHaveColours(bytes);
-    }
+    if (kind == PictureKind::Gif) return GifFramesHaveColours(AllOf(file));
+    if (kind == PictureKind::Jpeg) return IsSoundJpeg(ReadJpegStructure(AllOf(file)), file.Size());
+    if (kind != PictureKind::Tiff) return true;
+    constexpr std::size_t kMostPages = 1000;
+    const auto readAt = [&](std::uint64_t at, void* to, std::size_t n) {
+        return file.Seek(at) && file.Read(to, n);
+    };
     bool loops = false;
-    if (kind == PictureKind::Tiff) {
-        const auto readAt = [&](std::uint64_t at, void* to, std::size_t n) {
-            return file.Seek(at) && file.Read(to, n);
-        };
-        static_cast<void>(FindTiffDirectories(readAt, &loops));
-    }
-    return !loops;
+    return FindTiffDirectories(readAt, &loops).size() <= kMostPages && !loops;
 }
 
 /// A file and one of its frames.

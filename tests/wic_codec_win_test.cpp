@@ -126,6 +126,23 @@ TEST(WicCodec, WhatBringsDecodersDownIsRefused) {
                       tiff = "II*\0\x8\0\0\0\0\0\x8\0\0\0"s;
     EXPECT_FALSE(Loaded(folder.Write(L"a.gif", gif)).IsValid());
     EXPECT_FALSE(Loaded(folder.Write(L"a.tif", tiff)).IsValid());
+
+    // Thousands of directories, each of one tag that says nothing.
+    std::string pages = "II*\0\x8\0\0\0"s;
+    for (std::uint32_t at = 8 + 18; at < 8 + 18 * 5000; at += 18) {
+        pages += "\1\0\xfe\0\4\0\1\0\0\0\0\0\0\0"s;
+        for (int i = 0; i < 4; ++i) pages += static_cast<char>(at >> 8 * i);
+    }
+    EXPECT_FALSE(Loaded(folder.Write(L"b.tif", pages)).IsValid());
+
+    // A JPEG whose header claims more than its few bytes can hold.
+    Image small = RandomImage(16, 8, PixelFormat::Rgb8);
+    ASSERT_TRUE(Saved(small, folder / L"a.jpg"));
+    std::string jpeg = folder.Read(L"a.jpg");
+    const std::size_t frame = jpeg.find("\xff\xc0");
+    ASSERT_NE(frame, std::string::npos);
+    jpeg[frame + 5] = jpeg[frame + 7] = 0x20;  // 8192 and some pixels each way
+    EXPECT_FALSE(Loaded(folder.Write(L"a.jpg", jpeg)).IsValid());
 }
 
 }  // namespace
