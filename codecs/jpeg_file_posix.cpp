@@ -185,8 +185,11 @@ bool JpegFile::Select(std::uint32_t frame) {
     facts_ = {};
     bytes_.reset();
     const std::uint64_t size = file_.Size();
-    // No picture of this machine has a larger file.
-    if (frame != 0 || size > MemoryBudget()) return false;
+    if (frame != 0) return false;
+    if (size > MemoryBudget()) {
+        facts_.memory = size;  // of its file alone
+        return true;
+    }
     bytes_ = AllocateBytes(static_cast<std::size_t>(size));
     if (!bytes_ || !file_.Read(0, bytes_.get(), static_cast<std::size_t>(size))) return false;
     structure_ = ReadJpegStructure({bytes_.get(), static_cast<std::size_t>(size)});

@@ -20,6 +20,7 @@ class JpegFile {
     explicit JpegFile(const FileSource& file) : file_(file) {}
 
     /// Walks the markers: the size, and whether the file can hold what it claims. False for all frames but 0.
+    /// Of a file larger than the memory that may be used, only how much memory it takes.
     bool Select(std::uint32_t frame);
 
     const PictureFacts& Facts() const { return facts_; }
@@ -35,7 +36,7 @@ class JpegFile {
 };
 
 /// The quality that pictures are written with where none is asked for.
-inline constexpr int kJpegQuality = 90;
+inline constexpr int kJpegQuality = 92;
 
 /// Writes grey formats as grey, all others as colour: up to a quality of 90 with a quarter of the chroma,
 /// above it with all. quality: 1 to 100; 0: kJpegQuality. False on any failure; a broken file may then be

@@ -104,7 +104,7 @@ Outcome InspectPicture(const std::wstring& path, PictureFacts& facts) {
     const auto inspect = [&](auto& file) {
         if (!file.Select(0)) return Failure(Reason::CannotOpen, path);
         facts = file.Facts();
-        return Outcome{};
+        return facts.size.width > 0 ? Outcome{} : WithinMemoryBudget(path, facts.memory);
     };
     try {
         Outcome done;
@@ -132,6 +132,8 @@ bool EncodePicture(const Image& image, const std::wstring& path, PictureContaine
                 return WriteGifPicture(image, path, format);
             case PictureContainer::Heif:
                 return EncodeHeifWithOiio(image, path, format);
+            case PictureContainer::Exr:
+            case PictureContainer::Hdr:
             case PictureContainer::None:
                 break;
         }

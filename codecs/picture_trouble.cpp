@@ -40,8 +40,6 @@ bool IsOtherPicture(Bytes start) {
         {4, "jP  \r\n\x87\n"sv},
         {4, "JXL \r\n\x87\n"sv},
         {0, "\xff\x0a"sv},
-        {0, "#?"sv},
-        {0, "v/1\1"sv},
         {0, "gimp xcf"sv},
         {0, "qoif"sv},
         {0, "IIU\0"sv},
@@ -156,13 +154,21 @@ Cause TroubleOfDds(const std::wstring& path, const Looked& looked) {
 Cause TroubleOf(const std::wstring& path, const Looked& looked) {
     const PictureHeader header = ReadPictureHeader(looked.start);
     const std::wstring extension = UpperExtension(path);
+    const bool misnamed = header.kind != PictureKind::Unknown && header.sound;
     if (extension == L"TGA" || extension == L"DDS") {
         // These names are believed before the file is.
-        if (header.kind != PictureKind::Unknown && header.sound) return Cause::MisnamedPicture;
+        if (misnamed) return Cause::MisnamedPicture;
         return extension == L"TGA" ? TroubleOfTga(looked) : TroubleOfDds(path, looked);
     }
+    if (extension == L"EXR" || extension == L"HDR") {
+        if (misnamed) return Cause::MisnamedPicture;
+        const bool own = Has(looked.start, 0, extension == L"EXR" ? "v/1\1"sv : "#?"sv);
+        return own ? Cause::Damaged : Cause::NotAPicture;
+    }
     if (header.kind == PictureKind::Unknown) {
-        if (Has(looked.start, 0, "DDS "sv)) return Cause::MisnamedPicture;
+        for (const std::string_view named : {"DDS "sv, "v/1\1"sv, "#?"sv}) {
+            if (Has(looked.start, 0, named)) return Cause::MisnamedPicture;
+        }
         return IsOtherPicture(looked.start) ? Cause::KindNotRead : Cause::NotAPicture;
     }
     return IsCutShort(looked, header) ? Cause::CutShort : Cause::Damaged;

@@ -8,6 +8,7 @@
 #include <csetjmp>
 #include <cstdio>
 #include <cstring>
+#include <string_view>
 
 #include "codecs/picture_header.h"
 #include "codecs/written_rows.h"
@@ -25,7 +26,15 @@ constexpr std::size_t kPieceBytes = 64 << 10;
     std::longjmp(*static_cast<std::jmp_buf*>(png_get_error_ptr(png)), 1);
 }
 
-void Ignore(png_structp, png_const_charp) {}
+/// What a file tells beside its pixels may be damaged; transparency, or what may have been it, is of the
+/// pixels. The message of a wrong checksum begins with the chunk's name.
+void Warn(png_structp png, png_const_charp message) {
+    static constexpr std::string_view kAside[] = {"eXIf", "iCCP", "iTXt", "tEXt", "zTXt", "pHYs", "tIME",
+                                                  "gAMA", "cHRM", "sRGB", "bKGD", "sBIT", "oFFs"};
+    const std::string_view text(message);
+    const bool aside = std::find(std::begin(kAside), std::end(kAside), text.substr(0, 4)) != std::end(kAside);
+    if (text.ends_with("CRC error") && !aside) Leave(png, message);
+}
 
 bool IsWide(PixelFormat format) {
     return ChannelType(format) != ChannelKind::Int8;
@@ -82,12 +91,11 @@ struct PngFile::Reader {
     }
 
     bool Open() {
-        png = png_create_read_struct(PNG_LIBPNG_VER_STRING, &leave, Leave, Ignore);
+        png = png_create_read_struct(PNG_LIBPNG_VER_STRING, &leave, Leave, Warn);
         info = png ? png_create_info_struct(png) : nullptr;
         if (!info || setjmp(leave) != 0) return false;
         png_set_read_fn(png, this, Next);
-        // What else a file tells is not unpacked, but must be undamaged, too.
-        png_set_crc_action(png, PNG_CRC_DEFAULT, PNG_CRC_ERROR_QUIT);
+        png_set_crc_action(png, PNG_CRC_ERROR_QUIT, PNG_CRC_WARN_DISCARD);
         png_set_keep_unknown_chunks(png, PNG_HANDLE_CHUNK_NEVER, nullptr, -1);
         png_read_info(png, info);
         return true;
@@ -206,7 +214,7 @@ struct Writer {
     }
 
     bool Write(const Image& image, const WrittenRows* rows, std::byte* between, PixelFormat stored) {
-        png = png_create_write_struct(PNG_LIBPNG_VER_STRING, &leave, Leave, Ignore);
+        png = png_create_write_struct(PNG_LIBPNG_VER_STRING, &leave, Leave, Warn);
         info = png ? png_create_info_struct(png) : nullptr;
         if (!info || setjmp(leave) != 0) return false;
         WriteRows(image, rows, between, stored);

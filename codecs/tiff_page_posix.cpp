@@ -57,7 +57,8 @@ bool ReadSamples(TIFF* tiff, bool alphaByHabit, TiffPage& page) {
     TiffSamples& samples = page.samples;
     samples.bits = Tag<std::uint16_t>(tiff, TIFFTAG_BITSPERSAMPLE, 1);
     samples.samples = Tag<std::uint16_t>(tiff, TIFFTAG_SAMPLESPERPIXEL, 1);
-    // No picture has more channels; of a file that claims thousands every pixel would cost thousands of steps.
+    // No picture has more channels; of a file that claims thousands every pixel would cost thousands of
+    // steps.
     constexpr std::uint32_t kMostSamples = 64;
     if (samples.samples > kMostSamples) return false;
     samples.separate =

