@@ -70,7 +70,7 @@ class MainWindow {
     PreviewMouse mouse_;
     HWND window_ = nullptr;
     bool fullScreen_ = false;
-    HMENU menu_ = nullptr;  ///< the menu bar, while it is full screen
+    HMENU menu_ = nullptr;           ///< the menu bar, while it is full screen
     WINDOWPLACEMENT placeBefore_{};  ///< and the window's place
     /// A command is running. Its message boxes let other messages in, but no second command: that could
     /// take away the panorama the first one works on.

@@ -101,8 +101,8 @@ TEST_F(ParallelLoops, EveryBandRunsOnceForAnyNumberOfThreads) {
 
 TEST_F(ParallelLoops, BandsReallyRunAtTheSameTime) {
     SetThreadCount(2);
-    // No std::latch: where the system has no futex, libstdc++ 12 looks at the count before it takes its lock and
-    // can so sleep through the last arrival.
+    // No std::latch: where the system has no futex, libstdc++ 12 looks at the count before it takes its lock
+    // and can so sleep through the last arrival.
     std::atomic<int> begun{0};
     ParallelBands(2, true, [&](int) {
         ++begun;
