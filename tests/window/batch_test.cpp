@@ -92,7 +92,7 @@ TEST_F(BatchDialog, ConvertsTheFolderPastABrokenFile) {
     EXPECT_TRUE(TextOf(dialog_, IDC_BATCH_STATUS).starts_with(L"Converting \"" + in_ + L"\\"));
     EXPECT_EQ(AnswerMessage(),
               L"Batch processing finished!\n\n2 converted, 1 failed, 0 skipped\n\nCould not open \"" + in_ +
-                  L"\\b.png\"");
+                  L"\\b.png\": it is not a picture");
     EXPECT_TRUE(WaitUntilClosed(dialog_));
     EXPECT_EQ(Title(), L"Skyvault") << "the window's panorama is another matter";
     program_->Close();
