@@ -81,6 +81,10 @@ bool ReadBmpHeader(std::span<const std::byte> start, BmpHeader& header) {
     header.paletteStart = kFileHeader + headerSize;
     header.paletteEntryBytes = old ? 3 : 4;
     if (palette) header.paletteSize = colours != 0 ? colours : 1u << bits;
+    // Some programs count neither themselves nor the palette into where the pixels begin.
+    if (palette && header.pixelStart == header.paletteStart) {
+        header.pixelStart += header.paletteSize * header.paletteEntryBytes;
+    }
     // A run of at most 255 pixels takes two bytes, and none goes on in the next row.
     const std::uint64_t rowBytes =
         header.runs ? (std::uint64_t{header.width} + 254) / 255 * 2 : BmpRowBytes(header.width, bits);

@@ -149,6 +149,7 @@ std::vector<std::wstring> FaceTroubles(const Panorama& panorama, const std::vect
 
 std::vector<std::wstring> MetadataTroubles(const std::wstring& photo, const std::vector<std::wstring>& lost) {
     std::vector<std::wstring> lines;
+    lines.reserve(lost.size());
     for (const std::wstring& clause : lost) lines.push_back(Quoted(photo) + L": " + clause);
     return lines;
 }
