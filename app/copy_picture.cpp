@@ -1,6 +1,7 @@
 #include "app/copy_picture.h"
 
 #include <cstring>
+#include <memory>
 
 #include "image/pixel_rows.h"
 
@@ -12,16 +13,19 @@ constexpr std::size_t BitmapStride(std::uint32_t width) {
     return (std::size_t{width} * 3 + 3) / 4 * 4;
 }
 
-/// A bitmap's header and rows in memory of the clipboard's kind; null without memory.
-HGLOBAL MakeBitmap(const Image& picture) {
+struct FreeGlobal {
+    void operator()(void* memory) const { GlobalFree(memory); }
+};
+/// Memory of the clipboard's kind.
+using GlobalMemory = std::unique_ptr<void, FreeGlobal>;
+
+/// A bitmap's header and rows; null without memory.
+GlobalMemory MakeBitmap(const Image& picture) {
     const std::size_t stride = BitmapStride(picture.width);
     const std::size_t pixelBytes = stride * picture.height;
-    const HGLOBAL memory = GlobalAlloc(GHND, sizeof(BITMAPINFOHEADER) + pixelBytes);
-    auto* const bytes = memory ? static_cast<std::byte*>(GlobalLock(memory)) : nullptr;
-    if (bytes == nullptr) {
-        GlobalFree(memory);
-        return nullptr;
-    }
+    GlobalMemory memory(GlobalAlloc(GHND, sizeof(BITMAPINFOHEADER) + pixelBytes));
+    auto* const bytes = memory ? static_cast<std::byte*>(GlobalLock(memory.get())) : nullptr;
+    if (bytes == nullptr) return nullptr;
     BITMAPINFOHEADER header{};
     header.biSize = sizeof header;
     header.biWidth = static_cast<LONG>(picture.width);
@@ -35,7 +39,7 @@ HGLOBAL MakeBitmap(const Image& picture) {
         ConvertRow(picture.format, picture.Row(picture.height - 1 - y), PixelFormat::Rgb8,
                    bytes + sizeof header + stride * y, picture.width);
     }
-    GlobalUnlock(memory);
+    GlobalUnlock(memory.get());
     return memory;
 }
 
@@ -45,10 +49,9 @@ bool CopyPicture(HWND owner, const Image& picture) {
     // The header counts the bytes in 32 bits.
     if (!picture.IsValid() || BitmapStride(picture.width) * picture.height > 0x7fffffff) return false;
     if (!OpenClipboard(owner)) return false;
-    const HGLOBAL bitmap = MakeBitmap(picture);
-    // Once taken, the memory is the clipboard's.
-    const bool taken = bitmap && EmptyClipboard() && SetClipboardData(CF_DIB, bitmap);
-    if (!taken) GlobalFree(bitmap);
+    GlobalMemory bitmap = MakeBitmap(picture);
+    const bool taken = bitmap && EmptyClipboard() && SetClipboardData(CF_DIB, bitmap.get());
+    if (taken) static_cast<void>(bitmap.release());  // the clipboard's now
     CloseClipboard();
     return taken;
 }
