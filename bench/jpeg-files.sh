@@ -25,7 +25,7 @@ djpeg -bmp -outfile in.bmp "$source"
 turn in.bmp out.bmp
 convert out.bmp -resize 64x32! small.jpg
 for ((round = 0; round < rounds; ++round)); do
-    measure jpeg-to-jpeg turn "$source" out.jpg
+    measure jpeg-to-jpeg turn --quality 90 "$source" out.jpg
     measure djpeg djpeg -bmp -outfile decoded.bmp "$source"
     measure bmp-to-bmp turn in.bmp out.bmp
     measure cjpeg cjpeg -quality 90 -outfile encoded.jpg out.bmp

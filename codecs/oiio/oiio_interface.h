@@ -26,9 +26,6 @@ struct OiioFacts {
 struct OiioFunctions {
     std::uint32_t version;  ///< kOiioVersion; a module of another build is refused
 
-    /// The kinds that can be read, separated by commas.
-    const char* (*readableKinds)();
-
     /// An input stands at frame 0 once open.
     void* (*openInput)(const char* path, const char* kind);
     bool (*selectFrame)(void* input, int frame);
@@ -46,7 +43,7 @@ struct OiioFunctions {
     bool (*closeOutput)(void* output);
 };
 
-inline constexpr std::uint32_t kOiioVersion = 3;
+inline constexpr std::uint32_t kOiioVersion = 4;
 
 /// The one symbol of the module: `const OiioFunctions* skyvaultOiio()`.
 inline constexpr const char* kOiioSymbol = "skyvaultOiio";

@@ -63,14 +63,6 @@ OiioChannel ChannelOf(const OIIO::TypeDesc& type) {
     }
 }
 
-const char* ReadableKinds() {
-    static const std::string kinds = Guarded([] {
-        PrepareOiio();
-        return OIIO::get_string_attribute("input_format_list");
-    });
-    return kinds.c_str();
-}
-
 struct Input {
     std::unique_ptr<OIIO::ImageInput> file;
 
@@ -221,8 +213,8 @@ extern "C" __attribute__((visibility("default"))) const skyvault::OiioFunctions*
 extern "C" const skyvault::OiioFunctions* skyvaultOiio() {
     using namespace skyvault;
     static constexpr OiioFunctions kFunctions = {
-        kOiioVersion, ReadableKinds, OpenInput,  SelectFrame, Describe,
-        ReadPixels,   CloseInput,    OpenOutput, WriteRows,   CloseOutput,
+        kOiioVersion, OpenInput,  SelectFrame, Describe,    ReadPixels,
+        CloseInput,   OpenOutput, WriteRows,   CloseOutput,
     };
     return &kFunctions;
 }
