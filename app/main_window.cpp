@@ -169,6 +169,7 @@ LRESULT MainWindow::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
                 command != 0) {
                 // A held key is one step of Undo.
                 if (!IsRepeat(lParam)) EndStep(session_.history);
+                if (command == IDM_FULL_SCREEN && IsRepeat(lParam)) return 0;
                 if (!IsLateRepeat(wParam, lParam)) OnCommand(command);
                 return 0;
             }

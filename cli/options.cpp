@@ -427,7 +427,10 @@ Command ParseArguments(const std::vector<std::wstring>& arguments) {
 
     std::vector<std::string> reversed;
     for (auto argument = arguments.rbegin(); argument != arguments.rend(); ++argument) {
-        reversed.push_back(ToSystemBytes(*argument));
+        std::string text = ToSystemBytes(*argument);
+        // The parser takes "[a,b]" for a list of a and b; a path of that form is a relative one.
+        if (text.starts_with('[') && text.ends_with(']')) text.insert(0, "./");
+        reversed.push_back(std::move(text));
     }
     const auto command = [&]() -> std::string {
         const std::vector<CLI::App*> chosen = app.get_subcommands();

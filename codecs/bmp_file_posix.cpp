@@ -58,7 +58,7 @@ bool BmpFile::Select(std::uint32_t frame) {
     const bool isBmp = count > kFileHeaderSize && start[0] == std::byte{'B'} && start[1] == std::byte{'M'};
     if (frame != 0 || !isBmp || !ReadBmpHeader({start.data(), count}, header_) ||
         !IsReadableSize(header_.width, header_.height) || header_.leastBytes > file_.Size() ||
-        !ReadPalette()) {
+        (header_.runs && !PlausibleSize(header_.width, header_.height, file_.Size())) || !ReadPalette()) {
         return false;
     }
     facts_.size = {header_.width, header_.height};

@@ -85,10 +85,8 @@ bool ReadBmpHeader(std::span<const std::byte> start, BmpHeader& header) {
     if (palette && header.pixelStart == header.paletteStart) {
         header.pixelStart += header.paletteSize * header.paletteEntryBytes;
     }
-    // A run of at most 255 pixels takes two bytes, and none goes on in the next row.
-    const std::uint64_t rowBytes =
-        header.runs ? (std::uint64_t{header.width} + 254) / 255 * 2 : BmpRowBytes(header.width, bits);
-    header.leastBytes = rowBytes * header.height;
+    // Rows of runs may be left out: nothing tells how small such a file can be.
+    header.leastBytes = header.runs ? 0 : BmpRowBytes(header.width, bits) * header.height;
     return true;
 }
 

@@ -40,6 +40,7 @@ std::string_view WithoutSpaces(std::string_view text) {
 template <typename Number>
 bool ReadNumber(std::string_view text, Number& value) {
     text = WithoutSpaces(text);
+    if (text.starts_with('+')) text.remove_prefix(1);
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
     return error == std::errc() && end == text.data() + text.size();
 }
@@ -57,7 +58,7 @@ bool TakeAxis(std::string_view& text, Axis& axis) {
     axis.negative = text[0] == '-';
     axis.x = text[1] == 'X';
     text = WithoutSpaces(text.substr(2));
-    const std::size_t end = std::min(text.find(' '), text.size());
+    const std::size_t end = std::min(text.find_first_of(" \t"), text.size());
     const bool read = ReadNumber(text.substr(0, end), axis.length);
     text.remove_prefix(end);
     return read && axis.length > 0;

@@ -49,9 +49,10 @@ class Segments {
     bool Next(Segment& segment) {
         std::byte head[4];
         if (!file_.Read(at_, head, 2) || head[0] != std::byte{0xff}) return false;
-        // A marker may be filled up with 0xff before it.
-        while (head[1] == std::byte{0xff}) {
-            if (!file_.Read(++at_, head, 2)) return false;
+        // A marker may be filled up with 0xff before it, by a few in practice.
+        constexpr int kMostFill = 4096;
+        for (int fill = 0; head[1] == std::byte{0xff}; ++fill) {
+            if (fill == kMostFill || !file_.Read(++at_, head, 2)) return false;
         }
         segment.marker = std::to_integer<std::uint8_t>(head[1]);
         if (segment.marker == kSos || segment.marker == kEoi || segment.marker < kSof0 ||

@@ -155,14 +155,18 @@ bool IsWebpStart(const ByteSource& file) {
 
 void ReadPngMetadata(const ByteSource& file, PhotoMetadata& metadata) {
     Chunk chunk;
+    // Of damaged ones too only the first is unpacked: there may be thousands.
+    bool profileMet = false, xmpMet = false;
     for (std::uint64_t at = kSignature.size(); NextChunk(file, at, chunk); at = chunk.end) {
-        if (chunk.type == "iCCP" && metadata.icc.empty()) {
+        if (chunk.type == "iCCP" && !profileMet) {
+            profileMet = true;
             if (!UnpackProfile(ContentOf(file, chunk), metadata.icc)) {
                 metadata.lost.emplace_back(L"the colour profile is damaged and was left out");
             }
         } else if (chunk.type == "eXIf" && metadata.exif.empty()) {
             metadata.exif = ContentOf(file, chunk);
-        } else if (metadata.xmp.empty() && IsXmp(file, chunk)) {
+        } else if (!xmpMet && IsXmp(file, chunk)) {
+            xmpMet = true;
             const std::vector<std::byte> content = ContentOf(file, chunk);
             if (content.empty() || !UnpackXmp(content, metadata.xmp)) {
                 metadata.lost.emplace_back(L"the XMP data are damaged and were left out");

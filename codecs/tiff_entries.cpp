@@ -193,13 +193,13 @@ std::vector<std::byte> TiffReader::Value(const TiffEntry& entry) const {
 }
 
 std::optional<std::uint32_t> TiffReader::Number(const TiffEntry* entry) const {
-    constexpr std::uint16_t kDirectory = 13;
+    constexpr std::uint16_t kDirectory = 13, kLong8 = 16, kDirectory8 = 18;  // the latter of big files
     if (entry == nullptr || entry->count == 0) return {};
     const std::size_t bytes = SizeOfType(entry->type);
     std::uint64_t number = 0;
-    const bool known =
-        entry->type == tiff_type::kShort || entry->type == tiff_type::kLong || entry->type == kDirectory;
-    if (!known || !ReadNumber(entry->valueAt, bytes, number)) return {};
+    const bool known = entry->type == tiff_type::kShort || entry->type == tiff_type::kLong ||
+                       entry->type == kDirectory || entry->type == kLong8 || entry->type == kDirectory8;
+    if (!known || !ReadNumber(entry->valueAt, bytes, number) || number > 0xffffffff) return {};
     return static_cast<std::uint32_t>(number);
 }
 

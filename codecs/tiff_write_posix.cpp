@@ -14,7 +14,8 @@ namespace skyvault {
 namespace {
 
 constexpr std::uint32_t kStripRows = 32;
-constexpr std::uint64_t kMostOfPlainTiff = 0xf0000000u;  // its offsets have 32 bits
+// Offsets have 32 bits, and packed noise may be half as long again.
+constexpr std::uint64_t kMostOfPlainTiff = 0xa0000000u;
 
 struct Target {
     std::unique_ptr<std::FILE, int (*)(std::FILE*)> file{nullptr, &std::fclose};

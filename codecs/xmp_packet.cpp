@@ -67,8 +67,8 @@ class PacketReader {
     /// Far beyond what any photo has, so that no packet takes much memory or time.
     bool IsTooMuch() const {
         constexpr std::size_t kMostProperties = 200000, kMostBindings = 200, kMostItems = 1000;
-        return packet_.properties.size() > kMostProperties || bindings_.size() > kMostBindings ||
-               packet_.items.size() > kMostItems;
+        return tooMuchInOneTag_ || packet_.properties.size() > kMostProperties ||
+               bindings_.size() > kMostBindings || packet_.items.size() > kMostItems;
     }
 
     void Take(const XmlTag& tag) {
@@ -78,6 +78,11 @@ class PacketReader {
             if (!attribute.name.starts_with("xmlns:")) continue;
             bindings_.push_back({attribute.name.substr(6), attribute.value, attribute.whole});
             packet_.declarations.push_back(bindings_.back());
+            // Every name is looked for among all of them.
+            if (IsTooMuch()) {
+                tooMuchInOneTag_ = true;
+                return;
+            }
         }
         const auto [space, name] = Resolved(tag.name);
         const bool isRdf = space == kRdf && name == "RDF" && !rdfSeen_;
@@ -138,6 +143,7 @@ class PacketReader {
     std::vector<Declaration> bindings_;
     std::vector<Element> open_;
     bool rdfSeen_ = false, rdfEnded_ = false;
+    bool tooMuchInOneTag_ = false;
     std::size_t rdfDepth_ = 0;
 };
 
@@ -223,7 +229,9 @@ std::string CorrectedXmp(const std::string& xmp, const PictureSize& size, const 
     for (const Property& property : packet->properties) {
         if (Goes(property)) {
             edits.push_back({property.whole, ""});
-        } else if (auto value = NewValue(property, size)) {
+        } else if (auto value = NewValue(property, size);
+                   value && property.inside.first < property.whole.end) {
+            // An empty element has no inside.
             edits.push_back({property.inside, std::move(*value)});
         }
     }

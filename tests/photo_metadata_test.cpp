@@ -223,6 +223,15 @@ TEST(PhotoMetadata, WhatDoesNotFitIsLeftOutAndToldAndTheFileIsWritten) {
     }
 }
 
+TEST(PhotoMetadata, EmptyElementsOfXmpStayEmpty) {
+    const std::string xmp = XmpOf(
+        "<rdf:Description rdf:about=\"\" xmlns:tiff=\"http://ns.adobe.com/tiff/1.0/\">"
+        "<tiff:Orientation/></rdf:Description>");
+    const std::string corrected = CorrectedXmp(xmp, {2, 1}, {});
+    EXPECT_NE(corrected.find("<tiff:Orientation"), std::string::npos);
+    EXPECT_EQ(corrected.find("/>1"), std::string::npos) << corrected;
+}
+
 TEST(PhotoMetadata, PhotosStandUprightOnceTheyAreRead) {
     const TemporaryFolder folder;
     const Image stored = RandomImage(40, 20, PixelFormat::Rgb8);

@@ -60,6 +60,14 @@ TEST(PictureCodecs, ADamagedPngIsRefused) {
     }
 }
 
+TEST(PictureCodecs, RowsOfRunsMayBeLeftOut) {
+    Bytes file = MakeBmp(300, 40, 8, {255, 1, 45, 1, 0, 1}, {0, 0, 0, 0, 9, 8, 7, 0});
+    file[30] = 1;
+    Image image;
+    ASSERT_TRUE(Reads<BmpFile>(file, image));
+    EXPECT_EQ(image.GetPixel8(299, 39), Color8(7, 8, 9, 255));
+}
+
 TEST(PictureCodecs, NoByteOfABmpsPixelsMayBeMissing) {
     for (const char* group : {"stored", "posix"}) {
         for (const DataRow& row : DataGroup("pictures", group)) {
